@@ -1,0 +1,39 @@
+# What people run. Each target sees to what it needs and builds the default preset.
+
+JOBS ?= $(shell nproc)
+BUILD := build/default
+
+.PHONY: build demo test bulk bench clean
+
+build: setup-demo
+	@cmake --build --preset default --parallel $(JOBS)
+
+# The main job, on a server of its own, with every step proved.
+demo: setup-demo
+	@cmake --build --preset default --parallel $(JOBS) --target quennet
+	@$(BUILD)/bin/quennet demo
+
+# The tests; those whose servers can't be had are skipped.
+test: setup-test
+	@cmake --build --preset default --parallel $(JOBS)
+	@ctest --test-dir $(BUILD) --parallel $(JOBS) --output-on-failure --no-tests=error -LE bulk
+
+# Those that move files of a gibibyte and more through real servers: minutes, and 9 GiB of disk.
+bulk: setup-test
+	@cmake --build --preset default --parallel $(JOBS)
+	@ctest --test-dir $(BUILD) --output-on-failure --no-tests=error -L bulk
+
+# Speed and memory, side by side with other clients where that makes sense.
+bench: setup-bench
+	@cmake --build --preset default --parallel $(JOBS)
+	@$(BUILD)/bin/line_parser_bench
+	@bench/transfer_bench.sh $(BUILD)
+
+clean:
+	@rm -rf $(BUILD)
+
+# Packages, and a configured build folder.
+setup-%:
+	@scripts/setup.sh $*
+	@mkdir -p build
+	@cmake --preset default > build/configure.log 2>&1 || { cat build/configure.log; exit 1; }

@@ -1,0 +1,308 @@
+#include "client.h"
+
+#include <cstdlib>
+#include <utility>
+
+#include "failure.h"
+#include "hostkit/directory_read.h"
+#include "netrc.h"
+#include "prompt.h"
+#include "standard_output.h"
+#include "stored_settings.h"
+#include "terminal_text.h"
+
+namespace cli {
+
+namespace {
+
+constexpr char connectionLost[] = "the connection was lost";
+constexpr char anonymousUser[] = "anonymous";
+
+bool WantsPassword(const Url& url) {
+    return !url.user.empty() && url.user != anonymousUser;
+}
+
+/// Which passwords a firewall's login sends by itself, by type. Nobody is asked in the midst of it.
+constexpr unsigned sendsUserPassword = 1;
+constexpr unsigned sendsFirewallPassword = 2;
+constexpr unsigned firewallTraits[] = {
+    0, sendsUserPassword, 0, 0, 0, sendsUserPassword | sendsFirewallPassword, sendsFirewallPassword,
+};
+
+/// Whose password it is, as a person is asked for it.
+std::string Account(const Url& url) {
+    return (url.user.empty() ? "" : url.user + "@") + url.HostText();
+}
+
+[[noreturn]] void RefuseWithoutPassword(const std::string& account) {
+    throw Failure(ExitStatus::noConnection,
+                  account + " wants a password" +
+                      (CanAsk() ? ""
+                                : ": there is none in the URL, in the site book or in ~/.netrc, "
+                                  "and no terminal to ask on"));
+}
+
+}  // namespace
+
+Client::Client(hostkit::Host& host, Watch& watch, Status& status, const Options& options)
+    : host_(host),
+      watch_(watch),
+      status_(status),
+      options_(options),
+      connection_(host, {.console = [this](const std::string& line) { TakeLine(line); },
+                         .askPassword = [this](const std::string&) { return AskPassword(); },
+                         .reconnectFailed = {}}) {}
+
+Client::~Client() {
+    const Watch::Operation operation(watch_, connection_, Watch::Kind::farewell);
+    connection_.Disconnect();
+}
+
+void Client::Connect(const Url& url) {
+    url_ = url;
+    const hostkit::ConnectRequest request = RequestFor(url);
+    hostkit::ConnectResult result;
+    {
+        const Watch::Operation operation(watch_, connection_, Watch::Kind::command);
+        result = connection_.Connect(request);
+    }
+    CheckVerdict();
+    if (result.outcome == hostkit::ConnectOutcome::cancelled) {
+        RefuseWithoutPassword(Account(url));
+    }
+    if (!result.Connected()) {
+        throw Failure(ExitStatus::noConnection,
+                      url.HostText() + ": " + WordsOr(result.text, "no connection"));
+    }
+}
+
+hostkit::ConnectRequest Client::RequestFor(const Url& url) {
+    hostkit::ConnectRequest request;
+    if (url.site.empty()) {
+        password_ = url.password;
+        if (!password_ && WantsPassword(url)) {
+            password_ = NetrcPassword(url.host, url.user);
+        }
+        const bool sendsItUnasked =
+            options_.firewall && (firewallTraits[options_.firewall->type] & sendsUserPassword) != 0;
+        if (!password_ && WantsPassword(url) && sendsItUnasked) {
+            password_ = AskedPassword(Account(url));
+        }
+        request.host = url.HostText();
+        request.user = url.user;
+        request.password = password_.value_or("");
+        request.passive = options_.passive;
+    } else {
+        request.site = url.site;
+        if (!options_.passive) {
+            request.passive = false;
+        }
+    }
+    if (options_.firewall) {
+        request.firewall = FirewallFor(*options_.firewall);
+    }
+    return request;
+}
+
+std::optional<std::string> Client::NetrcPassword(const std::string& host, const std::string& user) {
+    const char* home = std::getenv("HOME");
+    if (home == nullptr) {
+        return std::nullopt;
+    }
+    return ReadNetrcPassword(
+        std::string(home) + "/.netrc", host, user,
+        [this](const std::string& warning) { status_.Line("quennet: " + warning); });
+}
+
+hostkit::FirewallRequest Client::FirewallFor(const Firewall& firewall) {
+    hostkit::FirewallRequest request;
+    request.type = firewall.type;
+    request.host = firewall.host;
+    request.user = firewall.user;
+    if ((firewallTraits[firewall.type] & sendsFirewallPassword) != 0 && !firewall.user.empty()) {
+        const std::string host = firewall.host.substr(0, firewall.host.find(':'));
+        const auto kept = NetrcPassword(host, firewall.user);
+        request.password = kept ? *kept : AskedPassword(firewall.user + "@" + firewall.host);
+    }
+    return request;
+}
+
+std::string Client::AskedPassword(const std::string& account) {
+    const auto answer =
+        CanAsk() ? AskSecret(status_, watch_, "Password of " + account + ": ") : std::nullopt;
+    CheckVerdict();
+    if (!answer) {
+        RefuseWithoutPassword(account);
+    }
+    return *answer;
+}
+
+std::optional<std::string> Client::AskPassword() {
+    if (password_ || !CanAsk()) {
+        return password_;
+    }
+    return AskSecret(status_, watch_, "Password of " + Account(url_) + ": ");
+}
+
+std::optional<std::string> Client::Enter(const std::string& path) {
+    CheckVerdict();
+    unnamedDirectory_.reset();
+    if (path.empty()) {
+        return std::nullopt;
+    }
+    const std::string serverPath = ServerPath(path);
+    hostkit::DirectoryResult result;
+    {
+        const Watch::Operation operation(watch_, connection_, Watch::Kind::command);
+        if (path.find('"') != path.npos) {
+            // Servers quote the name of their directory, so this one can't be told from the answer.
+            result = connection_.CheckDirectory(serverPath);
+            unnamedDirectory_ = serverPath;
+        } else {
+            result = connection_.ChangeDirectory(serverPath);
+        }
+    }
+    CheckVerdict();
+    return result.Done() ? std::nullopt : std::optional(WordsOr(result.text, connectionLost));
+}
+
+hostkit::ListResult Client::ReadListing() {
+    const Watch::Operation operation(watch_, connection_, Watch::Kind::data);
+    if (!unnamedDirectory_) {
+        return connection_.List();
+    }
+    hostkit::ListResult result;
+    result.done = hostkit::ReadDirectoryThrough(host_, unnamedDirectory_->c_str(),
+                                                connection_.Handle(), 0, result.entries);
+    return result;
+}
+
+hostkit::Listing Client::List() {
+    hostkit::ListResult result = ReadListing();
+    CheckVerdict();
+    if (!result.done) {
+        throw Failure(ExitStatus::failed, "no listing: " + WordsOr(result.text, connectionLost));
+    }
+    return std::move(result.entries);
+}
+
+std::optional<hostkit::Listing> Client::TryList() {
+    hostkit::ListResult result = ReadListing();
+    CheckVerdict();
+    return result.done ? std::optional(std::move(result.entries)) : std::nullopt;
+}
+
+hostkit::TransferResult Client::Download(const hostkit::DownloadRequest& request,
+                                         hostkit::TransferOperation& operation,
+                                         std::function<void()> tick) {
+    CheckVerdict();
+    const Watch::Operation running(watch_, connection_, Watch::Kind::data, std::move(tick));
+    return connection_.Download(request, operation);
+}
+
+hostkit::TransferResult Client::Upload(const hostkit::UploadRequest& request,
+                                       const hostkit::Listing& there,
+                                       hostkit::TransferOperation& operation,
+                                       std::function<void()> tick) {
+    CheckVerdict();
+    const Watch::Operation running(watch_, connection_, Watch::Kind::data, std::move(tick));
+    return connection_.Upload(request, there, operation);
+}
+
+hostkit::CommandResult Client::DeleteFile(const std::string& name) {
+    const Watch::Operation operation(watch_, connection_, Watch::Kind::command);
+    return connection_.DeleteFile(name);
+}
+
+hostkit::CommandResult Client::RemoveDirectory(const std::string& name) {
+    const Watch::Operation operation(watch_, connection_, Watch::Kind::command);
+    return connection_.RemoveDirectory(name);
+}
+
+hostkit::CommandResult Client::MakeDirectory(const std::string& path) {
+    const Watch::Operation operation(watch_, connection_, Watch::Kind::command);
+    return connection_.MakeDirectory(path);
+}
+
+hostkit::CommandResult Client::Rename(const std::string& oldName, const std::string& newName) {
+    const Watch::Operation operation(watch_, connection_, Watch::Kind::command);
+    return connection_.Rename(oldName, newName);
+}
+
+std::string Client::TypeLine(const std::string& line) {
+    CheckVerdict();
+    {
+        const std::lock_guard lock(mutex_);
+        takesReplies_ = true;
+    }
+    {
+        // The end of the connection waits for the line's replies.
+        const Watch::Operation operation(watch_, connection_, Watch::Kind::command);
+        if (!connection_.StartTypedLine(line)) {
+            throw Failure(ExitStatus::failed, "the line is too long to be sent");
+        }
+        connection_.Disconnect();
+    }
+    const std::lock_guard lock(mutex_);
+    StandardOutput output;
+    for (std::size_t i = 1; i < replies_.size(); ++i) {  // behind the line's own echo
+        output.Write(HarmlessText(replies_[i]) + "\n");
+    }
+    output.Flush();
+    return replies_.size() > 1 ? replies_.back() : std::string();
+}
+
+void Client::TakeLine(const std::string& line) {
+    watch_.Moved();
+    {
+        // The line behind the command is its reply.
+        const std::lock_guard lock(mutex_);
+        takesReplies_ = takesReplies_ && line != "QUIT";
+        if (takesReplies_) {
+            replies_.push_back(line);
+        }
+        if (systemComes_) {
+            listsBytes_ = line.find("MVS") == line.npos;
+        }
+        systemComes_ = line == "SYST";
+    }
+    if (options_.verbose) {
+        status_.Line(line);
+    }
+}
+
+bool Client::ListsBytes() const {
+    const std::lock_guard lock(mutex_);
+    return listsBytes_;
+}
+
+void Client::CheckVerdict() const {
+    if (watch_.Ended()) {
+        throw Failure(ExitStatus::failed, watch_.Reason());
+    }
+}
+
+hostkit::HostOptions HostOptionsFor(const Options& options, const Url& url, Status& status) {
+    const auto tell = [&](hostkit::u32, const std::string& text) {
+        if (options.verbose) {
+            status.Line(text);
+        }
+    };
+    hostkit::HostOptions host;
+    host.showMessage = tell;
+    host.reportError = tell;
+    if (!url.site.empty()) {
+        UseStoredSettings(host);
+    }
+    return host;
+}
+
+std::string ServerPath(const std::string& path) {
+    return path.starts_with(' ') || path.starts_with('~') ? "./" + path : path;
+}
+
+std::string WordsOr(const std::string& words, const char* otherwise) {
+    return words.empty() ? otherwise : words;
+}
+
+}  // namespace cli

@@ -1,0 +1,254 @@
+// Commands that change what a server holds. Each enters the directory of its URL first, so that a
+// directory that is not there stops it before anything is changed.
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+
+#include "client.h"
+#include "commands.h"
+#include "failure.h"
+#include "listing_output.h"
+#include "module_host.h"
+#include "prompt.h"
+#include "transfer_meter.h"
+
+namespace cli {
+
+namespace {
+
+namespace fs = std::filesystem;
+using hostkit::Listing;
+using hostkit::ListingEntry;
+using hostkit::u32;
+using hostkit::u64;
+
+constexpr char connectionLost[] = "the connection was lost";
+
+/// Runs a command with a connection to the URL's server.
+void RunConnected(const Options& options, Watch& watch, Status& status, const Url& url,
+                  const std::function<void(Client& client)>& command) {
+    RunWithModule(HostOptionsFor(options, url, status), [&](hostkit::Host& host) {
+        Client client(host, watch, status, options);
+        client.Connect(url);
+        command(client);
+    });
+}
+
+void EnterOrFail(Client& client, const std::string& directory) {
+    if (const auto refusal = client.Enter(directory)) {
+        throw Failure(ExitStatus::failed, directory + ": " + *refusal);
+    }
+}
+
+/// The URL without slashes at its end: of a directory too, the last component is its name.
+Url WithoutEndSlashes(Url url) {
+    while (url.path.size() > 1 && url.path.ends_with('/')) {
+        url.path.pop_back();
+    }
+    return url;
+}
+
+std::string NameOrFail(const Url& url) {
+    const std::string name = url.FileName();
+    if (name.empty() || name == "." || name == "..") {
+        throw Failure(ExitStatus::usage, "the URL names nothing that could be changed");
+    }
+    return name;
+}
+
+/// Enters the directory of what the URL names, and runs a command on that name.
+void RunOnName(
+    const Options& options, Watch& watch, Status& status,
+    const std::function<hostkit::CommandResult(Client& client, const std::string& name)>& command) {
+    const Url url = WithoutEndSlashes(ParseUrl(options.url));
+    const std::string name = NameOrFail(url);
+    RunConnected(options, watch, status, url, [&](Client& client) {
+        EnterOrFail(client, url.Directory());
+        const hostkit::CommandResult result = command(client, ServerPath(name));
+        client.CheckVerdict();
+        if (!result.Done()) {
+            throw Failure(ExitStatus::failed, name + ": " + WordsOr(result.text, connectionLost));
+        }
+    });
+}
+
+// --- put ------------------------------------------------------------------------------------
+
+/// The file on disk that goes up, and the name that it gets.
+struct Source {
+    std::string path;
+    std::string name;
+    u64 size;
+};
+
+Source ChooseSource(const Options& options, const Url& url) {
+    Source source = {options.argument, url.FileName(), 0};
+    if (source.name.empty()) {
+        source.name = fs::path(source.path).filename().string();
+    }
+    std::error_code error;
+    const fs::file_status status = fs::status(source.path, error);
+    if (!fs::exists(status)) {
+        throw Failure(ExitStatus::failed, source.path + ": no such file");
+    }
+    if (!fs::is_regular_file(status)) {
+        throw Failure(ExitStatus::failed, source.path + " is no regular file");
+    }
+    source.size = fs::file_size(source.path, error);
+    if (source.name.find_first_of("\r\n") != std::string::npos) {
+        throw Failure(ExitStatus::usage, "the name of the file holds a line end");
+    }
+    return source;
+}
+
+/// Whether a file that the server has may be replaced.
+bool MayReplace(const Options& options, Status& status, const Watch& watch, const Source& source,
+                u64 sizeThere) {
+    if (options.existing != ExistingFile::ask) {
+        return options.existing == ExistingFile::overwrite;
+    }
+    const std::string is =
+        source.name + " is on the server with " + std::to_string(sizeThere) + " bytes";
+    if (!CanAsk()) {
+        throw Failure(ExitStatus::failed, is + "; --overwrite or --skip says what to do");
+    }
+    const std::string question =
+        is + ", the local file has " + std::to_string(source.size) + ". Overwrite or skip (o/s)? ";
+    while (const auto answer = AskLine(status, watch, question)) {
+        const char letter =
+            answer->empty() ? '\0' : static_cast<char>(std::tolower(answer->front()));
+        if (letter == 'o' || letter == 's') {
+            return letter == 'o';
+        }
+    }
+    throw Failure(ExitStatus::failed,
+                  watch.Ended() ? watch.Reason() : source.name + " was left alone");
+}
+
+class Upload {
+  public:
+    Upload(Client& client, const Options& options, Watch& watch, Status& status,
+           const Source& source)
+        : client_(client), options_(options), watch_(watch), status_(status), source_(source) {}
+
+    void Run() {
+        auto there = client_.TryList();
+        if (!there && options_.existing != ExistingFile::overwrite) {
+            throw Failure(ExitStatus::failed,
+                          "the directory can't be listed, so a file might be replaced unseen; "
+                          "--overwrite uploads all the same");
+        }
+        if (!there) {
+            there.emplace();
+        }
+        const auto entry =
+            std::find_if(there->begin(), there->end(), [&](const ListingEntry& each) {
+                return NameOf(each) == source_.name && IsShown(each);
+            });
+        if (entry != there->end() &&
+            !MayReplace(options_, status_, watch_, source_, (*entry).size)) {
+            Skip();
+            return;
+        }
+        Transfer(*there);
+    }
+
+  private:
+    void Skip() const {
+        if (!options_.quiet) {
+            status_.Line(source_.name + " is on the server, skipped");
+        }
+    }
+
+    void Transfer(const Listing& there) {
+        TransferMeter meter(watch_, status_, source_.name, source_.size);
+        hostkit::TransferOperation operation;
+        operation.progress = [&](const quennet::TransferRecord& record, u32 bytes) {
+            meter.Count(record.bytesDone, bytes);
+        };
+        // What is there has been asked about already.
+        operation.confirm = [](const quennet::TransferItem&, u32) {
+            return hostkit::ConfirmAnswer::goOn;
+        };
+        const auto tick = options_.quiet ? std::function<void()>() : [&] { meter.Show(); };
+        const hostkit::TransferResult result =
+            client_.Upload({source_.path, ServerPath(source_.name)}, there, operation, tick);
+        meter.Finish(result.Done() && !options_.quiet);
+        if (result.Done()) {
+            return;
+        }
+        client_.CheckVerdict();
+        if (result.localFailure) {
+            throw Failure(ExitStatus::failed, result.localFailure->Text());
+        }
+        throw Failure(ExitStatus::failed,
+                      source_.name + ": " + WordsOr(result.text, connectionLost));
+    }
+
+    Client& client_;
+    const Options& options_;
+    Watch& watch_;
+    Status& status_;
+    const Source& source_;
+};
+
+}  // namespace
+
+void RunPut(const Options& options, Watch& watch, Status& status) {
+    const Url url = ParseUrl(options.url);
+    const Source source = ChooseSource(options, url);
+    RunConnected(options, watch, status, url, [&](Client& client) {
+        EnterOrFail(client, url.Directory());
+        Upload(client, options, watch, status, source).Run();
+    });
+}
+
+void RunRemove(const Options& options, Watch& watch, Status& status) {
+    RunOnName(options, watch, status,
+              [](Client& client, const std::string& name) { return client.DeleteFile(name); });
+}
+
+void RunRemoveDirectory(const Options& options, Watch& watch, Status& status) {
+    RunOnName(options, watch, status,
+              [](Client& client, const std::string& name) { return client.RemoveDirectory(name); });
+}
+
+void RunMove(const Options& options, Watch& watch, Status& status) {
+    const std::string& target = options.argument;
+    if (target.empty() || target.find_first_of("\r\n") != std::string::npos) {
+        throw Failure(ExitStatus::usage, "the new name is empty or holds a line end");
+    }
+    RunOnName(options, watch, status, [&](Client& client, const std::string& name) {
+        return client.Rename(name, ServerPath(target));
+    });
+}
+
+void RunMakeDirectory(const Options& options, Watch& watch, Status& status) {
+    const Url url = WithoutEndSlashes(ParseUrl(options.url));
+    NameOrFail(url);
+    RunConnected(options, watch, status, url, [&](Client& client) {
+        const hostkit::CommandResult result = client.MakeDirectory(ServerPath(url.path));
+        client.CheckVerdict();
+        if (!result.Done()) {
+            throw Failure(ExitStatus::failed,
+                          url.path + ": " + WordsOr(result.text, connectionLost));
+        }
+    });
+}
+
+void RunRaw(const Options& options, Watch& watch, Status& status) {
+    const Url url = ParseUrl(options.url);
+    RunConnected(options, watch, status, url, [&](Client& client) {
+        EnterOrFail(client, url.path);
+        const std::string reply = client.TypeLine(options.argument);
+        client.CheckVerdict();
+        if (reply.empty() || reply[0] == '4' || reply[0] == '5') {
+            throw Failure(ExitStatus::failed, WordsOr(reply, connectionLost));
+        }
+    });
+}
+
+}  // namespace cli

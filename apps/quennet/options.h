@@ -1,0 +1,48 @@
+#pragma once
+// The command line: commands, options, and the text that explains them.
+
+#include <chrono>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace cli {
+
+enum class Command { ls, get, put, rm, rmdir, mkdir, mv, raw, connect, sites, demo, help, version };
+
+/// What becomes of a file that exists at the target.
+enum class ExistingFile { ask, resume, overwrite, skip };
+
+/// A firewall to log in through.
+struct Firewall {
+    unsigned type = 0;  // 1 to 6
+    std::string host;   // may carry ":port"
+    std::string user;
+};
+
+struct Options {
+    Command command = Command::help;
+    std::string url;       // or a site's name
+    std::string argument;  // the other word of a command that takes two
+
+    bool verbose = false;  // the connection's console on standard error
+    bool quiet = false;    // no progress, no remarks
+    bool passive = true;
+    std::optional<Firewall> firewall;
+    std::chrono::seconds idleTimeout{300};  // 0: none
+
+    bool longForm = false;
+    bool porcelain = false;
+
+    std::optional<std::string> output;
+    ExistingFile existing = ExistingFile::ask;
+};
+
+/// Reads the arguments without the program's name. Options may stand before or behind the command,
+/// short ones may be joined, «--» ends them. Throws a usage Failure.
+Options ParseOptions(const std::vector<std::string>& arguments);
+
+std::string_view HelpText();
+
+}  // namespace cli

@@ -1,0 +1,69 @@
+#include "status.h"
+
+#include <errno.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include "terminal_text.h"
+
+namespace cli {
+
+namespace {
+
+constexpr char clearLine[] = "\r\x1B[K";
+constexpr unsigned usualWidth = 80;
+
+}  // namespace
+
+Status::Status() : isTerminal_(isatty(STDERR_FILENO) != 0) {}
+
+Status::~Status() {
+    RemoveBottom();
+}
+
+unsigned Status::Width() const {
+    winsize size = {};
+    const bool known = ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
+    return known ? size.ws_col : usualWidth;
+}
+
+void Status::Line(std::string_view text) {
+    const std::lock_guard lock(mutex_);
+    const std::string line = HarmlessText(text) + "\n";
+    Write(bottom_.empty() ? line : clearLine + line + bottom_);
+}
+
+void Status::SetBottom(std::string_view text) {
+    const std::lock_guard lock(mutex_);
+    if (isTerminal_) {
+        bottom_ = HarmlessText(text);
+        Write(clearLine + bottom_);
+    }
+}
+
+void Status::RemoveBottom() {
+    const std::lock_guard lock(mutex_);
+    if (!bottom_.empty()) {
+        Write(clearLine);
+        bottom_.clear();
+    }
+}
+
+void Status::Ask(std::string_view question) {
+    const std::lock_guard lock(mutex_);
+    Write(HarmlessText(question));
+}
+
+/// Nobody is left to hear of a failure.
+void Status::Write(const std::string& bytes) {
+    std::size_t written = 0;
+    while (written < bytes.size()) {
+        const ssize_t count = write(STDERR_FILENO, bytes.data() + written, bytes.size() - written);
+        if (count <= 0 && errno != EINTR) {
+            return;
+        }
+        written += count > 0 ? static_cast<std::size_t>(count) : 0;
+    }
+}
+
+}  // namespace cli

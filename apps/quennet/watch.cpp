@@ -1,0 +1,131 @@
+#include "watch.h"
+
+#include <fcntl.h>
+#include <signal.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <utility>
+
+#include "failure.h"
+#include "hostkit/memory.h"
+
+namespace cli {
+
+namespace {
+
+constexpr long tickNanoseconds = 100'000'000;
+constexpr int lastSignal = 3;
+constexpr auto farewellTime = std::chrono::seconds(2);
+
+sigset_t WatchedSignals() {
+    sigset_t signals;
+    sigemptyset(&signals);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        sigaddset(&signals, signal);
+    }
+    return signals;
+}
+
+}  // namespace
+
+Watch::Watch(std::chrono::seconds idleTimeout) : idleTimeout_(idleTimeout) {
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC | O_NONBLOCK) != 0) {
+        throw Failure(ExitStatus::failed, "no descriptor is left");
+    }
+    wakeRead_ = ends[0];
+    wakeWrite_ = ends[1];
+    const sigset_t signals = WatchedSignals();
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    thread_ = std::thread([this] { Run(); });
+}
+
+Watch::~Watch() {
+    ending_ = true;
+    pthread_kill(thread_.native_handle(), SIGINT);  // ends its pause
+    thread_.join();
+    close(wakeRead_);
+    close(wakeWrite_);
+}
+
+std::string Watch::Reason() const {
+    return verdict_ == Verdict::idle
+               ? "no data for " + std::to_string(idleTimeout_.count()) + " s, given up"
+               : "interrupted";
+}
+
+void Watch::Run() {
+    const sigset_t signals = WatchedSignals();
+    while (!ending_) {
+        const timespec pause = {0, tickNanoseconds};
+        const bool signalled = sigtimedwait(&signals, nullptr, &pause) > 0;
+        if (signalled && !ending_) {
+            TakeSignal();
+        }
+        Look();
+    }
+}
+
+void Watch::TakeSignal() {
+    if (++signals_ >= lastSignal) {
+        _exit(static_cast<int>(ExitStatus::failed));
+    }
+    Decide(Verdict::interrupted);
+}
+
+void Watch::Decide(Verdict verdict) {
+    Verdict none = Verdict::goOn;
+    if (verdict_.compare_exchange_strong(none, verdict)) {
+        [[maybe_unused]] const ssize_t woken = write(wakeWrite_, "", 1);
+    }
+}
+
+void Watch::Look() {
+    const std::lock_guard lock(mutex_);
+    if (connection_ == nullptr) {
+        return;
+    }
+    if (tick_) {
+        tick_();
+    }
+    if (NothingMoves()) {
+        Decide(Verdict::idle);
+    }
+    if (Ended() && Clock::now() >= abortFrom_) {
+        connection_->Abort();
+    }
+}
+
+bool Watch::NothingMoves() {
+    const auto now = Clock::now();
+    const auto moves = moves_.load(std::memory_order_relaxed);
+    const auto appends = hostkit::BufferAppendCount();  // a listing that arrives
+    if (moves != std::exchange(seenMoves_, moves) ||
+        appends != std::exchange(seenAppends_, appends)) {
+        movedAt_ = now;
+    }
+    return kind_ == Kind::data && idleTimeout_.count() != 0 && now - movedAt_ >= idleTimeout_;
+}
+
+Watch::Operation::Operation(Watch& watch, hostkit::Connection& connection, Kind kind,
+                            std::function<void()> tick)
+    : watch_(watch) {
+    const std::lock_guard lock(watch_.mutex_);
+    watch_.connection_ = &connection;
+    watch_.kind_ = kind;
+    watch_.movedAt_ = Clock::now();
+    watch_.abortFrom_ = watch_.movedAt_;
+    if (kind == Kind::farewell) {
+        watch_.abortFrom_ += farewellTime;
+    }
+    watch_.tick_ = std::move(tick);
+}
+
+Watch::Operation::~Operation() {
+    const std::lock_guard lock(watch_.mutex_);
+    watch_.connection_ = nullptr;
+    watch_.tick_ = {};
+}
+
+}  // namespace cli

@@ -1,0 +1,87 @@
+#pragma once
+// The thread that ends what takes too long: it hears Ctrl-C, watches whether data moves, and aborts
+// the operation that runs, again and again until it has returned.
+
+#include <atomic>
+#include <chrono>
+#include <functional>
+#include <mutex>
+#include <thread>
+
+#include "hostkit/connection.h"
+#include "hostkit/types.h"
+
+namespace cli {
+
+class Watch {
+  public:
+    using Clock = std::chrono::steady_clock;
+
+    /// Takes SIGINT, SIGTERM and SIGHUP for the process from here on, so it must come before all
+    /// other threads. The third signal ends the process at once. An `idleTimeout` of 0 is none.
+    explicit Watch(std::chrono::seconds idleTimeout);
+    ~Watch();
+    Watch(const Watch&) = delete;
+    Watch& operator=(const Watch&) = delete;
+
+    enum class Verdict { goOn, interrupted, idle };
+    Verdict Get() const { return verdict_; }
+    bool Ended() const { return verdict_ != Verdict::goOn; }
+
+    /// «interrupted», or what did not move for how long.
+    std::string Reason() const;
+
+    /// Becomes readable when the verdict falls.
+    int Descriptor() const { return wakeRead_; }
+
+    /// Something moved: a byte of a file, a line of the conversation.
+    void Moved() { moves_.fetch_add(1, std::memory_order_relaxed); }
+
+    enum class Kind {
+        command,   // replies alone, which have their own time limit
+        data,      // ends when nothing has moved for the idle time
+        farewell,  // goes its way for two seconds before it is aborted
+    };
+
+    /// An operation of the connection runs, as long as the object lives. `tick`, if any, is called
+    /// ten times a second meanwhile, on the watch's thread.
+    class Operation {
+      public:
+        Operation(Watch& watch, hostkit::Connection& connection, Kind kind,
+                  std::function<void()> tick = {});
+        ~Operation();
+        Operation(const Operation&) = delete;
+        Operation& operator=(const Operation&) = delete;
+
+      private:
+        Watch& watch_;
+    };
+
+  private:
+    void Run();
+    void TakeSignal();
+    void Look();
+    void Decide(Verdict verdict);
+    bool NothingMoves();
+
+    const std::chrono::seconds idleTimeout_;
+    std::atomic<Verdict> verdict_ = Verdict::goOn;
+    std::atomic<bool> ending_ = false;
+    std::atomic<hostkit::u32> moves_ = 0;
+    int wakeRead_ = -1;
+    int wakeWrite_ = -1;
+    int signals_ = 0;
+
+    std::mutex mutex_;  // of the operation that runs
+    hostkit::Connection* connection_ = nullptr;
+    Clock::time_point abortFrom_;
+    std::function<void()> tick_;
+    Kind kind_ = Kind::command;
+    hostkit::u32 seenMoves_ = 0;
+    hostkit::u32 seenAppends_ = 0;
+    Clock::time_point movedAt_;
+
+    std::thread thread_;  // behind all that it uses
+};
+
+}  // namespace cli

@@ -1,0 +1,81 @@
+#!/usr/bin/env bash
+# transfer_bench.sh BUILD_FOLDER [ROUNDS]
+#
+# Compares this client with curl and lftp on one vsftpd on 127.0.0.1, in one run: a download of
+# 1 GiB into memory, 2,000 files of 1 KiB over one connection, and the memory that a listing of
+# 100,000 entries takes. Prints medians, ratios and whether the limits are kept.
+#
+# Exit status: 0 when all limits are kept, 1 when one is exceeded, 3 when something can't be run.
+set -u
+
+if [ $# -lt 1 ] || [ $# -gt 2 ]; then
+    echo "usage: $0 BUILD_FOLDER [ROUNDS]" >&2
+    exit 2
+fi
+build=$(readlink -f "$1")
+rounds=${2:-7}
+here=$(dirname "$(readlink -f "$0")")
+bin=$build/bin
+
+for client in curl lftp; do
+    if ! command -v $client >/dev/null; then
+        echo "$client is not installed: nothing to compare with" >&2
+        exit 3
+    fi
+done
+
+folder=$(mktemp -d /dev/shm/transfer-bench-XXXXXX) || exit 3
+server=
+finish() {
+    [ -n "$server" ] && kill "$server" 2>/dev/null && wait "$server"
+    rm -rf "$folder"
+}
+trap finish EXIT
+trap 'exit 3' INT TERM
+
+served=$folder/served
+mkdir -p "$served/small" "$served/many" "$folder/local"
+chmod 755 "$folder" "$served" "$served/small" "$served/many"
+head -c 1073741824 /dev/zero >"$served/gibibyte"
+for ((number = 1; number <= 2000; ++number)); do
+    head -c 1024 /dev/zero >"$served/small/file-$number"
+done
+(cd "$served/many" && seq -f 'entry-number-%06g.dat' 100000 | xargs touch)
+
+"$here/../tests/interop/serve.sh" "$build" vsftpd "$served" >"$folder/ready" &
+server=$!
+for ((tries = 0; tries < 600; ++tries)); do
+    grep -q '^ready' "$folder/ready" && break
+    kill -0 "$server" 2>/dev/null || exit 3
+    sleep 0.1
+done
+port=$(sed -n 's/^port //p' "$folder/ready")
+url=ftp://127.0.0.1:$port
+
+status=0
+compare() {
+    "$bin/side_by_side" --rounds "$rounds" --before "rm -rf '$folder/local' && mkdir '$folder/local'" "$@"
+    local result=$?
+    [ $result -gt $status ] && status=$result
+}
+
+export HOME=$folder XDG_CONFIG_HOME=$folder/settings
+cd "$folder" || exit 3
+
+echo "1 GiB from vsftpd into memory, medians of $rounds rounds"
+compare --cpu-limit 1.25 --wall-limit 1.1 \
+    quennet "exec '$bin/quennet' get $url/gibibyte -o local/file" \
+    curl "exec curl -sS -o local/file $url/gibibyte" \
+    lftp "exec lftp -c 'set ftp:ssl-allow no; get $url/gibibyte -o local/file'"
+
+echo "2,000 files of 1 KiB over one connection"
+compare --wall-limit 1.25 \
+    quennet "exec '$bin/bench_host' 127.0.0.1:$port small get-all local" \
+    lftp "exec lftp -c 'set ftp:ssl-allow no; open $url; cd small; mget -O local *'"
+
+echo "listing of 100,000 entries"
+"$bin/bench_host" "127.0.0.1:$port" many list-memory
+result=$?
+[ $result -gt $status ] && status=$result
+
+exit $status

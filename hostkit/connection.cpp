@@ -1,0 +1,383 @@
+#include "hostkit/connection.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <utility>
+
+#include "hostkit/connection_dialog.h"
+#include "hostkit/connection_use.h"
+#include "hostkit/directory_read.h"
+#include "hostkit/services.h"
+
+namespace hostkit {
+
+namespace {
+
+using quennet::FtpHandle;
+using quennet::MessageNumber;
+using quennet::SiteRecord;
+
+constexpr std::size_t pathSize = 260;
+
+constexpr auto disconnectPatience = std::chrono::seconds(2);
+constexpr auto changePause = std::chrono::milliseconds(100);
+// A change of directory that the server refused has no callback: it has failed when this much time
+// has gone by since the refusal.
+constexpr auto refusalGrace = std::chrono::seconds(1);
+// Longer than any single wait of the module for a server.
+constexpr auto longestSilence = std::chrono::seconds(100);
+
+bool IsReply(const std::string& line) {
+    const auto isDigit = [](char character) { return character >= '0' && character <= '9'; };
+    return line.size() >= 3 && std::all_of(line.begin(), line.begin() + 3, isDigit);
+}
+
+bool IsRefusal(const std::string& line) {
+    return IsReply(line) && (line[0] == '4' || line[0] == '5');
+}
+
+extern "C" {
+
+static void TakeDirectoryChange(u16 cookie, const char* left) {
+    const std::string name = left;
+    Host::Current()->GetPanels().ForEach(
+        [&](Panel& panel) { panel.DirectoryChanged(cookie, name); });
+}
+}
+
+}  // namespace
+
+/// An operation that works with the handle. The block behind it is not given back meanwhile.
+Connection::Connection(Host& host, ConnectionOptions options)
+    : host_(host),
+      options_(std::move(options)),
+      console_(host, [this](const std::string& line) { TakeLine(line); }),
+      panelId_(host.GetPanels().Add(*this)) {}
+
+Connection::~Connection() {
+    Disconnect();
+    host_.GetPanels().Remove(panelId_);
+}
+
+FtpHandle* Connection::Handle() const {
+    auto& holder = const_cast<HostWord&>(holder_);
+    return quennet::PointerFromWord<FtpHandle>(std::atomic_ref(holder).load());
+}
+
+ConnectResult Connection::Connect(const ConnectRequest& request) {
+    if (const std::string refusal = RefusalOf(host_, request); !refusal.empty()) {
+        return {ConnectOutcome::failed, refusal};
+    }
+    return ConnectThrough([&] { RunUnseenDialog(request); });
+}
+
+ConnectResult Connection::ConnectAsked(HWND owner) {
+    const auto initDialog = host_.Options().initDialog;
+    return ConnectThrough([&] {
+        RunDialog(owner, [&](HWND dialog) {
+            if (initDialog) {
+                initDialog(dialog);
+            }
+        });
+        const std::lock_guard lock(mutex_);
+        cancelled_ = !Connected();
+    });
+}
+
+/// Runs a dialog on the loop's thread and waits for the end of the login. A dialog that leaves no
+/// handle was cancelled.
+template <typename Dialog>
+ConnectResult Connection::ConnectThrough(Dialog dialog) {
+    Disconnect();
+    BeginOperation();
+    {
+        const std::lock_guard lock(mutex_);
+        state_ = State::connecting;
+        failureText_ = "the connection could not be started";
+        cancelled_ = false;
+    }
+    {
+        const std::lock_guard lock(host_.DialogMutex());
+        host_.Loop().Invoke(dialog);
+    }
+    if (Connected()) {
+        host_.Loop().WaitUntil([&] {
+            const std::lock_guard lock(mutex_);
+            return state_ != State::connecting;
+        });
+    }
+    std::unique_lock lock(mutex_);
+    if (state_ == State::connected) {
+        return {ConnectOutcome::connected, {}};
+    }
+    const auto outcome = cancelled_ ? ConnectOutcome::cancelled : ConnectOutcome::failed;
+    const ConnectResult result = {outcome, failureText_};
+    lock.unlock();
+    Disconnect();
+    return result;
+}
+
+void Connection::RunUnseenDialog(const ConnectRequest& request) {
+    const PrivateSettings settings(request.settings != nullptr ? request.settings
+                                                               : UnseenSettings(host_, request));
+    ConnectionDialogUser user(host_.Loop(), request);
+    RunDialog(nullptr, [&](HWND dialog) { user.Take(dialog); });
+}
+
+/// Sends the connect message, on the loop's thread; `take` gets each dialog that opens.
+void Connection::RunDialog(HWND owner, const std::function<void(HWND dialog)>& take) {
+    const DialogHook hook([&](HWND dialog) {
+        {
+            const std::lock_guard lock(mutex_);
+            site_ = params_.site;
+        }
+        take(dialog);
+    });
+    params_.section = quennet::WordFromPointer(host_.Options().section.c_str());
+    params_.instance = quennet::WordFromPointer(host_.Instance());
+    params_.watchdogInstance = params_.instance;
+    host_.Send(MessageNumber::connect, owner != nullptr ? owner : host_.MainWindow(), &holder_,
+               console_.Number(), panelId_, host_.SocketUseCounter(),
+               host_.GetPanels().NextCookie(), &params_);
+    const std::lock_guard lock(mutex_);
+    block_ = quennet::WordFromPointer(Handle());
+}
+
+void Connection::Disconnect() {
+    {
+        const std::lock_guard lock(mutex_);
+        if (block_ == 0) {
+            state_ = State::idle;
+            return;
+        }
+        state_ = State::closing;
+    }
+    // A second message does nothing; it counts when there was no thread for the first.
+    do {
+        host_.Send(MessageNumber::disconnect, &holder_);
+    } while (!host_.Loop().WaitUntil([&] { return BlockIsGone(); }, disconnectPatience));
+    const std::lock_guard lock(mutex_);
+    state_ = State::idle;
+}
+
+bool Connection::BlockIsGone() const {
+    const std::lock_guard lock(mutex_);
+    return block_ == 0;
+}
+
+void Connection::Abort() {
+    abortPending_ = true;
+    const Use use(*this, true);
+    if (use.Handle() != nullptr) {
+        host_.Send(MessageNumber::abortCommand, use.Handle());
+    }
+}
+
+std::string Connection::Directory() {
+    char directory[pathSize] = "";
+    const Use use(*this);
+    if (use.Handle() != nullptr) {
+        host_.Send(MessageNumber::getDirectory, use.Handle(), directory, sizeof(directory));
+    }
+    return directory;
+}
+
+DirectoryResult Connection::CheckDirectory(const std::string& path) {
+    DirectoryResult result;
+    char directory[pathSize] = "";
+    const Use use(*this);
+    if (use.Handle() == nullptr) {
+        result.text = notConnected;
+        return result;
+    }
+    BeginOperation();
+    result.result = host_.Send(MessageNumber::changeDirSync, path.c_str(), use.Handle(), directory);
+    result.directory = directory;
+    if (result.Done() && result.directory.empty() && !path.empty()) {
+        result.result = -1;  // 0 is also the class of a server that closed instead of answering
+    }
+    if (!result.Done()) {
+        result.text = LastWords();
+    }
+    return result;
+}
+
+DirectoryResult Connection::ChangeDirectory(const std::string& path) {
+    DirectoryResult result = CheckDirectory(path);
+    if (!result.Done() || result.directory.empty()) {
+        return result;
+    }
+    const Use use(*this);
+    const u16 cookie = host_.GetPanels().NextCookie();
+    BeginOperation();
+    {
+        const std::lock_guard lock(mutex_);
+        wantedCookie_ = cookie;
+        directoryChanged_ = false;
+    }
+    const quennet::DirectoryChangedCallback callback = TakeDirectoryChange;
+    host_.Send(MessageNumber::changeDirAsync, result.directory.c_str(), cookie, use.Handle(),
+               callback);
+    if (use.Handle() == nullptr || !WaitForChange()) {
+        result.result = -1;
+        result.text = LastWords();
+    }
+    return result;
+}
+
+bool Connection::WaitForChange() {
+    const auto ended = [&] {
+        const std::lock_guard lock(mutex_);
+        return directoryChanged_ || state_ == State::closing;
+    };
+    while (!host_.Loop().WaitUntil(ended, changePause)) {
+        const std::lock_guard lock(mutex_);
+        const auto silence = std::chrono::steady_clock::now() - lastLineTime_;
+        if (silence > longestSilence || (silence > refusalGrace && IsRefusal(lastLine_))) {
+            break;
+        }
+    }
+    const std::lock_guard lock(mutex_);
+    wantedCookie_ = 0;
+    return directoryChanged_;
+}
+
+ListResult Connection::List(bool longForm) {
+    ListResult result;
+    const Use use(*this);
+    if (use.Handle() == nullptr) {
+        result.text = notConnected;
+        return result;
+    }
+    BeginOperation();
+    result.done =
+        ReadDirectoryThrough(host_, nullptr, use.Handle(), longForm ? 1 : 0, result.entries);
+    if (!result.done) {
+        result.text = LastWords();
+    }
+    return result;
+}
+
+void Connection::InvalidateListing() {
+    const Use use(*this);
+    if (use.Handle() != nullptr) {
+        host_.Send(MessageNumber::invalidateCacheEntry, use.Handle(), nullptr);
+    }
+}
+
+void Connection::InvalidateAllListings() {
+    const Use use(*this);
+    if (use.Handle() != nullptr) {
+        host_.Send(MessageNumber::invalidateCache, use.Handle());
+    }
+}
+
+int Connection::SaveRawListing(LocalFile& file) {
+    quennet::ShellFile word = quennet::WordFromPointer(&file);
+    const Use use(*this);
+    if (use.Handle() == nullptr) {
+        return ENOTCONN;
+    }
+    ClearFileFailure();
+    host_.Send(MessageNumber::saveRawListing, console_.Window(), &word, use.Handle());
+    return LastFileFailure() ? LastFileFailure()->code : 0;
+}
+
+void Connection::BeginOperation() {
+    const std::lock_guard lock(mutex_);
+    abortPending_ = false;
+    lastLine_.clear();
+    lastReply_.clear();
+    lastLineTime_ = std::chrono::steady_clock::now();
+}
+
+void Connection::TakeLine(const std::string& line) {
+    {
+        const std::lock_guard lock(mutex_);
+        lastLine_ = line;
+        lastLineTime_ = std::chrono::steady_clock::now();
+        if (IsReply(line)) {
+            lastReply_ = line;
+        }
+    }
+    if (options_.console) {
+        options_.console(line);
+    }
+}
+
+std::string Connection::LastWords() const {
+    const std::lock_guard lock(mutex_);
+    return lastReply_.empty() ? lastLine_ : lastReply_;
+}
+
+void Connection::Connected(u16) {
+    {
+        const std::lock_guard lock(mutex_);
+        if (state_ == State::connecting) {
+            state_ = State::connected;
+        }
+    }
+    host_.Loop().Wake();
+}
+
+void Connection::ConnectFailed(const std::string& text) {
+    {
+        const std::lock_guard lock(mutex_);
+        if (state_ == State::connecting) {
+            state_ = State::failed;
+            failureText_ = text;
+        }
+    }
+    host_.Loop().Wake();
+}
+
+void Connection::ReconnectFailed() {
+    if (options_.reconnectFailed) {
+        options_.reconnectFailed();
+    }
+}
+
+void Connection::DirectoryChanged(u16 cookie, const std::string&) {
+    {
+        const std::lock_guard lock(mutex_);
+        if (cookie != wantedCookie_) {
+            return;
+        }
+        directoryChanged_ = true;
+    }
+    host_.Loop().Wake();
+}
+
+bool Connection::OwnsHandle(const void* handle) const {
+    const std::lock_guard lock(mutex_);
+    return handle == quennet::PointerFromWord<void>(block_);
+}
+
+/// The holder is empty by now, but an operation may have read it before.
+void Connection::BeforeFree() {
+    {
+        std::unique_lock lock(mutex_);
+        state_ = State::closing;
+        unused_.wait(lock, [&] { return uses_ == 0; });
+        block_ = 0;
+        site_ = 0;
+    }
+    host_.Loop().Wake();
+}
+
+bool Connection::OwnsServerName(const char* name) const {
+    const std::lock_guard lock(mutex_);
+    return site_ != 0 && quennet::PointerFromWord<const SiteRecord>(site_)->host == name;
+}
+
+PasswordFunction Connection::PasswordSource() const {
+    return options_.askPassword;
+}
+
+void Connection::PasswordCancelled() {
+    const std::lock_guard lock(mutex_);
+    cancelled_ = true;
+}
+
+}  // namespace hostkit

@@ -1,0 +1,54 @@
+// Commands on a server's files and directories.
+
+#include "hostkit/connection_use.h"
+
+namespace hostkit {
+
+using quennet::MessageNumber;
+
+/// Sends one message that ends with a reply class and takes its result.
+template <typename... Arguments>
+CommandResult Connection::Command(MessageNumber message, Arguments... arguments) {
+    CommandResult result;
+    const Use use(*this);
+    if (use.Handle() == nullptr) {
+        result.text = notConnected;
+        return result;
+    }
+    BeginOperation();
+    result.result = host_.Send(message, arguments..., use.Handle());
+    if (!result.Done()) {
+        result.text = LastWords();
+    }
+    return result;
+}
+
+CommandResult Connection::DeleteFile(const std::string& name) {
+    return Command(MessageNumber::remoteDelete, name.c_str());
+}
+
+CommandResult Connection::RemoveDirectory(const std::string& name) {
+    return Command(MessageNumber::remoteRemoveDir, name.c_str());
+}
+
+CommandResult Connection::MakeDirectory(const std::string& path) {
+    std::string prepared = path;  // the module may change it
+    return Command(MessageNumber::remoteMakeDir, prepared.data());
+}
+
+CommandResult Connection::Rename(const std::string& oldName, const std::string& newName) {
+    return Command(MessageNumber::remoteRename, oldName.c_str(), newName.c_str());
+}
+
+bool Connection::StartTypedLine(const std::string& line) {
+    const Use use(*this);
+    if (use.Handle() == nullptr || line.size() > longestTypedLine) {
+        return false;
+    }
+    BeginOperation();
+    host_.Send(MessageNumber::rawCommand, 0, use.Handle(), line.c_str(),
+               host_.GetPanels().NextCookie());
+    return true;
+}
+
+}  // namespace hostkit

@@ -1,0 +1,115 @@
+// Files that a connection moves.
+
+#include <sys/stat.h>
+#include <time.h>
+
+#include <algorithm>
+#include <cstring>
+
+#include "hostkit/connection_use.h"
+
+namespace hostkit {
+
+namespace {
+
+using quennet::FtpHandle;
+using quennet::MessageNumber;
+using quennet::TransferItem;
+
+constexpr std::size_t pathSize = 260;
+constexpr char pathTooLong[] = "the path is longer than 259 characters";
+
+/// What is known of an existing local file; fields of a missing one stay as they are.
+void DescribeLocalFile(const char* path, u64& size, u16& date, u16& time) {
+    struct stat status;
+    struct tm local;
+    if (stat(path, &status) != 0) {
+        return;
+    }
+    size = static_cast<u64>(status.st_size);
+    if (localtime_r(&status.st_mtime, &local) == nullptr || local.tm_year < 80 ||
+        local.tm_year > 207) {
+        return;
+    }
+    date = static_cast<u16>((local.tm_year - 80) << 9 | (local.tm_mon + 1) << 5 | local.tm_mday);
+    time = static_cast<u16>(local.tm_hour << 11 | local.tm_min << 5 | local.tm_sec / 2);
+}
+
+bool CopyPath(char (&target)[pathSize], const std::string& path) {
+    if (path.size() >= pathSize) {
+        return false;
+    }
+    std::copy_n(path.c_str(), path.size() + 1, target);
+    return true;
+}
+
+TransferResult Failed(const char* text) {
+    TransferResult result;
+    result.text = text;
+    return result;
+}
+
+}  // namespace
+
+TransferResult Connection::Download(const DownloadRequest& request, TransferOperation& operation) {
+    TransferItem item = {};
+    if (!CopyPath(item.source, request.source) ||
+        !CopyPath(item.destination, request.destination)) {
+        return Failed(pathTooLong);
+    }
+    item.sourceSize = request.size;
+    item.sourceDate = request.date;
+    item.sourceTime = request.time;
+    DescribeLocalFile(item.destination, item.destinationSize, item.destinationDate,
+                      item.destinationTime);
+    return Transfer(item, operation, [&](FtpHandle* handle) {
+        operation.record.sourceHandle = quennet::WordFromPointer(handle);
+        return host_.Send(MessageNumber::getFile, &item, handle, TransferScope::Confirm());
+    });
+}
+
+TransferResult Connection::Upload(const UploadRequest& request, const Listing& there,
+                                  TransferOperation& operation) {
+    TransferItem item = {};
+    if (!CopyPath(item.source, request.source) || !CopyPath(item.destination, request.name)) {
+        return Failed(pathTooLong);
+    }
+    // Before the server is asked to store anything.
+    ClearFileFailure();
+    if (LocalFile::Open(request.source, quennet::accessRead) == nullptr) {
+        TransferResult result;
+        result.localFailure = LastFileFailure();
+        return result;
+    }
+    DescribeLocalFile(item.source, item.sourceSize, item.sourceDate, item.sourceTime);
+    return Transfer(item, operation, [&](FtpHandle* handle) {
+        operation.record.destinationHandle = quennet::WordFromPointer(handle);
+        return host_.Send(MessageNumber::putFile, &item, handle, TransferScope::Confirm(),
+                          there.Records());
+    });
+}
+
+/// Sends the message of one transfer and takes its result.
+TransferResult Connection::Transfer(TransferItem& item, TransferOperation& operation,
+                                    const std::function<i32(FtpHandle* handle)>& send) {
+    const Use use(*this);
+    if (use.Handle() == nullptr) {
+        return Failed(notConnected);
+    }
+    item.record = quennet::WordFromPointer(&operation.record);
+    operation.record.status = quennet::transferGoesOn;
+    BeginOperation();
+    ClearFileFailure();
+    TransferResult result;
+    const TransferScope scope(operation, abortPending_);
+    if (send(use.Handle()) == 0) {
+        result.outcome = scope.LeftOut() ? TransferOutcome::leftOut : TransferOutcome::done;
+        return result;
+    }
+    const char* errorText = use.Handle()->errorText;
+    result.text.assign(errorText, strnlen(errorText, sizeof(FtpHandle::errorText)));
+    result.localFailure = LastFileFailure();
+    return result;
+}
+
+}  // namespace hostkit

@@ -1,0 +1,36 @@
+#pragma once
+// What the files that carry out a connection's operations share.
+
+#include "hostkit/connection.h"
+
+namespace hostkit {
+
+constexpr char notConnected[] = "not connected";
+
+/// An operation that looks at the handle, as long as it lives: the handle is not given back before.
+class Connection::Use {
+  public:
+    /// `whileClosing`: the handle is given out as long as there is one, its end included.
+    explicit Use(Connection& connection, bool whileClosing = false) : connection_(connection) {
+        const std::lock_guard lock(connection_.mutex_);
+        ++connection_.uses_;
+        if (connection_.state_ != State::closing || whileClosing) {
+            handle_ = connection_.Handle();
+        }
+    }
+    ~Use() {
+        const std::lock_guard lock(connection_.mutex_);
+        --connection_.uses_;
+        connection_.unused_.notify_all();
+    }
+    Use(const Use&) = delete;
+    Use& operator=(const Use&) = delete;
+
+    quennet::FtpHandle* Handle() const { return handle_; }
+
+  private:
+    Connection& connection_;
+    quennet::FtpHandle* handle_ = nullptr;
+};
+
+}  // namespace hostkit

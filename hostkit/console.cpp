@@ -1,0 +1,39 @@
+#include "hostkit/console.h"
+
+#include <utility>
+
+#include "hostkit/services.h"
+#include "hostkit/window.h"
+
+namespace hostkit {
+
+Console::Console(Host& host, Sink sink) : host_(host) {
+    window_ =
+        host_.Loop().Invoke([] { return MakeWindow("hostkit console", DefWindowProcA, nullptr); });
+    host_.GetServices().AddConsole(Number(), std::move(sink));
+}
+
+Console::~Console() {
+    host_.GetServices().RemoveConsole(Number());
+    host_.Loop().Invoke([this] { DestroyWindow(window_); });
+}
+
+std::string HarmlessLine(const std::string& line) {
+    std::string harmless;
+    harmless.reserve(line.size());
+    for (std::size_t i = 0; i < line.size(); ++i) {
+        const auto byte = static_cast<unsigned char>(line[i]);
+        const auto next = static_cast<unsigned char>(i + 1 < line.size() ? line[i + 1] : 0);
+        if (byte == 0xC2 && next >= 0x80 && next < 0xA0) {
+            harmless += '?';
+            ++i;
+        } else if (byte == '\t') {
+            harmless += ' ';
+        } else {
+            harmless += byte < 0x20 || byte == 0x7F ? '?' : line[i];
+        }
+    }
+    return harmless;
+}
+
+}  // namespace hostkit

@@ -1,0 +1,32 @@
+#pragma once
+// Wildcards and the filter record.
+
+#include <string_view>
+
+#include "hostkit/types.h"
+
+namespace hostkit {
+
+/// Whether a name matches one mask of a list. Masks are set apart by ';'; '*' stands for any text,
+/// '?' for one byte; ASCII letters match without regard to case. ".", "*.*" and an empty list match
+/// every name. Takes at most name times mask steps.
+bool MatchesMasks(std::string_view name, std::string_view masks);
+
+/// The host's filter record. The module keeps what it has to say in `flags` and hands the record
+/// on.
+struct FilterRecord {
+    u16 hostWord;
+    u16 flags;      // filterTakesFolders, and 0x8000, which the module sets
+    u16 firstDate;  // DOS dates; 0 is no bound
+    u16 lastDate;
+    u64 smallest;     // bytes; a file smaller than that, or larger than the other bound, is out
+    u64 largest;      // 0 is no bound
+    char masks[260];  // list of masks
+};
+constexpr u16 filterTakesFolders = 0x10;
+
+/// Whether an entry passes the filter. Sizes are looked at for files alone.
+bool PassesFilter(const FilterRecord& filter, std::string_view name, u16 attributes, u16 date,
+                  u64 size);
+
+}  // namespace hostkit

@@ -1,0 +1,134 @@
+#include "hostkit/services.h"
+
+#include <chrono>
+#include <mutex>
+#include <utility>
+
+#include "hostkit/host.h"
+#include "hostkit/password_key.h"
+
+namespace hostkit {
+
+namespace {
+
+using quennet::CoreService;
+using quennet::ShellService;
+
+constexpr char privateName[] = "private settings";
+constexpr char memoryName[] = "settings in memory";
+constexpr std::size_t nameSize = 260;
+
+// The thread that waits shows nothing meanwhile.
+constexpr std::chrono::seconds dialogPatience{1};
+constexpr u32 settingsNotSavedText = 6007;
+constexpr u32 settingsBusyText = 6008;
+
+constexpr char folderSample[] = "/";
+constexpr char fileWord[] = "File";
+
+thread_local std::shared_ptr<SettingsStore> privateStore;
+thread_local DialogHook* dialogHook = nullptr;
+
+}  // namespace
+
+Services::Services(const HostOptions& options) : settings_(options.settings) {
+    InitializeCriticalSection(&listLock_);
+    passwordKey_ = KeptPasswordKey(options.passwordKeyFile);
+    Put(core_, CoreService::pingWord, &pingWord_);
+    Put(shell_, ShellService::currentSiteId, &currentSiteId_);
+    Put(shell_, ShellService::optionWord, &optionWord_);
+    Put(shell_, ShellService::listLock, &listLock_);
+    Put(shell_, ShellService::folderSample, folderSample);
+    Put(shell_, ShellService::fileWord, fileWord);
+    FillMemoryServices(core_, shell_);
+    FillDialogServices(core_);
+    FillPanelServices(core_, shell_);
+    FillFileServices(shell_);
+    FillSettingServices(core_, shell_);
+    FillTextServices(shell_);
+    FillListServices(core_, shell_);
+}
+
+Services::~Services() {
+    DeleteCriticalSection(&listLock_);
+}
+
+void Services::AddConsole(WindowNumber number, std::function<void(const std::string&)> sink) {
+    const std::unique_lock lock(consoleMutex_);
+    consoles_[number] = std::move(sink);
+}
+
+void Services::RemoveConsole(WindowNumber number) {
+    const std::unique_lock lock(consoleMutex_);
+    consoles_.erase(number);
+}
+
+bool Services::PrintOn(WindowNumber number, const std::string& line) {
+    const std::shared_lock lock(consoleMutex_);
+    const auto found = consoles_.find(number);
+    if (found == consoles_.end()) {
+        return false;
+    }
+    if (found->second) {
+        found->second(line);
+    }
+    return true;
+}
+
+std::string Services::StoreName() const {
+    if (privateStore != nullptr) {
+        return privateName;
+    }
+    const auto* file = dynamic_cast<const FileSettings*>(settings_.get());
+    if (file == nullptr || file->Path().string().size() >= nameSize) {
+        return memoryName;
+    }
+    return file->Path().string();
+}
+
+std::shared_ptr<SettingsStore> Services::StoreOf(const char* file) const {
+    const bool isPrivate =
+        privateStore != nullptr && file != nullptr && std::string_view(file) == privateName;
+    return isPrivate ? privateStore : settings_;
+}
+
+PrivateSettings::PrivateSettings(std::shared_ptr<SettingsStore> store)
+    : outer_(std::exchange(privateStore, std::move(store))) {}
+
+PrivateSettings::~PrivateSettings() {
+    privateStore = std::move(outer_);
+}
+
+SettingsEdit::SettingsEdit(const HostOptions& options) : options_(options) {
+    if (privateStore != nullptr) {
+        return;
+    }
+    open_ = options.settings->Begin(dialogPatience);
+    if (!open_) {
+        TellError(options, settingsBusyText, options.settings->ErrorText());
+        private_.emplace(options.settings->PrivateCopy());
+    }
+}
+
+SettingsEdit::~SettingsEdit() {
+    if (open_ && !options_.settings->Commit()) {
+        TellError(options_, settingsNotSavedText, options_.settings->ErrorText());
+    }
+}
+
+DialogHook::DialogHook(std::function<void(HWND dialog)> hook)
+    : hook_(std::move(hook)), outer_(std::exchange(dialogHook, this)) {}
+
+DialogHook::~DialogHook() {
+    dialogHook = outer_;
+}
+
+bool DialogHook::Run(HWND dialog) {
+    if (dialogHook == nullptr) {
+        return false;
+    }
+    dialogHook->hook_(dialog);
+    return true;
+}
+
+}  // namespace hostkit

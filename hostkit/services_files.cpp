@@ -1,0 +1,138 @@
+// Local files. The module's word for an open file holds the address of a LocalFile, 0 when none is
+// open.
+
+#include <errno.h>
+
+#include <exception>
+#include <memory>
+#include <string>
+
+#include "hostkit/directory_read.h"
+#include "hostkit/files.h"
+#include "hostkit/host.h"
+#include "hostkit/services.h"
+#include "hostkit/transfer.h"
+
+namespace hostkit {
+
+namespace {
+
+using namespace quennet;
+
+constexpr char wholeBytes = 'I';
+
+LocalFile* FileOf(const ShellFile* file) {
+    return PointerFromWord<LocalFile>(*file);
+}
+
+i32 Keep(ShellFile* word, std::unique_ptr<LocalFile> file) {
+    *word = WordFromPointer(file.release());
+    return *word != 0 ? 0 : LastFileFailure()->code;
+}
+
+/// Keeps exceptions, which only want of memory raises here, on this side.
+template <typename Operation>
+i32 Guarded(Operation operation) {
+    try {
+        return operation();
+    } catch (const std::exception&) {
+        return ENOMEM;
+    }
+}
+
+/// Runs an operation on the open file.
+template <typename Operation>
+i32 On(const ShellFile* word, Operation operation) {
+    LocalFile* file = FileOf(word);
+    return Guarded([&] { return file != nullptr ? operation(*file) : EBADF; });
+}
+
+extern "C" {
+
+static i32 GetTransferType(const char*) {
+    return wholeBytes;
+}
+
+static i32 FileCheck(const char* path) {
+    return Guarded([&] { return CheckFile(path); });
+}
+
+static i32 CreateLocalFile(HWND, const char* path, ShellFile* file) {
+    return Guarded([&] { return Keep(file, LocalFile::Create(path)); });
+}
+
+static i32 OpenLocalFile(const char* path, ShellFile* file, u32 access) {
+    return Guarded([&] { return Keep(file, LocalFile::Open(path, access)); });
+}
+
+static i32 OpenLocalFileAt(HWND, const char* path, ShellFile* file, u32 access) {
+    return OpenLocalFile(path, file, access);
+}
+
+static i32 CloseLocalFile(ShellFile* file) {
+    const std::unique_ptr<LocalFile> open(FileOf(file));
+    *file = 0;
+    return Guarded([&] { return open != nullptr ? open->Close() : EBADF; });
+}
+
+static i32 ReadLocalFile(ShellFile* file, void* buffer, u32 size) {
+    return On(file, [&](LocalFile& open) { return open.Read(buffer, size); });
+}
+
+static i32 WriteLocalFile(HWND, ShellFile* file, const void* data, u32 length) {
+    return On(file, [&](LocalFile& open) { return open.Write(data, length); });
+}
+
+static i32 WriteTextLine(HWND, ShellFile* file, const char* text) {
+    return On(file, [&](LocalFile& open) {
+        const int code = open.Write(text, std::char_traits<char>::length(text));
+        return code != 0 ? code : open.Write("\r\n", 2);
+    });
+}
+
+static i32 SeekLocalFile(ShellFile* file, u32 position) {
+    return On(file, [&](LocalFile& open) { return open.Seek(position); });
+}
+
+static i32 QueryLocalFileSize(u32, ShellFile* file, u64* size) {
+    return On(file, [&](LocalFile& open) { return open.Size(*size); });
+}
+
+static i32 SetLocalFileTime(ShellFile* file, u32 date, u32 time) {
+    return On(file, [&](LocalFile& open) {
+        return open.SetTime(static_cast<u16>(date), static_cast<u16>(time));
+    });
+}
+
+static void AddProgress(HostWord progress, u32 bytes) {
+    TransferScope::AddProgress(PointerFromWord<TransferRecord>(progress), bytes);
+}
+
+/// A list of entries that goes back through CoreFree, null without a listing.
+static DirEntry* ReadDirectory(const char* path, FtpHandle* handle, u32 option) {
+    Listing entries;
+    const bool done = ReadDirectoryThrough(*Host::Current(), path, handle, option, entries);
+    return done ? static_cast<DirEntry*>(entries.Release()) : nullptr;
+}
+}
+
+}  // namespace
+
+void FillFileServices(ShellServices& shell) {
+    Put<ShellGetTransferTypeFunction>(shell, ShellService::getTransferType, GetTransferType);
+    Put<ShellFileCheckFunction>(shell, ShellService::fileCheck, FileCheck);
+    Put<ShellCreateFileFunction>(shell, ShellService::createFile, CreateLocalFile);
+    Put<ShellOpenFileFunction>(shell, ShellService::openFile, OpenLocalFile);
+    Put<ShellOpenFileAtFunction>(shell, ShellService::openFileAt, OpenLocalFileAt);
+    Put<ShellCloseFileFunction>(shell, ShellService::closeFile, CloseLocalFile);
+    Put<ShellReadFileFunction>(shell, ShellService::readFile, ReadLocalFile);
+    Put<ShellWriteFileFunction>(shell, ShellService::writeFile, WriteLocalFile);
+    Put<ShellWriteTextLineFunction>(shell, ShellService::writeTextLine, WriteTextLine);
+    Put<ShellSeekFileFunction>(shell, ShellService::seekFile, SeekLocalFile);
+    Put<ShellQueryFileSizeFunction>(shell, ShellService::queryFileSize, QueryLocalFileSize);
+    Put<ShellSetFileTimeFunction>(shell, ShellService::setFileTime, SetLocalFileTime);
+    Put<ShellAddProgressFunction>(shell, ShellService::addProgress, AddProgress);
+    Put<ShellReadDirectoryFunction>(shell, ShellService::readDirectory, ReadDirectory);
+}
+
+}  // namespace hostkit

@@ -1,0 +1,46 @@
+// Memory, bounded text and growing buffers.
+
+#include <cstdlib>
+#include <utility>
+
+#include "hostkit/memory.h"
+#include "hostkit/services.h"
+
+namespace hostkit {
+
+namespace {
+
+using namespace quennet;
+
+extern "C" {
+
+static void* Alloc(HostWord size) {
+    return std::calloc(1, size);
+}
+
+static void Free(void** pointer) {
+    if (pointer != nullptr) {
+        std::free(std::exchange(*pointer, nullptr));
+    }
+}
+
+static void AppendText(char* target, const char* text, u32 size) {
+    AppendBounded(target, text, size);
+}
+
+static i32 BufferAppend(GrowBuffer* record, const void* data, u32 size) {
+    return AppendToBuffer(*record, data, size) ? 0 : 1;
+}
+}
+
+}  // namespace
+
+void FillMemoryServices(CoreServices& core, ShellServices& shell) {
+    Put<CoreAllocFunction>(core, CoreService::alloc, Alloc);
+    Put<CoreFreeFunction>(core, CoreService::free, Free);
+    Put<CoreCopyTextFunction>(core, CoreService::copyText, AppendText);
+    Put<ShellAppendTextFunction>(shell, ShellService::appendText, AppendText);
+    Put<ShellBufferAppendFunction>(shell, ShellService::bufferAppend, BufferAppend);
+}
+
+}  // namespace hostkit

@@ -1,0 +1,123 @@
+#include "hostkit/texts.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace hostkit {
+
+namespace {
+
+struct Text {
+    u32 id;
+    const char* text;
+};
+
+// In the order of the numbers.
+constexpr Text texts[] = {
+    // Buttons of all dialogs.
+    {2, "Cancel"},
+    {7, "&Stop"},
+    {96, "&Delete"},
+    {97, "&Add"},
+    {99, "OK"},
+    // Menus of the find window.
+    {120, "&Close"},
+    {241, "&Tool bar"},
+    {243, "&Status bar"},
+    {299, "&View"},
+    {301, "&Start"},
+    {324, "&Go to"},
+    {400, "&Options"},
+    {526, "S&top"},
+    {527, "As &text..."},
+    {528, "As &CSV..."},
+    {529, "As &HTML..."},
+    {540, "&Export"},
+    {543, "&Search"},
+    {544, "Large &icons"},
+    {545, "S&mall icons"},
+    {546, "&List"},
+    {547, "&Details"},
+    {552, "&Masks:"},
+    {818, "&Filter..."},
+    {850, "&File"},
+    // Tool tips: the number of a command and 1000.
+    {1301, "Start the search"},
+    {1324, "Go to the current entry"},
+    {1526, "Stop the search"},
+    {1527, "Export as text"},
+    {1528, "Export as CSV"},
+    {1529, "Export as HTML"},
+    // Columns.
+    {4001, "Type"},
+    {4002, "Name"},
+    {4003, "Size"},
+    {4004, "Date"},
+    {4005, "Attributes"},
+    {4029, "Folder"},
+    // Summaries.
+    {5058, "bytes"},
+    {5059, "stopped"},
+    {5501, "Found:"},
+    {5502, "Selected:"},
+    {5503, "file"},
+    {5504, "files"},
+    {5505, "folder"},
+    {5506, "folders"},
+    {5507, "byte"},
+    // Messages.
+    {6000, "The network could not be started."},
+    {6001, "The echo library of the system cannot be used."},
+    {6002, "There is no host %s."},
+    {6003, "No answer in time."},
+    {6005, "The connection was lost and could not be made again."},
+    {6006, "The site book is full. It was left as it was."},
+    {6007, "The site book could not be saved. It was left as it was."},
+    {6008, "The site book can't be changed now. What is changed in it will not be kept."},
+    // Boxes of the find window and of the permission dialog.
+    {10103, "Include sub&folders"},
+    {10900, "Permissions"},
+    {11801, "&All entries"},
+    // The connection dialog.
+    {14303, "Anony&mous"},
+    {14304, "Sa&ve password"},
+    {14305, "&Firewall"},
+    {14306, "&Passive mode"},
+    // Labels of the connection, firewall and ping dialogs.
+    {14312, "&Host:"},
+    {14314, "&Name:"},
+    {14315, "&User:"},
+    {14316, "Pass&word:"},
+    {14317, "D&irectory:"},
+    {14318, "&Host:"},
+    {14321, "&Mail address, sent as password:"},
+    {14351, "&Address:"},
+    // The permission dialog.
+    {14361, "Read"},
+    {14362, "Write"},
+    {14363, "Execute"},
+    {14364, "Read"},
+    {14365, "Write"},
+    {14366, "Execute"},
+    {14367, "Read"},
+    {14368, "Write"},
+    {14369, "Execute"},
+    {14370, "Owner"},
+    {14371, "Group"},
+    {14372, "Others"},
+    {14503, "F&ilter..."},
+    {14505, "&Use the filter"},
+    // Buttons of the connection dialog's list.
+    {14535, "Mov&e up"},
+    {14536, "Move d&own"},
+};
+static_assert(std::ranges::is_sorted(texts, {}, &Text::id));
+
+}  // namespace
+
+const char* TextOfId(u32 id) {
+    const auto* found = std::ranges::lower_bound(texts, id, {}, &Text::id);
+    return found != std::end(texts) && found->id == id ? found->text : nullptr;
+}
+
+}  // namespace hostkit

@@ -1,0 +1,46 @@
+#include "hostkit/transfer.h"
+
+#include <utility>
+
+namespace hostkit {
+
+namespace {
+
+thread_local TransferScope* currentScope = nullptr;
+
+}  // namespace
+
+TransferScope::TransferScope(TransferOperation& operation, const std::atomic<bool>& abortPending)
+    : operation_(operation), abortScope_(abortPending), outer_(std::exchange(currentScope, this)) {}
+
+TransferScope::~TransferScope() {
+    currentScope = outer_;
+}
+
+void TransferScope::AddProgress(quennet::TransferRecord* record, u32 bytes) {
+    if (currentScope != nullptr && currentScope->operation_.progress) {
+        currentScope->operation_.progress(*record, bytes);
+    }
+}
+
+void TransferScope::Ask(quennet::TransferItem* item, u32 resumeOffset) {
+    const TransferOperation& operation = currentScope->operation_;
+    const ConfirmAnswer answer =
+        operation.confirm ? operation.confirm(*item, resumeOffset) : ConfirmAnswer::leaveOut;
+    currentScope->leftOut_ = answer != ConfirmAnswer::goOn;
+    auto* record = quennet::PointerFromWord<quennet::TransferRecord>(item->record);
+    record->status = static_cast<u32>(answer);
+}
+
+extern "C" {
+
+static void AskThread(quennet::TransferItem* item, u32 resumeOffset) {
+    TransferScope::Ask(item, resumeOffset);
+}
+}
+
+quennet::ConfirmCallback TransferScope::Confirm() {
+    return AskThread;
+}
+
+}  // namespace hostkit

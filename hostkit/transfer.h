@@ -1,0 +1,58 @@
+#pragma once
+// What the module asks and tells while it moves a file.
+
+#include <atomic>
+#include <functional>
+
+#include "host/records.h"
+#include "hostkit/files.h"
+#include "hostkit/types.h"
+
+namespace hostkit {
+
+/// Answer to the question whether an existing file is written to.
+enum class ConfirmAnswer : u32 {
+    goOn = quennet::transferGoesOn,
+    leaveOut = 1,
+};
+
+/// One operation over one or more files: its progress and its questions. The functions are called
+/// on the thread that runs the transfer; none may throw.
+struct TransferOperation {
+    /// After each block, before it is added to `bytesDone`.
+    std::function<void(const quennet::TransferRecord& record, u32 bytes)> progress;
+    /// `item` carries what is known of both sides; a download would be resumed at `resumeOffset`.
+    /// Without the function existing files are left alone.
+    std::function<ConfirmAnswer(const quennet::TransferItem& item, u32 resumeOffset)> confirm;
+
+    quennet::TransferRecord record = {};
+};
+
+/// Says that the calling thread runs a message for `operation`, as long as the object lives.
+class TransferScope {
+  public:
+    TransferScope(TransferOperation& operation, const std::atomic<bool>& abortPending);
+    ~TransferScope();
+    TransferScope(const TransferScope&) = delete;
+    TransferScope& operator=(const TransferScope&) = delete;
+
+    /// The existing target was to be left alone.
+    bool LeftOut() const { return leftOut_; }
+
+    /// What ShellAddProgress does.
+    static void AddProgress(quennet::TransferRecord* record, u32 bytes);
+
+    /// The confirm callback of messages 39 and 40.
+    static quennet::ConfirmCallback Confirm();
+
+    /// What that callback does.
+    static void Ask(quennet::TransferItem* item, u32 resumeOffset);
+
+  private:
+    TransferOperation& operation_;
+    AbortScope abortScope_;
+    TransferScope* outer_;
+    bool leftOut_ = false;
+};
+
+}  // namespace hostkit

@@ -1,0 +1,29 @@
+#pragma once
+// A top window as cells: its frame, itself, its controls. Everything here runs on the window's
+// thread.
+
+#include "quennet_canvas.h"
+
+namespace quennet::terminal {
+
+struct Picture {
+    Surface surface;
+    Area focusWithLabel;  // the control with the focus and the label in front of it
+    bool fillsScreen = false;
+};
+
+/// A window that is no popup fills the screen.
+bool FillsScreen(HWND top);
+/// Gives such a window the size of the screen.
+void FitToScreen(HWND top, int columns, int rows);
+
+Picture DrawWindow(HWND top);
+
+/// Where a click on a cell of the picture goes.
+struct Target {
+    HWND window;   // null: to the frame, or to a disabled control
+    LPARAM point;  // in the window, as a mouse message has it
+};
+Target TargetAt(HWND top, int x, int y);
+
+}  // namespace quennet::terminal

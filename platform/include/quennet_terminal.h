@@ -1,0 +1,31 @@
+#pragma once
+// Shows the windows of the layer in the terminal. Link the library quennet_terminal for it.
+
+#include "quennet_canvas.h"
+
+namespace quennet {
+
+/// From now on windows show in the terminal of standard input and output. To be called while no
+/// window is visible. False, and nothing has changed, when these are no terminal, when the terminal
+/// is of no known kind, or when this program was built without a display. The terminal is taken
+/// when the first window is shown and given back, as it was, when none is left; in between nothing
+/// else may write to it or read from it. It is also given back when the program ends, in whatever
+/// way but SIGKILL and _exit.
+///
+/// SIGINT, SIGQUIT, SIGTERM, SIGHUP and the signals of a crash get handlers where they had none;
+/// SIGHUP does not end the program while the terminal is taken: all windows are closed instead, as
+/// after the end of the input, and new ones as soon as they show. NO_COLOR is kept. The locale's
+/// character set is used, UTF-8 when nobody has chosen one.
+bool UseTerminalDisplay();
+
+/// Gives the terminal back and shows nothing any more. To be called while no window is visible, or
+/// at the program's end.
+void UseHeadlessDisplay();
+
+/// The terminal has hung up or come to its end.
+bool IsTerminalGone();
+
+/// Puts a top window in front of the others. Any thread.
+void RaiseInTerminal(HWND window);
+
+}  // namespace quennet

@@ -1,0 +1,94 @@
+// Names of hosts and protocols. Each thread has its own results.
+
+#include <vector>
+
+#include "net/errors.h"
+#include "net/waiting.h"
+
+using namespace quennet::net;
+
+namespace {
+
+/// One answer of the name service and the memory that its pointers lead to.
+template <typename Record>
+struct Answer {
+    Record record{};
+    std::vector<char> texts = std::vector<char>(1024);
+};
+
+constexpr std::size_t longestTexts = 1024 * 1024;
+
+/// Repeats a lookup with more and more memory, as long as it asks for it.
+template <typename Record, typename Lookup>
+Record* Ask(Answer<Record>* answer, Lookup lookup) {
+    for (;;) {
+        Record* result = nullptr;
+        const int error =
+            lookup(&answer->record, answer->texts.data(), answer->texts.size(), &result);
+        if (error != ERANGE || answer->texts.size() >= longestTexts) {
+            return result;
+        }
+        answer->texts.resize(answer->texts.size() * 4);
+    }
+}
+
+int ResolverError(int hostError) {
+    switch (hostError) {
+        case HOST_NOT_FOUND:
+            return WSAHOST_NOT_FOUND;
+        case TRY_AGAIN:
+            return WSATRY_AGAIN;
+        case NO_DATA:
+            return WSANO_DATA;
+        default:
+            return WSANO_RECOVERY;
+    }
+}
+
+}  // namespace
+
+hostent* quennet_gethostbyname(const char* name) {
+    if (!Started()) {
+        return nullptr;
+    }
+    if (name == nullptr) {
+        Fail(WSAEFAULT);
+        return nullptr;
+    }
+    PushUnsentOfThread();
+    static thread_local Answer<hostent> answer;
+    int hostError = HOST_NOT_FOUND;
+    hostent* const found =
+        Ask(&answer, [&](hostent* record, char* texts, std::size_t size, hostent** result) {
+            return gethostbyname2_r(name, AF_INET, record, texts, size, result, &hostError);
+        });
+    if (found == nullptr) {
+        Fail(ResolverError(hostError));
+    }
+    return found;
+}
+
+protoent* quennet_getprotobyname(const char* name) {
+    if (!Started()) {
+        return nullptr;
+    }
+    if (name == nullptr) {
+        Fail(WSAEFAULT);
+        return nullptr;
+    }
+    static thread_local Answer<protoent> answer;
+    protoent* const found =
+        Ask(&answer, [&](protoent* record, char* texts, std::size_t size, protoent** result) {
+            return getprotobyname_r(name, record, texts, size, result);
+        });
+    if (found == nullptr) {
+        Fail(WSANO_DATA);
+    }
+    return found;
+}
+
+char* quennet_inet_ntoa(in_addr address) {
+    static thread_local char text[INET_ADDRSTRLEN];
+    inet_ntop(AF_INET, &address, text, sizeof text);
+    return text;
+}

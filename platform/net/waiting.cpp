@@ -1,0 +1,146 @@
+#include "net/waiting.h"
+
+#include <algorithm>
+#include <limits>
+#include <vector>
+
+#include "base/before_wait.h"
+
+namespace quennet::net {
+
+namespace {
+
+/// The sockets on which one thread has left unsent bytes.
+class UnsentList {
+  public:
+    ~UnsentList() { Push(); }
+
+    void Note(const SocketReference& reference) {
+        const auto same = [&](const SocketReference& known) {
+            return known.socket == reference.socket && known.generation == reference.generation;
+        };
+        if (std::none_of(references_.begin(), references_.end(), same)) {
+            references_.push_back(reference);
+        }
+    }
+
+    void Push() {
+        if (!references_.empty()) {
+            std::erase_if(references_, PushOne);
+        }
+    }
+
+    const std::vector<SocketReference>& References() const { return references_; }
+
+  private:
+    /// True when nothing is left to push.
+    static bool PushOne(const SocketReference& reference) {
+        const std::lock_guard guard(reference.socket->lock);
+        if (!reference.Alive()) {
+            return true;
+        }
+        SocketState& state = reference.socket->state;
+        PushUnsent(&state, reference.socket->descriptor);
+        return state.unsent.Empty();
+    }
+
+    std::vector<SocketReference> references_;
+};
+
+UnsentList& UnsentOfThread() {
+    static thread_local UnsentList list;
+    return list;
+}
+
+/// What one sleep is about: the caller's sockets first, then those with bytes still to push. Their
+/// descriptors stay open as long as this object lives.
+class PollList {
+  public:
+    explicit PollList(std::span<Awaited> awaited) : awaited_(awaited) {
+        for (const Awaited& one : awaited) {
+            Add(one.reference, one.events);
+        }
+        for (const SocketReference& unsent : UnsentOfThread().References()) {
+            Add(unsent, POLLOUT);
+        }
+    }
+
+    ~PollList() {
+        for (const SocketReference& reference : sleeping_) {
+            EndSleep(reference);
+        }
+    }
+
+    PollList(const PollList&) = delete;
+    PollList& operator=(const PollList&) = delete;
+
+    /// Sleeps, and marks what the caller's sockets have.
+    void Poll(int milliseconds) {
+        ::poll(polled_.data(), polled_.size(), anyGone_ ? 0 : milliseconds);
+        for (std::size_t index = 0; index < awaited_.size(); ++index) {
+            const pollfd& one = polled_[index];  // without events after an interruption
+            awaited_[index].seen = one.fd < 0 ? short{POLLNVAL} : one.revents;
+        }
+    }
+
+  private:
+    void Add(const SocketReference& reference, short events) {
+        if (BeginSleep(reference)) {
+            sleeping_.push_back(reference);
+            polled_.push_back({reference.socket->descriptor, events, 0});
+        } else {
+            anyGone_ = true;
+            polled_.push_back({-1, 0, 0});
+        }
+    }
+
+    std::span<Awaited> awaited_;
+    std::vector<SocketReference> sleeping_;
+    std::vector<pollfd> polled_;
+    bool anyGone_ = false;
+};
+
+}  // namespace
+
+Deadline Deadline::After(int64_t milliseconds) {
+    Deadline deadline;
+    deadline.never_ = milliseconds < 0;
+    deadline.end_ = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
+    return deadline;
+}
+
+int Deadline::RestForPoll() const {
+    if (never_) {
+        return -1;
+    }
+    const auto rest =
+        std::chrono::ceil<std::chrono::milliseconds>(end_ - std::chrono::steady_clock::now());
+    constexpr int64_t longest = std::numeric_limits<int>::max();
+    return static_cast<int>(std::clamp<int64_t>(rest.count(), 0, longest));
+}
+
+int AwaitSockets(std::span<Awaited> awaited, const Deadline& deadline) {
+    for (;;) {
+        UnsentOfThread().Push();
+        PollList(awaited).Poll(deadline.RestForPoll());
+        const auto seen = std::count_if(awaited.begin(), awaited.end(),
+                                        [](const Awaited& one) { return one.seen != 0; });
+        if (seen > 0 || deadline.RestForPoll() == 0) {
+            return static_cast<int>(seen);
+        }
+    }
+}
+
+void NoteUnsent(const SocketReference& reference) {
+    UnsentOfThread().Note(reference);
+}
+
+void PushUnsentOfThread() {
+    UnsentOfThread().Push();
+}
+
+}  // namespace quennet::net
+
+void quennet::BeforeWait() {
+    net::PushUnsentOfThread();
+}

@@ -1,0 +1,121 @@
+// Sending: a call on the same thread, a carried message to another one.
+
+#include "base/before_wait.h"
+#include "user/messages.h"
+
+#include <algorithm>
+
+namespace quennet::user {
+
+namespace {
+
+/// Only the first answer counts: a thread that ended may have been faster.
+void Answer(SentMessage& sent, LRESULT result) {
+    if (sent.answered) {
+        return;
+    }
+    sent.answered = true;
+    sent.result = result;
+    sent.sender->wake.notify_all();
+}
+
+/// Puts the message into the queue of the window's thread and waits for the answer.
+LRESULT Carry(const std::shared_ptr<SentMessage>& sent) {
+    BeforeWait();
+    MessageQueue& own = *sent->sender;
+    DesktopLock desktop;
+    const Window* window = desktop->Find(sent->window);
+    if (!window) {
+        return 0;
+    }
+    window->queue->sent.push_back(sent);
+    window->queue->wake.notify_all();
+    for (;;) {
+        ServeSent(desktop, own);
+        if (sent->answered) {
+            return sent->result;
+        }
+        own.wake.wait(desktop.Lock());
+    }
+}
+
+/// The procedure of a window of this thread, null for a window of another one or none.
+WNDPROC OwnProcedure(HWND handle, const std::shared_ptr<MessageQueue>& own) {
+    DesktopLock desktop;
+    const Window* window = desktop->Find(handle);
+    return window && window->queue == own ? window->procedure : nullptr;
+}
+
+void ServeOne(DesktopLock& desktop, MessageQueue& queue) {
+    const std::shared_ptr<SentMessage> sent = queue.sent.front();
+    queue.sent.pop_front();
+    const Window* window = desktop->Find(sent->window);
+    if (!window) {
+        Answer(*sent, 0);
+        return;
+    }
+    const WNDPROC procedure = window->procedure;
+    queue.serving.push_back(sent);
+    desktop.Lock().unlock();
+    const LRESULT result = sent->destroys
+                               ? DestroyWindow(sent->window)
+                               : procedure(sent->window, sent->message, sent->wParam, sent->lParam);
+    BeforeWait();
+    desktop.Lock().lock();
+    std::erase(queue.serving, sent);
+    Answer(*sent, result);
+}
+
+}  // namespace
+
+void ServeSent(DesktopLock& desktop, MessageQueue& queue) {
+    while (!queue.sent.empty()) {
+        ServeOne(desktop, queue);
+    }
+}
+
+void DestroyOnItsThread(HWND window) {
+    Carry(std::make_shared<SentMessage>(SentMessage{window, WM_NULL, 0, 0, true, CurrentQueue()}));
+}
+
+void ReleaseSenders(MessageQueue& queue) {
+    for (const auto& sent : queue.sent) {
+        Answer(*sent, 0);
+    }
+    for (const auto& sent : queue.serving) {
+        Answer(*sent, 0);
+    }
+    queue.sent.clear();
+    queue.serving.clear();
+}
+
+void ReleaseSenders(MessageQueue& queue, HWND window) {
+    std::erase_if(queue.sent, [&](const auto& sent) {
+        if (sent->window != window) {
+            return false;
+        }
+        Answer(*sent, 0);
+        return true;
+    });
+}
+
+}  // namespace quennet::user
+
+using namespace quennet::user;
+
+extern "C" {
+
+LRESULT WINAPI SendMessageA(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    const std::shared_ptr<MessageQueue> own = CurrentQueue();
+    if (const WNDPROC procedure = OwnProcedure(window, own)) {
+        return procedure(window, message, wParam, lParam);
+    }
+    return Carry(
+        std::make_shared<SentMessage>(SentMessage{window, message, wParam, lParam, false, own}));
+}
+
+LRESULT WINAPI CallWindowProcA(WNDPROC procedure, HWND window, UINT message, WPARAM wParam,
+                               LPARAM lParam) {
+    return procedure ? procedure(window, message, wParam, lParam) : 0;
+}
+}

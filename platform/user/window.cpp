@@ -1,0 +1,219 @@
+// The life of a window, and what it does with a message that nobody else handles.
+
+#include "user/controls.h"
+#include "user/desktop.h"
+#include "user/display_calls.h"
+#include "user/messages.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace quennet::user {
+
+namespace {
+
+bool IsOwn(const Window& window, const std::shared_ptr<MessageQueue>& own) {
+    return window.queue == own;
+}
+
+std::unique_ptr<Window> NewWindow(const CREATESTRUCTA& create,
+                                  std::shared_ptr<const WindowClass> windowClass) {
+    auto window = std::make_unique<Window>();
+    window->queue = CurrentQueue();
+    window->procedure = windowClass->record.lpfnWndProc;
+    window->extra.resize(static_cast<std::size_t>(windowClass->record.cbWndExtra));
+    window->windowClass = std::move(windowClass);
+    window->instance = create.hInstance;
+    window->parent = create.hwndParent;
+    // Visible only when it is made.
+    window->style = static_cast<DWORD>(create.style) & ~DWORD{WS_VISIBLE};
+    window->extendedStyle = create.dwExStyle;
+    window->place = RECT{create.x, create.y, create.x + create.cx, create.y + create.cy};
+    if (window->IsChild()) {
+        window->id = reinterpret_cast<LONG_PTR>(create.hMenu);
+    }
+    return window;
+}
+
+/// Null for an unknown class, a parent that is none, or a child without one.
+HWND AddWindow(const CREATESTRUCTA& create) {
+    CurrentQueue();
+    auto windowClass = [&] {
+        DesktopLock desktop;
+        return desktop->FindClass(create.hInstance, create.lpszClass);
+    }();
+    const bool child = (create.style & WS_CHILD) != 0;
+    if (!windowClass || (child && !create.hwndParent)) {
+        return nullptr;
+    }
+    auto window = NewWindow(create, std::move(windowClass));
+    DesktopLock desktop;
+    if (create.hwndParent && !desktop->Find(create.hwndParent)) {
+        return nullptr;
+    }
+    return desktop->Add(std::move(window));
+}
+
+void RemoveWindow(HWND handle) {
+    std::unique_ptr<Window> window;
+    {
+        DesktopLock desktop;
+        window = desktop->Remove(handle);
+    }
+    if (window) {
+        TellDestroyed(handle);
+    }
+}
+
+/// Children and, for a top window, the windows that it owns.
+std::vector<HWND> Dependents(HWND handle) {
+    DesktopLock desktop;
+    const Window* window = desktop->Find(handle);
+    if (!window) {
+        return {};
+    }
+    std::vector<HWND> dependents = window->children;
+    for (HWND top : desktop->topWindows) {
+        const Window* other = desktop->Find(top);
+        if (other && other->parent == handle) {
+            dependents.push_back(top);
+        }
+    }
+    return dependents;
+}
+
+/// Marks a window of the calling thread as ending; false for others, or when it was marked.
+bool BeginEnd(HWND handle, const std::shared_ptr<MessageQueue>& own) {
+    DesktopLock desktop;
+    Window* window = desktop->Find(handle);
+    if (!window || !IsOwn(*window, own) || window->ending) {
+        return false;
+    }
+    window->ending = true;
+    return true;
+}
+
+bool LivesHere(HWND handle, const std::shared_ptr<MessageQueue>& own) {
+    DesktopLock desktop;
+    const Window* window = desktop->Find(handle);
+    return window && IsOwn(*window, own);
+}
+
+/// First pass of the end: everybody is told while the whole tree still exists.
+void TellEnd(HWND handle, const std::shared_ptr<MessageQueue>& own) {
+    SendMessageA(handle, WM_DESTROY, 0, 0);
+    for (HWND dependent : Dependents(handle)) {
+        if (BeginEnd(dependent, own)) {
+            TellEnd(dependent, own);
+        }
+    }
+}
+
+/// Second pass: the tree goes, its leaves first.
+void FinishEnd(HWND handle, const std::shared_ptr<MessageQueue>& own) {
+    for (HWND dependent : Dependents(handle)) {
+        if (LivesHere(dependent, own)) {
+            FinishEnd(dependent, own);
+        } else {
+            DestroyOnItsThread(dependent);
+        }
+    }
+    SendMessageA(handle, WM_NCDESTROY, 0, 0);
+    RemoveWindow(handle);
+}
+
+void SetText(HWND handle, const char* text) {
+    std::string next = text ? text : "";
+    DesktopLock desktop;
+    if (Window* window = desktop->Find(handle)) {
+        window->text.swap(next);
+    }
+}
+
+LRESULT TextOf(HWND handle, char* buffer, std::size_t size) {
+    DesktopLock desktop;
+    const Window* window = desktop->Find(handle);
+    return window ? CopyText(window->text.data(), window->text.size(), buffer, size) : 0;
+}
+
+LRESULT TextLengthOf(HWND handle) {
+    DesktopLock desktop;
+    const Window* window = desktop->Find(handle);
+    return window ? static_cast<LRESULT>(window->text.size()) : 0;
+}
+
+}  // namespace
+
+LRESULT CopyText(const char* text, std::size_t length, char* buffer, std::size_t size) {
+    if (size == 0 || !buffer) {
+        return 0;
+    }
+    const std::size_t copied = std::min(length, size - 1);
+    std::memcpy(buffer, text, copied);
+    buffer[copied] = '\0';
+    return static_cast<LRESULT>(copied);
+}
+
+}  // namespace quennet::user
+
+using namespace quennet::user;
+
+extern "C" {
+
+HWND WINAPI CreateWindowExA(DWORD extendedStyle, LPCSTR className, LPCSTR text, DWORD style, INT x,
+                            INT y, INT width, INT height, HWND parent, HMENU menuOrId,
+                            HINSTANCE instance, LPVOID parameter) {
+    const CREATESTRUCTA create = {
+        parameter, instance,  menuOrId,     parent, height, width, y, x, static_cast<LONG>(style),
+        text,      className, extendedStyle};
+    const HWND handle = AddWindow(create);
+    if (!handle) {
+        return nullptr;
+    }
+    TellCreated(handle);
+    const auto argument = reinterpret_cast<LPARAM>(&create);
+    if (SendMessageA(handle, WM_NCCREATE, 0, argument) == 0) {
+        RemoveWindow(handle);
+        return nullptr;
+    }
+    if (SendMessageA(handle, WM_CREATE, 0, argument) == -1) {
+        DestroyWindow(handle);
+        return nullptr;
+    }
+    if ((style & WS_VISIBLE) != 0) {
+        ShowWindow(handle, SW_SHOW);
+    }
+    return IsWindow(handle) ? handle : nullptr;
+}
+
+BOOL WINAPI DestroyWindow(HWND window) {
+    const std::shared_ptr<MessageQueue> own = CurrentQueue();
+    if (!BeginEnd(window, own)) {
+        return FALSE;
+    }
+    TellEnd(window, own);
+    FinishEnd(window, own);
+    return TRUE;
+}
+
+LRESULT WINAPI DefWindowProcA(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    switch (message) {
+        case WM_NCCREATE:
+            SetText(window, reinterpret_cast<const CREATESTRUCTA*>(lParam)->lpszName);
+            return TRUE;
+        case WM_CLOSE:
+            DestroyWindow(window);
+            return 0;
+        case WM_SETTEXT:
+            SetText(window, reinterpret_cast<const char*>(lParam));
+            TellChanged(window);
+            return TRUE;
+        case WM_GETTEXT:
+            return TextOf(window, reinterpret_cast<char*>(lParam), wParam);
+        case WM_GETTEXTLENGTH:
+            return TextLengthOf(window);
+        default:
+            return 0;
+    }
+}
+}

@@ -1,0 +1,79 @@
+#!/usr/bin/env bash
+# setup.sh demo|test|bench|ci
+#
+# Sees to it that what is needed to build and run that much is there: installs the missing Debian
+# packages as root or with a sudo that asks for no password, and otherwise says which ones are
+# missing. Does nothing, quickly, when all is there.
+#
+# Exit status: 0 when the build can go on, 1 when something that it can't do without is missing,
+# 2 usage. Tests whose servers or tools are missing are skipped, so those are named only.
+set -u
+
+# package : what serves as well when it came from elsewhere (a command, or a path)
+needed=(g++:g++ cmake:cmake ninja-build:ninja googletest:/usr/src/googletest/CMakeLists.txt)
+# Without ncurses there are no dialogs in the terminal.
+useful=(libncurses-dev:/usr/include/ncurses.h)
+case "${1:-}" in
+    demo) ;;
+    test) useful+=(tmux python3 python3-pyftpdlib) ;;
+    bench) useful+=(libbenchmark-dev curl lftp) ;;
+    ci)
+        needed+=(g++-multilib:- g++-mingw-w64-i686-posix:i686-w64-mingw32-g++-posix
+            clang:clang++ libclang-rt-14-dev:- clang-format-14:clang-format-14 git:git)
+        useful+=(tmux python3 python3-pyftpdlib libbenchmark-dev curl lftp)
+        ;;
+    *)
+        echo "usage: $0 demo|test|bench|ci" >&2
+        exit 2
+        ;;
+esac
+
+is_installed() {
+    [ "$(dpkg-query -W -f '${db:Status-Status}' "$1" 2>/dev/null)" = installed ]
+}
+
+is_there() {
+    is_installed "${1%%:*}" || [ -e "${1#*:}" ] || command -v -- "${1#*:}" >/dev/null
+}
+
+missing() {
+    local entry
+    for entry in "$@"; do
+        is_there "$entry" || echo "${entry%%:*}"
+    done
+}
+
+as_root() {
+    if [ "$(id -u)" -eq 0 ]; then
+        "$@"
+    else
+        sudo -n "$@"
+    fi
+}
+
+may_install() {
+    command -v apt-get >/dev/null || return 1
+    [ "$(id -u)" -eq 0 ] || { command -v sudo >/dev/null && sudo -n true 2>/dev/null; }
+}
+
+install_packages() {
+    as_root env DEBIAN_FRONTEND=noninteractive \
+        apt-get -qq -o DPkg::Lock::Timeout=300 install -y --no-install-recommends "$@" >/dev/null
+}
+
+mapfile -t wanted < <(missing "${needed[@]}" "${useful[@]}")
+if [ ${#wanted[@]} -eq 0 ]; then
+    exit 0
+fi
+if may_install; then
+    echo "Installing ${wanted[*]}" >&2
+    # Package lists may be absent or old on a fresh machine.
+    install_packages "${wanted[@]}" ||
+        { as_root apt-get -q update >/dev/null && install_packages "${wanted[@]}"; }
+    mapfile -t wanted < <(missing "${needed[@]}" "${useful[@]}")
+fi
+if [ ${#wanted[@]} -eq 0 ]; then
+    exit 0
+fi
+echo "Missing: as root, apt-get install --no-install-recommends ${wanted[*]}" >&2
+[ -z "$(missing "${needed[@]}")" ]

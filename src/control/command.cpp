@@ -1,0 +1,180 @@
+#include "control/command.h"
+
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+
+#include "control/reconnect.h"
+#include "control/reply.h"
+#include "control/sockets.h"
+#include "host/services.h"
+
+namespace quennet {
+
+namespace {
+
+constexpr u32 lineSize = 4096;
+constexpr u32 lineEndSize = 2;  // CR LF
+constexpr int codeServiceClosing = 421;
+constexpr int codeNotUnderstood = 500;
+
+bool StartsWith(const char* text, const char* beginning) {
+    return std::strncmp(text, beginning, std::strlen(beginning)) == 0;
+}
+
+/// What speaks against sending a line as it is; null when nothing does.
+const char* Objection(const char* line) {
+    if (std::strlen(line) + lineEndSize >= lineSize) {
+        return "Line too long, not sent.";
+    }
+    if (std::strpbrk(line, "\r\n") != nullptr) {
+        return "Line holds a line end, not sent.";
+    }
+    return nullptr;
+}
+
+bool RefusesLine(Session* session, const char* line) {
+    const char* objection = Objection(line);
+    if (objection != nullptr) {
+        CoreConsolePrintText(session->console, objection);
+    }
+    return objection != nullptr;
+}
+
+/// Waits until the peer takes something: 1, 0 when aborted, below 0 after a failure.
+int WaitUntilTaken(WindowNumber console, SocketNumber socket, const SharedWord* abortFlag) {
+    for (;;) {
+        const int writable = SocketWritable(socket);
+        if (writable < 0) {
+            ReportSocketError(console);
+        }
+        if (writable != 0 || abortFlag->IsSet()) {
+            return writable;
+        }
+    }
+}
+
+/// Logs in again and sends the line once more.
+int RepairAndResend(Session* session, const char* line) {
+    constexpr int done = 2;
+    Reconnect(session);
+    if (session->controlSocket == noSocket) {
+        return -1;
+    }
+    if (line[0] == 0) {
+        return done;
+    }
+    if (SendLine(session, line) == -1) {
+        return -1;
+    }
+    return ReadReply(session);
+}
+
+}  // namespace
+
+int SendBlock(WindowNumber console, SocketNumber socket, const char* data, int length,
+              const SharedWord* abortFlag) {
+    constexpr int pieceSize = 1024;
+    int sent = 0;
+    while (sent < length) {
+        if (abortFlag != nullptr) {
+            const int taken = WaitUntilTaken(console, socket, abortFlag);
+            if (taken <= 0) {
+                return taken;
+            }
+        }
+        const int rest = length - sent;
+        const int piece =
+            static_cast<int>(send(socket, data + sent, rest < pieceSize ? rest : pieceSize, 0));
+        if (piece <= 0) {
+            ReportSocketError(console);
+            return piece;
+        }
+        sent += piece;
+        const int waited = WaitSocketWritable(console, socket, abortFlag);
+        if (waited < 0) {
+            return waited;
+        }
+    }
+    return sent;
+}
+
+int SendLine(Session* session, const char* text) {
+    if (session->controlSocket == noSocket) {
+        return -1;
+    }
+    if (session->busy.IsSet() && !session->abortFlag.IsSet()) {
+        CoreConsolePrintText(session->console, "Command in progress, ignored.");
+        return -1;
+    }
+    if (RefusesLine(session, text)) {
+        return -1;
+    }
+    const BusyMark busy(session);
+    char line[lineSize] = "";
+    ShellAppendText(line, text, lineSize);
+    ShellAppendText(line, "\r\n", lineSize);
+    return SendBlock(session->console, session->controlSocket, line,
+                     static_cast<int>(std::strlen(line)), nullptr);
+}
+
+int SendCommandText(Session* session, const char* line) {
+    session->firstCode = 0;
+    if (RefusesLine(session, line)) {
+        return -1;
+    }
+    const bool isPassword = StartsWith(line, "PASS ");
+    CoreConsolePrintText(session->console, isPassword ? "***" : line);
+    if (session->controlSocket == noSocket || line[0] == 0) {
+        return RepairAndResend(session, line);
+    }
+    if (!session->busy.IsSet() && !SettleOwedReplies(session)) {
+        return RepairAndResend(session, line);
+    }
+    session->firstCode = 0;
+    if (SendLine(session, line) == -1) {
+        return RepairAndResend(session, line);
+    }
+    const int result = ReadReply(session);
+    const bool isClosing = result == 4 && session->firstCode == codeServiceClosing;
+    if (isClosing && (isPassword || StartsWith(line, "USER "))) {
+        return result;
+    }
+    if (isClosing || result == -1) {
+        return RepairAndResend(session, line);
+    }
+    return result;
+}
+
+int SendCommand(Session* session, const char* format, ...) {
+    char line[lineSize];
+    va_list values;
+    va_start(values, format);
+    const int length = std::vsnprintf(line, sizeof line, format, values);
+    va_end(values);
+    if (length < 0 || static_cast<u32>(length) >= lineSize) {
+        session->firstCode = 0;
+        CoreConsolePrintText(session->console, "Line too long, not sent.");
+        return -1;
+    }
+    return SendCommandText(session, line);
+}
+
+int SendCommandAlt(Session* session, const char* command, const char* alternative) {
+    const int result = SendCommandText(session, command);
+    if (result == 5 && session->firstCode == codeNotUnderstood && alternative != nullptr) {
+        SendCommandText(session, alternative);
+    }
+    return session->firstCode / 100;
+}
+
+int SendCommandAltArg(Session* session, const char* verb, const char* alternativeVerb,
+                      const char* argument) {
+    const int result = SendCommand(session, "%s %s", verb, argument);
+    if (result == 5 && session->firstCode == codeNotUnderstood && alternativeVerb != nullptr) {
+        SendCommand(session, "%s %s", alternativeVerb, argument);
+    }
+    return session->firstCode / 100;
+}
+
+}  // namespace quennet

@@ -1,0 +1,119 @@
+#include "control/connect.h"
+
+#include "control/command.h"
+#include "control/login.h"
+#include "control/reconnect.h"
+#include "control/reply.h"
+#include "control/server_family.h"
+#include "control/sockets.h"
+#include "control/working_directory.h"
+#include "host/message.h"
+#include "host/services.h"
+
+namespace quennet {
+
+namespace {
+
+constexpr int shutdownBoth = 2;
+constexpr u32 reconnectFailedText = 6005;
+
+void Notify(Notification notification, LPARAM lParam) {
+    PostMessageA(hostTables.mainWindow, notifyMessage, static_cast<WPARAM>(notification), lParam);
+}
+
+i8 SignedPanelId(const Session* session) {
+    return static_cast<i8>(session->handle->panelId);
+}
+
+/// Posts the text of a failed connection; the block becomes the host's.
+void NotifyConnectFailed(Session* session) {
+    auto* block = static_cast<char*>(CoreAlloc(1 + replyBufferSize));
+    if (block == nullptr) {
+        return;
+    }
+    block[0] = static_cast<char>(session->handle->panelId);
+    StoreText(block + 1, replyBufferSize, session->replyBuffer);
+    Notify(Notification::connectFailed, reinterpret_cast<LPARAM>(block));
+}
+
+/// Asks for the server's system. One line is read; what else belongs to the reply is owed.
+void AskForSystem(Session* session) {
+    constexpr char command[] = "SYST";
+    if (SendLine(session, command) <= 0) {
+        return;
+    }
+    CoreConsolePrintText(session->console, command);
+    ReadReplyLine(session);
+    CoreConsolePrintText(session->console, session->replyBuffer);
+    ClassifySystem(session);
+    if (session->abortFlag.IsSet() || session->replyBuffer[3] == '-') {
+        ++session->owedReplies;
+    }
+}
+
+void Connect(Session* session) {
+    if (session->controlSocket != noSocket) {
+        CoreConsolePrintText(session->console, "Already connected");
+        return;
+    }
+    ConnectWithRetries(session);
+    if (session->controlSocket == noSocket) {
+        NotifyConnectFailed(session);
+        return;
+    }
+    AskForSystem(session);
+    if (session->site.directory[0] != 0) {
+        ChangeDir(session, session->site.directory);
+    }
+    StoreWorkingDir(session, session->site.directory);
+    if (session->controlSocket != noSocket) {
+        NotifyConnected(session);
+    }
+}
+
+}  // namespace
+
+void ConnectWithRetries(Session* session) {
+    if (!session->stopRetrying.IsSet()) {
+        LoginSession(session);
+    }
+    if (session->stopRetrying.IsSet() && session->controlSocket != noSocket) {
+        session->controlSocket =
+            CloseSocketGracefully(session, session->controlSocket, shutdownBoth);
+    }
+}
+
+void NotifyConnected(Session* session) {
+    ShellPanelConnected(session->handle->panelId, &session->site);
+    Notify(Notification::connectionStands, 0);
+    const i32 panelAndCookie = SignedPanelId(session) | (session->hostCookie << 8);
+    Notify(Notification::connected, panelAndCookie);
+}
+
+DWORD WINAPI ConnectWorker(void* argument) {
+    auto* session = static_cast<Session*>(argument);
+    Connect(session);
+    session->backgroundJobs.Store(0);
+    session->users.Subtract(1);
+    return 0;
+}
+
+void Reconnect(Session* session) {
+    if (session->reconnecting.Exchange(1) != 0) {
+        return;
+    }
+    session->backgroundJobs.Store(0);
+    session->controlSocket = CloseSocketGracefully(session, session->controlSocket, shutdownBoth);
+    if (LoginSession(session) == loginDone) {
+        if (session->site.directory[0] != 0) {
+            ChangeDir(session, session->site.directory);
+        }
+    } else {
+        session->backgroundJobs.Store(0);
+        ShellReportError(hostTables.mainWindow, reconnectFailedText);
+        Notify(Notification::reconnectFailed, SignedPanelId(session));
+    }
+    session->reconnecting.Subtract(1);
+}
+
+}  // namespace quennet

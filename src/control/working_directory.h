@@ -1,0 +1,34 @@
+#pragma once
+// The server's current directory.
+
+#include "control/session.h"
+
+namespace quennet {
+
+/// Changes the server's directory; ".." goes up, by CWD where the server refuses CDUP. Returns the
+/// class of the last reply, 0 when no code was read. `site.directory` stays as it was.
+int ChangeDir(Session* session, const char* path);
+
+/// Asks for the server's directory. Returns the class of the reply, -1 for a null `result`. With
+/// class 2 `*result` is the text between the first two double quotes (RFC 959, appendix II),
+/// without a separator at its end, or null when the reply has no such text; it stands in
+/// `replyBuffer` and is good until the next read.
+int GetWorkingDir(Session* session, char** result);
+
+/// Result of a change to a directory that its field can't hold, or that the server does not name.
+constexpr int workingDirRefused = 5;
+
+/// Says on the console that a directory does not fit and gives workingDirRefused.
+int RefuseDirectory(Session* session);
+
+/// Asks for the server's directory and copies it into a field of `pathSize` bytes. Returns 2 when
+/// the field holds it; workingDirRefused, with the field as it was and the reason on the console;
+/// any other class is that of the reply.
+int StoreWorkingDir(Session* session, char* field);
+
+/// Changes the server's directory and makes it the session's own, whose listing is then no longer
+/// the current one. False when the session's directory stays as it was; a directory that can't be
+/// stored is left again.
+bool ChangeSessionDir(Session* session, const char* path);
+
+}  // namespace quennet

@@ -1,0 +1,239 @@
+#pragma once
+// The host's services by name, called through the tables that message 1 stored.
+
+#include "host/core_services.h"
+#include "host/records.h"
+#include "host/shell_services.h"
+
+namespace quennet {
+
+/// What message 1 stored; it stays for the life of the library.
+struct HostTables {
+    const CoreServices* core;
+    u32* passwordKey;
+    const ShellServices* shell;
+    HWND mainWindow;  // target of all notifications
+    HostWord captionWord;
+};
+extern HostTables hostTables;
+
+template <typename Function>
+Function Core(CoreService service) {
+    return reinterpret_cast<Function>(hostTables.core->words[static_cast<u32>(service)]);
+}
+
+template <typename Function>
+Function Shell(ShellService service) {
+    return reinterpret_cast<Function>(hostTables.shell->words[static_cast<u32>(service)]);
+}
+
+inline void CoreGetProfilePath(char* buffer) {
+    Core<CoreGetProfilePathFunction>(CoreService::getProfilePath)(
+        hostTables.core->words[static_cast<u32>(CoreService::profile)], buffer);
+}
+
+inline void CoreLoadText(u32 textId, char* buffer, u32 size) {
+    Core<CoreLoadTextFunction>(CoreService::loadText)(textId, buffer, size);
+}
+
+inline void CoreApplyDialogTexts(HWND window, const u16* table) {
+    Core<CoreApplyDialogTextsFunction>(CoreService::applyDialogTexts)(window, table);
+}
+
+/// The printing service itself, so that the compiler checks its format:
+/// `CoreConsolePrint()(console, format, values...)`.
+inline CoreConsolePrintFunction CoreConsolePrint() {
+    return Core<CoreConsolePrintFunction>(CoreService::consolePrint);
+}
+
+/// Adds a finished text as one line; a "%" in it is an ordinary character.
+inline void CoreConsolePrintText(WindowNumber console, const char* text) {
+    CoreConsolePrint()(console, "%s", text);
+}
+
+inline void CoreShowMessage(WindowNumber window, u32 textId) {
+    Core<CoreShowMessageFunction>(CoreService::showMessage)(window, textId);
+}
+
+inline void CoreInitDialog(HWND window) {
+    Core<CoreInitDialogFunction>(CoreService::initDialog)(window);
+}
+
+inline void* CoreAlloc(HostWord size) {
+    return Core<CoreAllocFunction>(CoreService::alloc)(size);
+}
+
+inline void CoreFree(void** pointer) {
+    Core<CoreFreeFunction>(CoreService::free)(pointer);
+}
+
+/// Frees a block whose address a record holds as a word, and makes the word 0.
+inline void CoreFreeWord(HostWord* word) {
+    void* pointer = PointerFromWord<void>(*word);
+    CoreFree(&pointer);
+    *word = 0;
+}
+
+inline void CoreCopyText(char* target, const char* text, u32 size) {
+    Core<CoreCopyTextFunction>(CoreService::copyText)(target, text, size);
+}
+
+inline int ShellEditFilter(HWND owner, void* filter) {
+    return Shell<ShellEditFilterFunction>(ShellService::editFilter)(owner, filter);
+}
+
+inline int ShellGetTransferType(const char* path) {
+    return Shell<ShellGetTransferTypeFunction>(ShellService::getTransferType)(path);
+}
+
+inline int ShellFileCheck(const char* path) {
+    return Shell<ShellFileCheckFunction>(ShellService::fileCheck)(path);
+}
+
+inline int ShellCloseFile(ShellFile* file) {
+    return Shell<ShellCloseFileFunction>(ShellService::closeFile)(file);
+}
+
+inline int ShellCreateFile(HWND window, const char* path, ShellFile* file) {
+    return Shell<ShellCreateFileFunction>(ShellService::createFile)(window, path, file);
+}
+
+inline int ShellQueryFileSize(ShellFile* file, u64* size) {
+    return Shell<ShellQueryFileSizeFunction>(ShellService::queryFileSize)(0, file, size);
+}
+
+inline int ShellOpenFile(const char* path, ShellFile* file, u32 access) {
+    return Shell<ShellOpenFileFunction>(ShellService::openFile)(path, file, access);
+}
+
+inline int ShellOpenFileAt(HWND console, const char* path, ShellFile* file, u32 access) {
+    return Shell<ShellOpenFileAtFunction>(ShellService::openFileAt)(console, path, file, access);
+}
+
+inline int ShellReadFile(ShellFile* file, void* buffer, u32 size) {
+    return Shell<ShellReadFileFunction>(ShellService::readFile)(file, buffer, size);
+}
+
+inline int ShellSeekFile(ShellFile* file, u32 position) {
+    return Shell<ShellSeekFileFunction>(ShellService::seekFile)(file, position);
+}
+
+inline int ShellSetFileTime(ShellFile* file, u32 date, u32 time) {
+    return Shell<ShellSetFileTimeFunction>(ShellService::setFileTime)(file, date, time);
+}
+
+inline int ShellWriteFile(HWND window, ShellFile* file, const void* data, u32 length) {
+    return Shell<ShellWriteFileFunction>(ShellService::writeFile)(window, file, data, length);
+}
+
+inline void ShellAddProgress(TransferRecord* progress, u32 bytes) {
+    Shell<ShellAddProgressFunction>(ShellService::addProgress)(WordFromPointer(progress), bytes);
+}
+
+inline void ShellPanelClosed(Session* session, u32 panelId) {
+    Shell<ShellPanelClosedFunction>(ShellService::panelClosed)(session, panelId);
+}
+
+inline void ShellPanelConnected(u32 panelId, SiteRecord* site) {
+    Shell<ShellPanelConnectedFunction>(ShellService::panelConnected)(panelId, site);
+}
+
+inline void ShellRefreshPanel(u32 cookie) {
+    Shell<ShellRefreshPanelFunction>(ShellService::refreshPanel)(cookie, 0);
+}
+
+inline int ShellAskPassword(HWND owner, PasswordQuestion* question) {
+    return Shell<ShellAskPasswordFunction>(ShellService::askPassword)(owner, question);
+}
+
+inline void* ShellFreeHandle(void* handle) {
+    return Shell<ShellFreeHandleFunction>(ShellService::freeHandle)(handle);
+}
+
+/// True when the data was added.
+inline bool ShellBufferAppend(GrowBuffer* record, const void* data, u32 size) {
+    return Shell<ShellBufferAppendFunction>(ShellService::bufferAppend)(record, data, size) == 0;
+}
+
+/// The id of the site whose fields the connection dialog shows; the word is the host's.
+inline i32& CurrentSiteId() {
+    return *PointerFromWord<i32>(
+        hostTables.shell->words[static_cast<u32>(ShellService::currentSiteId)]);
+}
+
+/// Value of a key, empty when it is missing.
+inline void ShellReadSetting(const char* section, const char* key, char* buffer, u32 size,
+                             const char* file) {
+    Shell<ShellReadSettingFunction>(ShellService::readSetting)(section, key, "", buffer, size,
+                                                               file);
+}
+
+/// True when the value was stored.
+inline bool ShellWriteSetting(const char* section, const char* key, const char* value,
+                              const char* file) {
+    return Shell<ShellWriteSettingFunction>(ShellService::writeSetting)(section, key, value,
+                                                                        file) == 0;
+}
+
+/// Length of the section's whole text.
+inline u32 ShellReadSection(const char* section, char* buffer, u32 size, const char* file) {
+    return Shell<ShellReadSectionFunction>(ShellService::readSection)(section, buffer, size, file);
+}
+
+/// True when the section was replaced.
+inline bool ShellWriteSection(const char* section, const char* text, const char* file) {
+    return Shell<ShellWriteSectionFunction>(ShellService::writeSection)(section, text, file) == 0;
+}
+
+inline void ShellListAction1(HWND window, u32 listId) {
+    Shell<ShellListActionFunction>(ShellService::listAction1)(window, listId);
+}
+
+inline void ShellListAction2(HWND window, u32 listId) {
+    Shell<ShellListActionFunction>(ShellService::listAction2)(window, listId);
+}
+
+inline u32 ShellGetSystemDir(char* buffer, u32 size) {
+    return Shell<ShellGetSystemDirFunction>(ShellService::getSystemDir)(buffer, size);
+}
+
+inline void ShellPreparePath(char* path) {
+    Shell<ShellPreparePathFunction>(ShellService::preparePath)(path);
+}
+
+inline u32 ShellNameOffset(const char* path) {
+    return Shell<ShellNameOffsetFunction>(ShellService::nameOffset)(path);
+}
+
+inline void ShellSetForeground(HWND window) {
+    Shell<ShellSetForegroundFunction>(ShellService::setForeground)(window);
+}
+
+/// Shows a text to the user as an error, with the host's caption.
+inline void ShellReportError(HWND owner, u32 textId) {
+    constexpr u32 stopIcon = 16;
+    Shell<ShellReportErrorFunction>(ShellService::reportError)(owner, textId,
+                                                               hostTables.captionWord, stopIcon);
+}
+
+inline void ShellAppendText(char* target, const char* text, u32 size) {
+    Shell<ShellAppendTextFunction>(ShellService::appendText)(target, text, size);
+}
+
+/// Holds the host's lock of list data while it stands.
+class ListLock {
+  public:
+    ListLock() : section_(Section()) { EnterCriticalSection(section_); }
+    ~ListLock() { LeaveCriticalSection(section_); }
+    ListLock(const ListLock&) = delete;
+    ListLock& operator=(const ListLock&) = delete;
+
+  private:
+    static CRITICAL_SECTION* Section() {
+        return PointerFromWord<CRITICAL_SECTION>(
+            hostTables.shell->words[static_cast<u32>(ShellService::listLock)]);
+    }
+    CRITICAL_SECTION* section_;
+};
+
+}  // namespace quennet

@@ -1,0 +1,116 @@
+#include "transfer/change_directory.h"
+
+#include <cstring>
+
+#include "control/worker.h"
+#include "control/working_directory.h"
+#include "host/services.h"
+
+namespace quennet {
+
+namespace {
+
+constexpr int done = 2;
+
+struct ChangeDirRequest {
+    u16 cookie;
+    FtpHandle* handle;
+    DirectoryChangedCallback callback;
+    char path[2];  // as long as it is; room for "/" at the least
+};
+
+bool IsSeparator(char character) {
+    return character == '/' || character == '\\';
+}
+
+/// The last component of a directory, without a separator at its end.
+void LastComponent(const char* directory, char* name) {
+    char path[pathSize] = "";
+    StoreText(path, pathSize, directory);
+    const std::size_t length = std::strlen(path);
+    if (length > 0 && IsSeparator(path[length - 1])) {
+        path[length - 1] = 0;
+    }
+    StoreText(name, pathSize, path + ShellNameOffset(path));
+}
+
+void RunChangeDir(Session* session, ChangeDirRequest* request) {
+    session->hostCookie = request->cookie;
+    char left[pathSize] = "";
+    LastComponent(session->site.directory, left);
+    if (std::strcmp(request->path, "\\") == 0 &&
+        std::strchr(session->site.directory, '/') != nullptr) {
+        request->path[0] = '/';
+    }
+    if (ChangeSessionDir(session, request->path)) {
+        const bool wentUp = std::strcmp(request->path, "..") == 0;
+        request->callback(request->cookie, wentUp ? left : "");
+    }
+    session->backgroundJobs.Store(0);
+}
+
+void FreeRequest(ChangeDirRequest* request) {
+    void* block = request;
+    CoreFree(&block);
+}
+
+DWORD WINAPI ChangeDirWorker(void* argument) {
+    auto* request = static_cast<ChangeDirRequest*>(argument);
+    // The handle lives: the message that started this thread has counted it among the users.
+    Session* session = SessionFromHandle(request->handle);
+    RunChangeDir(session, request);
+    FreeRequest(request);
+    session->users.Subtract(1);
+    return 0;
+}
+
+}  // namespace
+
+void ChangeDirAsync(const char* path, u16 cookie, FtpHandle* handle,
+                    DirectoryChangedCallback callback) {
+    Session* session = SessionFromHandle(handle);
+    const SessionUse use(session);
+    if (session == nullptr) {
+        return;
+    }
+    const std::size_t length = std::strlen(path);
+    auto* request = static_cast<ChangeDirRequest*>(CoreAlloc(sizeof(ChangeDirRequest) + length));
+    if (request == nullptr) {
+        return;
+    }
+    request->cookie = cookie;
+    request->handle = handle;
+    request->callback = callback;
+    std::memcpy(request->path, path, length + 1);
+    session->users.Add(1);
+    if (!StartWorker(ChangeDirWorker, request)) {
+        session->users.Subtract(1);
+        FreeRequest(request);
+    }
+}
+
+i32 ChangeDirSync(const char* path, FtpHandle* handle, char* out) {
+    Session* session = SessionFromHandle(handle);
+    const SessionUse use(session);
+    if (session == nullptr) {
+        return -1;
+    }
+    if (path[0] == 0) {
+        return 0;
+    }
+    int result = ChangeDir(session, path);
+    char* directory = nullptr;
+    if (result == done) {
+        result = GetWorkingDir(session, &directory);
+    }
+    if (result == done && out != nullptr && directory != nullptr &&
+        !StoreText(out, pathSize, directory)) {
+        result = RefuseDirectory(session);
+        ChangeDir(session, session->site.directory);
+    }
+    session->backgroundJobs.Store(0);
+    // A server that closed instead of answering has class 0, which would say that all went well.
+    return result == done ? 0 : (result == 0 ? -1 : result);
+}
+
+}  // namespace quennet

@@ -1,0 +1,78 @@
+#include "transfer/goto_directory.h"
+
+#include "control/worker.h"
+#include "control/working_directory.h"
+#include "host/services.h"
+#include "transfer/transfer.h"
+
+namespace quennet {
+
+namespace {
+
+struct GotoRequest {
+    Session* session;
+    u16 cookie;
+    char name[pathSize];
+    char directory[pathSize];
+    GotoBeginsCallback begins;
+    GotoDoneCallback done;
+};
+
+void FreeRequest(GotoRequest* request) {
+    void* block = request;
+    CoreFree(&block);
+}
+
+DWORD WINAPI GotoWorker(void* argument) {
+    auto* request = static_cast<GotoRequest*>(argument);
+    Session* session = request->session;
+    request->begins(request->cookie, session->handle->panelId);
+    if (ChangeSessionDir(session, request->directory)) {
+        request->done(request->cookie, request->name);
+    }
+    FreeRequest(request);
+    ShellSetForeground(hostTables.mainWindow);
+    session->users.Subtract(1);
+    return 0;
+}
+
+/// The request, null without memory or when a text does not fit.
+GotoRequest* NewRequest(Session* session, const char* name, const char* directory) {
+    auto* request = static_cast<GotoRequest*>(CoreAlloc(sizeof(GotoRequest)));
+    if (request == nullptr) {
+        return nullptr;
+    }
+    if (!StoreText(request->name, pathSize, name) ||
+        !StoreText(request->directory, pathSize, directory)) {
+        RefuseDirectory(session);
+        FreeRequest(request);
+        return nullptr;
+    }
+    request->session = session;
+    return request;
+}
+
+}  // namespace
+
+void GotoDirectory(Session* session, const char* name, const char* directory, u16 cookie,
+                   GotoBeginsCallback begins, GotoDoneCallback done) {
+    const SessionUse use(session);
+    if (session == nullptr || IsBusy(session)) {
+        return;
+    }
+    GotoRequest* request = NewRequest(session, name, directory);
+    if (request == nullptr) {
+        return;
+    }
+    session->hostCookie = cookie;
+    request->cookie = cookie;
+    request->begins = begins;
+    request->done = done;
+    session->users.Add(1);
+    if (!StartWorker(GotoWorker, request)) {
+        session->users.Subtract(1);
+        FreeRequest(request);
+    }
+}
+
+}  // namespace quennet

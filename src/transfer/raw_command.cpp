@@ -1,0 +1,104 @@
+#include "transfer/raw_command.h"
+
+#include "control/command.h"
+#include "control/reply.h"
+#include "control/worker.h"
+#include "host/services.h"
+#include "listing/cache.h"
+#include "listing/list_text.h"
+#include "transfer/transfer.h"
+
+namespace quennet {
+
+namespace {
+
+constexpr u32 typedSize = 1024;
+
+struct RawCommandRequest {
+    HostWord word;
+    u16 cookie;
+    FtpHandle* handle;
+    Session* session;
+    char text[typedSize];
+};
+
+void FreeRequest(RawCommandRequest* request) {
+    void* block = request;
+    CoreFree(&block);
+}
+
+/// A typed TYPE changes what the server has without the session's knowing: the next transfer tells
+/// its own again.
+void ForgetTypedType(Session* session, const char* text) {
+    constexpr char verb[] = "type ";
+    if (BeginsWithInAnyCase(text, verb, sizeof verb - 1)) {
+        session->transferType = 0;
+    }
+}
+
+void RunRawCommand(Session* session, const RawCommandRequest* request) {
+    constexpr int moreFollows = 1;
+    constexpr int done = 2;
+    const int result = SendCommandText(session, request->text);
+    ForgetTypedType(session, request->text);
+    if (result == moreFollows) {
+        // Nobody waits for the rest of it: it is taken before the next command.
+        const FinalReply owed(session);
+    }
+    if (result == done) {
+        session->hostCookie = request->cookie;
+        InvalidateDirCache(request->handle);
+        ShellRefreshPanel(request->cookie);
+    }
+    session->backgroundJobs.Store(0);
+}
+
+DWORD WINAPI RawCommandWorker(void* argument) {
+    auto* request = static_cast<RawCommandRequest*>(argument);
+    Session* session = request->session;
+    RunRawCommand(session, request);
+    FreeRequest(request);
+    session->users.Subtract(1);
+    return 0;
+}
+
+/// The request, null without memory or when the text does not fit.
+RawCommandRequest* NewRequest(Session* session, const char* text) {
+    auto* request = static_cast<RawCommandRequest*>(CoreAlloc(sizeof(RawCommandRequest)));
+    if (request == nullptr) {
+        return nullptr;
+    }
+    if (!StoreText(request->text, typedSize, text)) {
+        CoreConsolePrintText(session->console, "Line too long, not sent.");
+        FreeRequest(request);
+        return nullptr;
+    }
+    return request;
+}
+
+}  // namespace
+
+void RawCommand(HostWord word, FtpHandle* handle, const char* text, u16 cookie) {
+    Session* session = SessionFromHandle(handle);
+    const SessionUse use(session);
+    if (session == nullptr || IsBusy(session)) {
+        return;
+    }
+    RawCommandRequest* request = NewRequest(session, text);
+    if (request == nullptr) {
+        return;
+    }
+    request->word = word;
+    request->cookie = cookie;
+    request->handle = handle;
+    request->session = session;
+    session->backgroundJobs.Add(1);
+    session->users.Add(1);
+    if (!StartWorker(RawCommandWorker, request)) {
+        session->backgroundJobs.Store(0);
+        session->users.Subtract(1);
+        FreeRequest(request);
+    }
+}
+
+}  // namespace quennet

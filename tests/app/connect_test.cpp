@@ -1,0 +1,216 @@
+// quennet connect, as a person at a terminal sees it. The screens stand in docs/screens;
+// QUENNET_WRITE_SCREENS=1 writes them anew.
+
+#include <cctype>
+#include <set>
+
+#include "app/program_test.h"
+#include "display/tmux.h"
+#include "hostkit/texts.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using loopback::FaultAction;
+using testing::HasSubstr;
+using testing::Not;
+
+constexpr const char* bookPath = ".config/quennet/settings.ini";
+// With a key of 1, W1 is "secret".
+constexpr const char* examples =
+    "; kept by hand\r\n[Other]\r\nM1 = untouched \r\n\r\n[FTP]\nM1=Alpha\nH1=ftp.example.org\n"
+    "U1=anna\nW1=7263657400007466\nD1=/pub\nO1=10\nM2=Beta\nH2=ftp.example.net:2121\n"
+    "U2=anonymous\nW2=anna@example.org\nO2=9\nM3=Gamma\nH3=ftp.example.com\nU3=bert\nO3=0\n"
+    "[Quennet]\nFTP=Beta\nMAILADDR=anna@example.org";
+
+class ConnectTest : public ProgramTest {
+  protected:
+    ConnectTest() {
+        fs::create_directories(home / ".config/quennet");
+        home.Write(".config/quennet/password-key", "00000001\n");
+    }
+    void SetUp() override {
+        if (!TmuxTerminal::IsThere()) {
+            GTEST_SKIP() << "tmux is missing";
+        }
+    }
+
+    /// For the shell of the terminal.
+    std::string Program(const std::string& words = "connect") const {
+        const std::string folder = home / "";
+        return "cd " + folder + "; env -u XDG_CONFIG_HOME HOME=" + folder +
+               " NO_COLOR=1 LC_ALL=C.UTF-8 " QUENNET_PROGRAM " " + words;
+    }
+    std::string Book() const { return home.Read(bookPath); }
+
+    /// The field gets the focus and the text instead of its own.
+    static void Fill(const TmuxTerminal& terminal, const char* mark, const std::string& text) {
+        terminal.Press({mark, "End", "S-Home", "Delete"});
+        terminal.Send(text);
+    }
+    /// From anywhere in the dialog: the list stands in front of the name.
+    static void PressInList(const TmuxTerminal& terminal, const std::vector<std::string>& keys) {
+        terminal.Press({"M-n", "BTab"});
+        terminal.Press(keys);
+    }
+};
+
+TEST_F(ConnectTest, SitesAreEditedAddedMovedAndDeletedButNotByCancel) {
+    home.Write(bookPath, examples);
+    for (const bool stored : {false, true}) {
+        const TmuxTerminal terminal(80, 30, Program());
+        terminal.ExpectScreen("connect");
+        PressInList(terminal, {"Home"});
+        Fill(terminal, "M-i", "/pub/music");
+        terminal.Press({"M-f"});
+        EXPECT_SHOWS(terminal, "USER User@Host / Password");
+        terminal.Press({"BTab", "BTab", "BTab", "BTab", "Down", "Down"});
+        Fill(terminal, "M-h", "gate.example.org");
+        Fill(terminal, "M-u", "gate");
+        Fill(terminal, "M-w", "hidden");
+        terminal.ExpectScreen("connect-firewall");
+        terminal.Press({"Enter"});
+        EXPECT_SHOWS(terminal, "[x] Firewall");
+        PressInList(terminal, {"End", "Up"});
+        EXPECT_SHOWS(terminal, "ftp.example.net:2121");
+        Fill(terminal, "M-n", "Delta");
+        terminal.Press({"M-a"});
+        PressInList(terminal, {"End"});
+        terminal.Press({"M-d"});
+        PressInList(terminal, {"Home"});
+        terminal.Press({"M-o"});
+        terminal.ExpectScreen("connect-edited");
+        EXPECT_EQ(Book(), examples);
+        if (stored) {
+            PressInList(terminal, {"Home"});
+            EXPECT_SHOWS(terminal, "Name:          Delta");
+            Fill(terminal, "M-h", "127.0.0.1:1");  // nobody is there
+            terminal.Press({"Enter"});
+        } else {
+            terminal.Press({"Escape"});
+        }
+        EXPECT_SHOWS(terminal, "status 3");
+        EXPECT_THAT(terminal.Screen(), HasSubstr(stored ? "failed" : "quennet: cancelled\n"));
+        EXPECT_EQ(Book() == examples, !stored);
+    }
+    EXPECT_EQ(Book(),
+              "; kept by hand\r\n[Other]\r\nM1 = untouched \r\n\r\n[FTP]\nM1=Delta\r\n"
+              "H1=127.0.0.1:1\r\nU1=anonymous\r\nO1=9\r\nM2=Alpha\r\nH2=ftp.example.org\r\n"
+              "U2=anna\r\nW2=7263657400007466\r\nD2=/pub/music\r\nO2=14\r\n"
+              "G2=gate.example.org\r\nN2=gate\r\nP2=6464696900006E66\r\nT2=3\r\nM3=Beta\r\n"
+              "H3=ftp.example.net:2121\r\nU3=anonymous\r\nO3=9\r\n[Quennet]\nFTP=Delta\n"
+              "MAILADDR=anna@example.org");
+}
+
+TEST_F(ConnectTest, OkConnectsAndKeepsTheBookAndAnyKeyDisconnects) {
+    options.accounts = {{"anna", "secret"}};
+    fs::create_directories(served / "pub");
+    served.Write("pub/song", "1234");
+    Serve();
+    const std::string host = "127.0.0.1:" + std::to_string(server->Port());
+    {
+        const TmuxTerminal terminal(80, 30, Program());
+        EXPECT_SHOWS(terminal, "Save password");
+        Fill(terminal, "M-n", "Here");
+        Fill(terminal, "M-h", "ftp://" + host);
+        Fill(terminal, "M-u", "anna");
+        Fill(terminal, "M-w", "secret");
+        Fill(terminal, "M-i", "/pub");
+        terminal.Press({"M-v", "M-p", "Enter"});
+        EXPECT_SHOWS(terminal, "Connected, in /pub. Any key disconnects.");
+        for (const char* text : {"220 Loopback server ready", "USER anna", "song"}) {
+            EXPECT_THAT(terminal.Screen(), HasSubstr(text));
+        }
+        EXPECT_THAT(terminal.Screen("-S -"), Not(HasSubstr("secret")));
+        terminal.Press({"x"});
+        EXPECT_SHOWS(terminal, "status 0");
+    }
+    EXPECT_TRUE(Heard("QUIT"));
+    EXPECT_EQ(Book(), "[FTP]\nM1=Here\nH1=ftp://" + host +
+                          "\nU1=anna\nW1=7263657400007466\nD1=/pub\nO1=10\n[Quennet]\nFTP=Here\n");
+    EXPECT_EQ(Quennet(home, {"ls", "site:here"}).output, "song\n");
+
+    // Nobody waits for a server any more when the terminal has gone.
+    server->Add({"LIST", 0, FaultAction::stallData, "", 0, {}});
+    TmuxTerminal again(80, 30, Program());
+    EXPECT_SHOWS(again, "Here");
+    again.Press({"Enter"});
+    EXPECT_SHOWS(again, "LIST");
+    EXPECT_TRUE(again.HangUp());
+}
+
+TEST_F(ConnectTest, TwoHundredSitesScroll) {
+    std::string book = "[FTP]\n";
+    for (int number = 1; number <= 200; ++number) {
+        const std::string id = std::to_string(number);
+        book +=
+            "M" + id + "=Site " + id + "\nH" + id + "=host" + id + ".example.org\nO" + id + "=0\n";
+    }
+    home.Write(bookPath, book);
+    const TmuxTerminal terminal(80, 30, Program());
+    struct {
+        const char* key;
+        const char* host;
+    } const steps[] = {{"End", "host200."}, {"Up", "host199."},   {"PPage", "host181."},
+                       {"Home", "host1."},  {"NPage", "host19."}, {"Down", "host20."}};
+    EXPECT_SHOWS(terminal, "host1.");
+    for (const auto& step : steps) {
+        terminal.Press({step.key});
+        EXPECT_SHOWS(terminal, step.host);
+    }
+    terminal.Press({"Escape"});
+    EXPECT_SHOWS(terminal, "status 3");
+    EXPECT_EQ(Book(), book);
+}
+
+TEST_F(ConnectTest, ASmallTerminalShowsTheDialogInPartsAndOneThatGoesAwayCancelsIt) {
+    home.Write(bookPath, examples);
+    TmuxTerminal terminal(20, 5, Program());
+    EXPECT_SHOWS(terminal, "Beta");
+    terminal.Press({"M-i"});
+    terminal.Send("/deep");
+    EXPECT_SHOWS(terminal, "/deep");
+    terminal.ExpectScreen("connect-20x5");
+    for (const auto& [columns, rows] : {std::pair(3, 2), {200, 60}, {20, 5}, {80, 30}}) {
+        terminal.Resize(columns, rows);
+    }
+    EXPECT_SHOWS(terminal, "/deep____");
+    terminal.Press({"M-f"});
+    EXPECT_SHOWS(terminal, "USER User@Host / Password");
+    Fill(terminal, "M-h", "gate.example.org");
+    terminal.Press({"Enter", "M-a", "M-f", "M-f"});
+    EXPECT_SHOWS(terminal, "USER User@Host / Password");
+    EXPECT_TRUE(terminal.HangUp());
+    EXPECT_EQ(Book(), examples);
+}
+
+TEST(Connect, WantsATerminal) {
+    const TempFolder home;
+    for (const char* streams : {"</dev/null", ">connected", "</dev/null >/dev/null"}) {
+        const RunResult result = Shell(home, std::string("\"$0\" connect ") + streams);
+        EXPECT_EQ(result.status, exitFailed);
+        EXPECT_EQ(result.errors, "quennet: the connection dialog wants a terminal\n");
+        EXPECT_EQ(result.output, "");
+    }
+}
+
+TEST(Connect, EachControlOfADialogHasALetterOfItsOwn) {
+    const std::vector<unsigned> dialogs[] = {
+        {14314, 14318, 14315, 14316, 14317, 14303, 14304, 14305, 14306, 99, 2, 97, 96, 14535,
+         14536},
+        {14312, 14315, 14316, 99, 2},
+        {14321, 99, 2},
+        {14351, 99, 2},
+    };
+    for (const auto& dialog : dialogs) {
+        std::set<int> letters;
+        for (const unsigned id : dialog) {
+            const std::string text = hostkit::TextOfId(id);
+            if (const std::size_t mark = text.find('&'); mark != text.npos) {
+                EXPECT_TRUE(letters.insert(std::tolower(text.at(mark + 1))).second) << text;
+            }
+        }
+    }
+}
+
+}  // namespace

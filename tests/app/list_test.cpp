@@ -1,0 +1,151 @@
+// quennet ls.
+
+#include "app/program_test.h"
+#include "support/wire.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+using testing::Not;
+
+class ListTest : public ProgramTest {
+  protected:
+    ListTest() {
+        fs::create_directories(served / "pub/with blank");
+        served.Write("pub/file.txt", "12345");
+        served.Write("pub/-rf", "");
+        served.Write("top", "1");
+        for (const char* name : {"pub/file.txt", "pub/-rf", "pub/with blank"}) {
+            fs::last_write_time(served / name,
+                                std::chrono::file_clock::from_sys(
+                                    std::chrono::sys_seconds(std::chrono::seconds(995544000))));
+        }
+    }
+};
+
+TEST_F(ListTest, PrintsNamesOrAttributesOrColumnsForScripts) {
+    Serve();
+    RunResult result = Quennet(home, {"ls", Url("pub")});
+    EXPECT_EQ(result.status, exitDone) << result.errors;
+    EXPECT_EQ(result.output, "-rf\nfile.txt\nwith blank\n");
+    EXPECT_EQ(result.errors, "");
+
+    result = Quennet(home, {"--active", "ls", "-l", Url("pub/")});
+    EXPECT_EQ(result.status, exitDone) << result.errors;
+    EXPECT_THAT(result.output, HasSubstr("-rw-r--r--     5  2001-07-19 00:00  file.txt\n"));
+
+    result = Quennet(home, {"ls", "--porcelain", Url("pub")});
+    EXPECT_THAT(result.output, HasSubstr("8123\t5\t2001-07-19 00:00\tfile.txt\n"));
+    EXPECT_EQ(NamesIn(home / ""), std::vector<std::string>{".netrc"});
+}
+
+TEST_F(ListTest, PathsStartInTheLoginDirectoryOrAtTheRoot) {
+    Serve();
+    for (const char* path : {"", "%2F", "pub/..", "/"}) {
+        const RunResult result = Quennet(home, {"ls", Url(path)});
+        EXPECT_EQ(result.output, "pub\ntop\n") << path << result.errors;
+    }
+    for (const char* path : {"pub/with%20blank", "%2Fpub/with%20blank/"}) {
+        const RunResult result = Quennet(home, {"ls", Url(path)});
+        EXPECT_EQ(result.status, exitDone) << path << result.errors;
+        EXPECT_EQ(result.output, "") << path;
+    }
+}
+
+TEST_F(ListTest, AUrlThatNamesAFileListsThatFile) {
+    Serve();
+    for (const char* path : {"pub/file.txt", "%2Fpub/file.txt"}) {
+        const RunResult result = Quennet(home, {"ls", Url(path)});
+        EXPECT_EQ(result.status, exitDone) << result.errors;
+        EXPECT_EQ(result.output, "file.txt\n");
+    }
+    EXPECT_EQ(Quennet(home, {"ls", Url("top")}).output, "top\n");
+    for (const char* path : {"pub/missing", "missing/", "top/", "missing/file"}) {
+        const RunResult result = Quennet(home, {"ls", Url(path)});
+        EXPECT_EQ(result.status, exitFailed) << path;
+        EXPECT_EQ(result.output, "");
+        EXPECT_THAT(result.errors, HasSubstr(": 550 ")) << path;
+    }
+}
+
+TEST_F(ListTest, ADirectoryWithAQuoteInItsNameIsListed) {
+    fs::create_directories(served / "a\"b");
+    served.Write("a\"b/inner", "");
+    Serve();
+    const RunResult result = Quennet(home, {"ls", Url("a%22b")});
+    EXPECT_EQ(result.status, exitDone) << result.errors;
+    EXPECT_EQ(result.output, "inner\n");
+}
+
+constexpr char login[] = R"(
+    <- 220 ready
+    -> USER anonymous
+    <- 331 who are you
+    -> PASS *
+    <- 230 welcome
+    -> SYST
+    <- 215 UNIX Type: L8
+    -> PWD
+    <- 257 "/" it is
+)";
+
+constexpr char listing[] = R"(
+    -> PASV
+    <- 227 ok ({pasv})
+    -> LIST
+    data accept
+    <- 150 comes
+    data send listing
+    data close
+    <- 226 done
+    -> QUIT
+    <- 221 bye
+)";
+
+TEST_F(ListTest, HostileListingsAreHarmless) {
+    const std::string line = "-rw-r--r-- 1 u g 5 Jan 1 2001 ";
+    const std::string text = line + "../../x\r\n" + line + "\x1B[2Jwiped\tx\r\n" + line +
+                             "\xC2\x9B"
+                             "31m\r\n" +
+                             line + std::string(10000, 'y') + "\r\n" + std::string(100000, ' ') +
+                             "\r\n" + line + "\r\n" + line + "..\r\n\r\n" + line +
+                             "last-without-end";
+    for (const char* form : {"-q", "-l", "--porcelain"}) {
+        Wire wire;
+        wire.Data("listing", text);
+        wire.Start(std::string(login) + listing);
+        const RunResult result =
+            Quennet(home, {"ls", form, "ftp://127.0.0.1:" + std::to_string(wire.port())});
+        wire.Finish();
+        EXPECT_EQ(result.status, exitDone) << result.errors;
+        EXPECT_THAT(result.output, HasSubstr("../../x\n"));
+        EXPECT_THAT(result.output, HasSubstr("\\x1B[2Jwiped"));
+        EXPECT_THAT(result.output, HasSubstr("\\xC2\\x9B31m"));
+        EXPECT_THAT(result.output, HasSubstr("last-without-end"));
+        EXPECT_THAT(result.output, Not(HasSubstr("\x1B")));
+        EXPECT_THAT(result.output, Not(HasSubstr("\xC2\x9B")));
+    }
+}
+
+TEST_F(ListTest, OutputThatNobodyReadsIsAFailureWithoutACrash) {
+    for (int i = 0; i < 3000; ++i) {
+        served.Write("pub/" + std::string(100, 'n') + std::to_string(i), "");
+    }
+    Serve();
+    const std::string url = "'" + Url("pub") + "'";
+    for (const std::string& redirection :
+         {"\"$0\" ls " + url + " | true; exit ${PIPESTATUS[0]}", "\"$0\" ls " + url + " >&-",
+          "\"$0\" ls " + url + " > /dev/full"}) {
+        const RunResult result = Shell(home, redirection);
+        EXPECT_EQ(result.status, exitFailed) << redirection;
+        EXPECT_THAT(result.errors, HasSubstr("quennet: standard output: ")) << redirection;
+    }
+    EXPECT_EQ(Shell(home, "\"$0\" ls " + url + " > /dev/null <&- 2>&-").status, exitDone);
+    // Nothing of the listing has gone to the server.
+    for (const std::string& command : server->Commands()) {
+        EXPECT_LE(command.size(), 100u) << command;
+    }
+}
+
+}  // namespace

@@ -1,0 +1,67 @@
+#pragma once
+// The program against the loopback server, which serves a folder of the test's own.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "app/program_run.h"
+#include "loopback/server.h"
+
+constexpr int exitDone = 0;
+constexpr int exitFailed = 1;
+constexpr int exitUsage = 2;
+constexpr int exitNoConnection = 3;
+
+class ProgramTest : public testing::Test {
+  protected:
+    ProgramTest() {
+        options.root = served / "";
+        home.Write(".netrc", "");
+    }
+
+    void Serve() { server = std::make_unique<loopback::Server>(options); }
+
+    /// The URL of a path, encoded already.
+    std::string Url(const std::string& path, const std::string& user = "") const {
+        return "ftp://" + (user.empty() ? "" : user + "@") +
+               "127.0.0.1:" + std::to_string(server->Port()) + "/" + path;
+    }
+
+    bool Heard(const std::string& command) const {
+        const std::vector<std::string> commands = server->Commands();
+        return std::find(commands.begin(), commands.end(), command) != commands.end();
+    }
+
+    /// `count` bytes without a pattern that repeats soon.
+    static std::string Bytes(std::size_t count) {
+        std::string bytes(count, '\0');
+        std::uint32_t state = 1;
+        for (char& byte : bytes) {
+            state = state * 1664525 + 1013904223;
+            byte = static_cast<char>(state >> 24);
+        }
+        return bytes;
+    }
+
+    TempFolder served;
+    TempFolder home;  // where the program runs
+    loopback::Options options;
+    std::unique_ptr<loopback::Server> server;
+};
+
+/// How long something takes.
+class Stopwatch {
+  public:
+    std::chrono::duration<double> Elapsed() const {
+        return std::chrono::steady_clock::now() - start_;
+    }
+
+  private:
+    std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+};

@@ -1,0 +1,230 @@
+#include "control/command.h"
+
+#include "control/login.h"
+#include "control/reply.h"
+#include "control/sockets.h"
+#include "control/working_directory.h"
+#include "support/session_test.h"
+
+using namespace quennet;
+using testing::ElementsAre;
+
+namespace {
+
+class CommandTest : public SessionTest {};
+
+constexpr char repairedLogin[] = R"(
+    accept
+    <- 220 again
+    -> USER anna
+    <- 331 password
+    -> PASS secret
+    <- 230 welcome back
+    -> CWD /pub
+    <- 250 there
+)";
+
+TEST_F(CommandTest, OnlyAPasswordLineIsHidden) {
+    LogIn(R"(
+        -> PASS hunter2
+        <- 230 a
+        -> PASSWORD x
+        <- 500 b
+        -> ACCT anna
+        <- 230 c
+        -> XYZ 100%s %n
+        <- 200 d
+    )");
+    SendCommandText(session, "PASS hunter2");
+    SendCommandText(session, "PASSWORD x");
+    SendCommandText(session, "ACCT anna");
+    SendCommandText(session, "XYZ 100%s %n");
+    EXPECT_EQ(Lines(), LinesOf(R"(
+        ***
+        230 a
+        PASSWORD x
+        500 b
+        ACCT anna
+        230 c
+        XYZ 100%s %n
+        200 d
+    )"));
+    wire.Finish();
+}
+
+TEST_F(CommandTest, ALineThatCannotGoOutWholeIsNotSentAndBreaksNothing) {
+    const std::string longest = "SITE " + std::string(4088, 'x');
+    LogIn("-> " + longest + "\n<- 200 ok\n");
+    for (const std::string& line :
+         {std::string("DELE a\r\nDELE b"), std::string("DELE a\nb"), longest + "y"}) {
+        EXPECT_EQ(SendCommandText(session, line.c_str()), -1);
+        EXPECT_EQ(SendCommand(session, "%s", line.c_str()), -1);
+    }
+    EXPECT_EQ(SendCommand(session, "%s %s", "DELE", std::string(5000, 'x').c_str()), -1);
+    EXPECT_EQ(SendCommandText(session, longest.c_str()), 2);
+    wire.Finish();
+}
+
+TEST_F(CommandTest, TheAlternativeIsForAnAnswerOf500Alone) {
+    LogIn(R"(
+        -> PWD
+        <- 502 no
+        -> PWD
+        <- 500 what
+        -> XPWD
+        <- 257 "/"
+        -> MKD a b
+        <- 500 what
+        -> XMKD a b
+        <- 550 no
+        -> DELE c
+        <- 500 what
+    )");
+    EXPECT_EQ(SendCommandAlt(session, "PWD", "XPWD"), 5);
+    EXPECT_EQ(SendCommandAlt(session, "PWD", "XPWD"), 2);
+    EXPECT_EQ(SendCommandAltArg(session, "MKD", "XMKD", "a b"), 5);
+    EXPECT_EQ(SendCommandAltArg(session, "DELE", nullptr, "c"), 5);
+    wire.Finish();
+}
+
+TEST_F(CommandTest, DuringAnExchangeOnlyAnAbortGetsOut) {
+    LogIn("-> ABOR\n<- 226 ok\n");
+    {
+        const BusyMark busy(session);
+        EXPECT_EQ(SendLine(session, "NOOP"), -1);
+        EXPECT_THAT(Lines(), ElementsAre("Command in progress, ignored."));
+        session->abortFlag.Store(1);
+        EXPECT_GT(SendLine(session, "ABOR"), 0);
+    }
+    EXPECT_EQ(ReadReply(session), 2);
+    EXPECT_EQ(session->busy.Load(), 0u);
+    wire.Finish();
+}
+
+struct LossCase {
+    const char* moment;
+    const char* loss;  // behind the login, up to the end of the first connection
+    const char* shown;
+};
+
+class LossTest : public SessionTest, public testing::WithParamInterface<LossCase> {};
+
+TEST_P(LossTest, IsRepairedWithOneResend) {
+    StoreText(session->site.directory, pathSize, "/pub");
+    LogIn(std::string(GetParam().loss) + repairedLogin + "-> NOOP\n<- 200 done\n");
+    session->timeoutSeconds = 1;
+    wire.AwaitMark("lost");
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    EXPECT_EQ(SendCommandText(session, "NOOP"), 2);
+    EXPECT_EQ(session->firstCode, 200);
+    EXPECT_STREQ(session->replyBuffer, "200 done");
+    const std::vector<std::string> lines = Lines();
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), "NOOP"), 1) << "the echo comes once";
+    if (GetParam().shown[0] != 0) {
+        EXPECT_THAT(lines, testing::Contains(GetParam().shown));
+    }
+    EXPECT_TRUE(notices.All().empty());
+    wire.Finish();
+}
+
+const LossCase lossCases[] = {
+    {"ResetBeforeTheCommand", "reset\nmark lost\n", ""},
+    {"ResetWhileWaitingForTheReply", "mark lost\n-> NOOP\nreset\n", "Connection reset"},
+    {"TheServersOwn421", "mark lost\n-> NOOP\n<- 421 idle\nclose\n", "421 idle"},
+    {"ATimeOut", "mark lost\n-> NOOP\nexpect close\n", ""},
+};
+
+INSTANTIATE_TEST_SUITE_P(Moments, LossTest, testing::ValuesIn(lossCases),
+                         [](const auto& info) { return std::string(info.param.moment); });
+
+TEST_F(CommandTest, AnOrderlyCloseIsNoticedByTheNextCommand) {
+    StoreText(session->site.directory, pathSize, "/pub");
+    LogIn(std::string("-> NOOP\nclose\n") + repairedLogin + "-> NOOP\n<- 200 done\n");
+    EXPECT_EQ(SendCommandText(session, "NOOP"), 0);
+    EXPECT_EQ(session->firstCode, 0);
+    // The first of these may still go into the closed connection.
+    int result = SendCommandText(session, "NOOP");
+    if (result == 0) {
+        result = SendCommandText(session, "NOOP");
+    }
+    EXPECT_EQ(result, 2);
+    wire.Finish();
+}
+
+TEST_F(CommandTest, ASecond421IsGivenBack) {
+    LogIn(std::string("-> NOOP\n<- 421 one\nclose\naccept\n<- 220 a\n-> USER anna\n<- 230 b\n") +
+          "-> NOOP\n<- 421 two\n");
+    EXPECT_EQ(SendCommandText(session, "NOOP"), 4);
+    EXPECT_EQ(session->firstCode, 421);
+    wire.Finish();
+}
+
+TEST_F(CommandTest, AnEmptyCommandLogsInAgain) {
+    StoreText(session->site.directory, pathSize, "/pub");
+    LogIn(std::string("expect close\n") + repairedLogin);
+    EXPECT_EQ(SendCommandText(session, ""), 2);
+    wire.Finish();
+}
+
+TEST_F(CommandTest, AFailedRepairIsShownEachTimeAndTriedEachTime) {
+    LogIn("refuse\nreset\nmark lost\n");
+    wire.AwaitMark("lost");
+    EXPECT_EQ(SendCommandText(session, "NOOP"), -1);
+    EXPECT_EQ(session->controlSocket, noSocket);
+    EXPECT_EQ(SendCommandText(session, "NOOP"), -1);
+    const std::vector<std::string> all = notices.Await(4);
+    EXPECT_EQ(std::count(all.begin(), all.end(), "error 6005"), 2);
+    EXPECT_EQ(std::count(all.begin(), all.end(), "reconnect failed"), 2);
+    EXPECT_THAT(Lines(), testing::Contains("Connection refused"));
+    wire.Finish();
+}
+
+TEST_F(CommandTest, CdupThatIsRefusedBecomesCwd) {
+    LogIn(R"(
+        -> CDUP
+        <- 550 no
+        -> CWD ..
+        <- 250 ok
+        -> CDUP
+        <- 450 later
+        -> CWD ..x
+        <- 500 what
+        -> XCWD ..x
+        <- 250 ok
+    )");
+    EXPECT_EQ(ChangeDir(session, ".."), 2);
+    EXPECT_EQ(ChangeDir(session, ".."), 4);
+    EXPECT_EQ(ChangeDir(session, "..x"), 2);
+    wire.Finish();
+}
+
+TEST_F(CommandTest, TheDirectoryStandsBetweenQuotes) {
+    struct {
+        const char* reply;
+        const char* directory;
+    } cases[] = {
+        {R"(257 "/pub/" is current)", "/pub"},
+        {R"(257 "/")", "/"},
+        {R"(257 "C:\dir\")", "C:\\dir"},
+        {R"(257 "")", ""},
+        {"257 /pub", nullptr},
+        {R"(257 "/pub)", nullptr},
+    };
+    std::string script;
+    for (const auto& row : cases) {
+        std::string reply = row.reply;
+        for (std::size_t at = 0; (at = reply.find('\\', at)) != std::string::npos; at += 2) {
+            reply.insert(at, "\\");
+        }
+        script += "-> PWD\n<- " + reply + "\n";
+    }
+    LogIn(script);
+    for (const auto& row : cases) {
+        char* directory = session->replyBuffer;
+        EXPECT_EQ(GetWorkingDir(session, &directory), 2);
+        EXPECT_STREQ(directory, row.directory) << row.reply;
+    }
+    wire.Finish();
+}
+
+}  // namespace

@@ -1,0 +1,230 @@
+#include "control/reply.h"
+
+#include <cstring>
+
+#include "control/command.h"
+#include "control/server_family.h"
+#include "support/session_test.h"
+
+using namespace quennet;
+using testing::ElementsAre;
+
+namespace {
+
+class ReplyTest : public SessionTest {};
+
+struct ReplyCase {
+    const char* rule;
+    std::vector<std::string> script;
+    int result;
+    int firstCode;
+    std::string buffer;
+    std::vector<std::string> console;
+};
+
+class ReplyTableTest : public SessionTest, public testing::WithParamInterface<ReplyCase> {};
+
+TEST_P(ReplyTableTest, GivesResultCodeAndLines) {
+    const ReplyCase& expected = GetParam();
+    Open(expected.script);
+    EXPECT_EQ(ReadReply(session), expected.result);
+    EXPECT_EQ(session->firstCode, expected.firstCode);
+    EXPECT_EQ(session->replyBuffer, expected.buffer);
+    EXPECT_EQ(Lines(), expected.console);
+    EXPECT_EQ(session->replyDepth, 0);
+    EXPECT_EQ(session->busy.Load(), 0u);
+    wire.Finish();
+}
+
+const ReplyCase replyCases[] = {
+    {"ACodeAlone", {"<- 220"}, 2, 220, "220", {"220"}},
+    {"TheTailIsTrimmed", {"<- 220 ready  "}, 2, 220, "220 ready", {"220 ready"}},
+    {"LinesWithADashGoOn",
+     {"<- 230-a", "<- 230-b", "<- 230 c"},
+     2,
+     230,
+     "230 c",
+     {"230-a", "230-b", "230 c"}},
+    {"OnlyALineWithTheFirstCodeEndsTheReply",
+     {"<- 150-x", "<- text", "<- 226 y", "<- 150 z"},
+     1,
+     150,
+     "150 z",
+     {"150-x", "text", "226 y", "150 z"}},
+    {"AFirstLineWithoutANumberEndsAtOnce", {"<- hello"}, 0, 0, "hello", {"hello"}},
+    {"ANumberThatNoReplyHasIsText",
+     {"<- 42 x", "<- 900 y", "<- 220 z"},
+     2,
+     220,
+     "220 z",
+     {"42 x", "900 y", "220 z"}},
+    {"ASignMakesNoCode", {"<- -1 x"}, 0, 0, "-1 x", {"-1 x"}},
+    {"SplitBytesAreOneLine",
+     {"<< 22", "pause 0.1", "<< 0 re", "pause 0.1", "<< ady\\r\\n"},
+     2,
+     220,
+     "220 ready",
+     {"220 ready"}},
+    {"ANulEndsTheTextOfItsLine", {"<< 220 a\\0b\\r\\n"}, 2, 220, "220 a", {"220 a"}},
+    {"AClosedConnectionIsNoReply", {"close"}, 0, 0, "", {}},
+    {"ACloseInsideAReplyLeavesItsClass",
+     {"<- 230-a", "<- bb", "close"},
+     2,
+     230,
+     "",
+     {"230-a", "bb"}},
+    {"AResetInsideAReplyLeavesItsClass",
+     {"<- 230-a", "pause 0.2", "reset"},
+     2,
+     230,
+     "",
+     {"230-a", "Connection reset"}},
+    {"ALineOf100BytesIsWhole",
+     {"<- 220 " + std::string(96, 'x')},
+     2,
+     220,
+     "220 " + std::string(96, 'x'),
+     {"220 " + std::string(96, 'x')}},
+};
+
+INSTANTIATE_TEST_SUITE_P(Replies, ReplyTableTest, testing::ValuesIn(replyCases),
+                         [](const auto& info) { return std::string(info.param.rule); });
+
+TEST_F(ReplyTest, ASecondReplyStaysOnTheSocket) {
+    Open("<< 220 first\\r\\n331 second\\r\\n");
+    EXPECT_EQ(ReadReply(session), 2);
+    EXPECT_EQ(ReadReply(session), 3);
+    EXPECT_THAT(Lines(), ElementsAre("220 first", "331 second"));
+    wire.Finish();
+}
+
+TEST_F(ReplyTest, ALineOf100000BytesIsCutAndTheReplyEndsWithItsLastPiece) {
+    const std::string line = "220-" + std::string(100'000, 'x');
+    Open({"<- " + line, "<- 220 end"});
+    EXPECT_EQ(ReadReply(session), 2);
+    EXPECT_STREQ(session->replyBuffer, "220 end");
+    const std::vector<std::string> lines = Lines();
+    ASSERT_GT(lines.size(), 2u);
+    EXPECT_GE(lines[0].size(), 4000u);
+    EXPECT_LT(lines[0].size(), std::size_t{replyBufferSize});
+    std::string all;
+    for (const std::string& piece : lines) {
+        all += piece;
+    }
+    EXPECT_EQ(all, line + "220 end");
+    wire.Finish();
+}
+
+TEST_F(ReplyTest, AReplyWithoutAnEndIsAFailedRead) {
+    Open("flood 220-more");
+    EXPECT_EQ(ReadReply(session), -1);
+    EXPECT_EQ(Lines().back(), "Reply without an end.");
+    EXPECT_EQ(Lines().size(), 10'001u);
+    session->controlSocket = (closesocket(session->controlSocket), noSocket);
+    wire.Finish();
+}
+
+TEST_F(ReplyTest, AnExosLineEndsWithACarriageReturnInsideThePeekOnly) {
+    session->serverType.Store(static_cast<u32>(ServerFamily::exos));
+    // CR at 60: the first read takes 62 bytes, the line goes on to its LF. CR at 90 lies outside.
+    const std::string inside = "220 " + std::string(56, 'a') + "\\r" + std::string(40, 'b');
+    const std::string outside = "221 " + std::string(86, 'c') + "\\r" + std::string(29, 'd');
+    Open({"<- " + inside, "<- " + outside, "<- 222 next"});
+    EXPECT_EQ(ReadReply(session), 2);
+    EXPECT_EQ(std::strlen(session->replyBuffer), 101u);
+    EXPECT_EQ(ReadReply(session), 2);
+    EXPECT_EQ(session->firstCode, 221);
+    EXPECT_EQ(ReadReply(session), 2);
+    EXPECT_STREQ(session->replyBuffer, "222 next");
+    wire.Finish();
+}
+
+TEST_F(ReplyTest, TheWatchdogEndsASilentWaitWith421) {
+    session->timeoutSeconds = 1;
+    Open("hang");
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(ReadReply(session), 4);
+    EXPECT_EQ(session->firstCode, 421);
+    const auto waited = std::chrono::steady_clock::now() - start;
+    EXPECT_GE(waited, std::chrono::milliseconds(900));
+    EXPECT_LT(waited, std::chrono::seconds(4));
+    wire.Finish();
+}
+
+TEST_F(ReplyTest, TheRestOfALineHasATimeLimitToo) {
+    session->timeoutSeconds = 1;
+    Open({"<< 220 " + std::string(100, 'x'), "hang"});
+    EXPECT_EQ(ReadReply(session), 4);
+    EXPECT_EQ(session->firstCode, 421);
+    wire.Finish();
+}
+
+TEST_F(ReplyTest, AnAbortEndsTheWaitWithinTwoSeconds) {
+    Open("hang");
+    AbortAfter(std::chrono::milliseconds(200));
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(ReadReply(session), 4);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
+    EXPECT_EQ(session->stopRetrying.Load(), 1u);
+    wire.Finish();
+}
+
+TEST_F(ReplyTest, AnAbortBeforeTheWaitHasNoEffect) {
+    Open("<- 220 ready");
+    session->abortFlag.Store(1);
+    EXPECT_EQ(ReadReply(session), 2);
+    wire.Finish();
+}
+
+TEST_F(ReplyTest, AReplyThatComesTooLateIsNotTakenForTheNextOne) {
+    Open(R"(
+        await aborted
+        <- 226 late
+        -> NOOP
+        <- 200 mine
+        -> NOOP
+        <- 201 mine too
+    )");
+    AbortAfter(std::chrono::milliseconds(100));
+    EXPECT_EQ(ReadReply(session), 4);
+    wire.Signal("aborted");
+    EXPECT_EQ(SendCommandText(session, "NOOP"), 2);
+    EXPECT_EQ(session->firstCode, 200);
+    EXPECT_EQ(SendCommandText(session, "NOOP"), 2);
+    EXPECT_EQ(session->firstCode, 201);
+    EXPECT_THAT(Lines(), ElementsAre("NOOP", "226 late", "200 mine", "NOOP", "201 mine too"));
+    wire.Finish();
+}
+
+TEST_F(ReplyTest, AReplyThatMayNotComeHoldsTheNextCommandForTwoSecondsOnly) {
+    Open(R"(
+        -> NOOP
+        <- 200 mine
+    )");
+    session->doubtfulReplies = 1;
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(SendCommandText(session, "NOOP"), 2);
+    const auto waited = std::chrono::steady_clock::now() - start;
+    EXPECT_GE(waited, std::chrono::milliseconds(1900));
+    EXPECT_LT(waited, std::chrono::milliseconds(3500));
+    EXPECT_EQ(session->doubtfulReplies, 0u);
+    wire.Finish();
+}
+
+TEST_F(ReplyTest, AReplyThatMustComeAndDoesNotIsNotMistakenOnANewConnection) {
+    Open(R"(
+        expect close
+        accept
+        <- 220 again
+        -> USER anna
+        <- 230 in
+        -> NOOP
+        <- 200 mine
+    )");
+    session->owedReplies = 1;
+    EXPECT_EQ(SendCommandText(session, "NOOP"), 2);
+    EXPECT_STREQ(session->replyBuffer, "200 mine");
+    wire.Finish();
+}
+
+}  // namespace

@@ -1,0 +1,47 @@
+// Waits that last as long as they do for users.
+
+#include "control/sockets.h"
+#include "support/session_test.h"
+
+using namespace quennet;
+using testing::IsEmpty;
+
+namespace {
+
+class TimeoutTest : public SessionTest {};
+
+TEST_F(TimeoutTest, ASocketThatNobodyReadsIsGivenUpAfterTenTests) {
+    // Nobody accepts the connection, so nobody reads from it.
+    const SOCKET listener = socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in address = {};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = inet_addr("127.0.0.1");
+    int size = sizeof address;
+    ASSERT_EQ(bind(listener, reinterpret_cast<sockaddr*>(&address), size), 0);
+    ASSERT_EQ(getsockname(listener, reinterpret_cast<sockaddr*>(&address), &size), 0);
+    ASSERT_EQ(listen(listener, 1), 0);
+    session->controlSocket = socket(AF_INET, SOCK_STREAM, 0);
+    ASSERT_TRUE(ConnectSocket(session, session->controlSocket, address, "127.0.0.1"));
+
+    const std::string block(64 * 1024, 'x');
+    u_long nonBlocking = 1;
+    ioctlsocket(session->controlSocket, static_cast<long>(FIONBIO), &nonBlocking);
+    // The system's own buffers grow while they fill.
+    for (int refusals = 0; refusals < 10;) {
+        if (send(session->controlSocket, block.data(), static_cast<int>(block.size()), 0) <= 0) {
+            ++refusals;
+            Sleep(50);
+        }
+    }
+    SharedWord abortFlag = {};
+    abortFlag.Store(1);
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(WaitSocketWritable(session->console, session->controlSocket, &abortFlag), 0);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
+    EXPECT_EQ(WaitSocketWritable(session->console, session->controlSocket, nullptr), 0);
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
+    EXPECT_THAT(Lines(), IsEmpty());
+    closesocket(listener);
+}
+
+}  // namespace

@@ -1,0 +1,330 @@
+// dialog_screen SCENE: opens dialogs in the terminal and says afterwards what became of them. The
+// tests of the display run it in terminals of their own; a person can run it as well.
+
+#include <quennet_canvas.h>
+#include <quennet_platform.h>
+#include <quennet_terminal.h>
+#include <signal.h>
+#include <unistd.h>
+
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <exception>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "hostkit/terminal_questions.h"
+#include "hostkit/texts.h"
+
+namespace {
+
+// While a dialog is on the screen nothing else is written there.
+std::mutex toldMutex;
+std::string told;
+
+void Tell(const std::string& line) {
+    const std::lock_guard lock(toldMutex);
+    told += line + '\n';
+}
+
+std::string TextOf(HWND dialog, INT id) {
+    char text[300];
+    GetDlgItemTextA(dialog, id, text, sizeof(text));
+    return text;
+}
+
+void AddEntry(HWND dialog, INT list, const std::string& text, UINT message = LB_ADDSTRING) {
+    SendDlgItemMessageA(dialog, list, message, 0, reinterpret_cast<LPARAM>(text.c_str()));
+}
+
+using Opening = std::function<void(HWND)>;
+using Command = std::function<void(HWND, INT id, INT code)>;
+
+struct Behaviour {
+    Opening open;
+    Command command;
+    std::vector<INT> fields;  // printed at the end
+};
+
+INT_PTR CALLBACK Procedure(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
+    if (message == WM_INITDIALOG) {
+        SetWindowLongPtrA(dialog, DWLP_USER, lParam);
+        reinterpret_cast<const Behaviour*>(lParam)->open(dialog);
+        return FALSE;
+    }
+    if (message != WM_COMMAND) {
+        return FALSE;
+    }
+    const auto& behaviour =
+        *reinterpret_cast<const Behaviour*>(GetWindowLongPtrA(dialog, DWLP_USER));
+    const INT id = LOWORD(wParam);
+    if (behaviour.command) {
+        behaviour.command(dialog, id, HIWORD(wParam));
+    }
+    if (HIWORD(wParam) == BN_CLICKED && (id == IDOK || id == IDCANCEL || id == 99)) {
+        if (id != IDCANCEL) {
+            for (const INT field : behaviour.fields) {
+                Tell(std::to_string(field) + ": \"" + TextOf(dialog, field) + '"');
+            }
+        }
+        EndDialog(dialog, id);
+    }
+    return TRUE;
+}
+
+void Run(HINSTANCE instance, WORD id, const Behaviour& behaviour, HWND owner = nullptr) {
+    const INT_PTR result = DialogBoxParamA(instance, MAKEINTRESOURCEA(id), owner, Procedure,
+                                           reinterpret_cast<LPARAM>(&behaviour));
+    Tell("dialog " + std::to_string(id) + ": " + std::to_string(result));
+}
+
+// ---- The dialog of the module -----------------------------------------------------------------
+
+void OpenConnection(HWND dialog) {
+    for (const INT id : {14314, 14318, 14315, 14316, 14317, 14303, 14304, 14305, 14306, 99, 2, 97,
+                         96, 14535, 14536}) {
+        SetDlgItemTextA(dialog, id, hostkit::TextOfId(static_cast<hostkit::u32>(id)));
+    }
+    for (int number = 1; number <= 30; ++number) {
+        AddEntry(dialog, 14301, "Server " + std::to_string(number));
+    }
+    AddEntry(dialog, 14301,
+             "Stra\xC3\x9F"
+             "e \xE6\x97\xA5\xE6\x9C\xAC");
+    SendDlgItemMessageA(dialog, 14301, LB_SETCURSEL, 2, 0);
+    SetDlgItemTextA(dialog, 14202, "Server 3");
+    SetDlgItemTextA(dialog, 14203, "ftp.example.org:2121");
+    SetDlgItemTextA(dialog, 14302, "anonymous");
+    SendDlgItemMessageA(dialog, 14302, EM_SETREADONLY, TRUE, 0);
+    SetDlgItemTextA(dialog, 15202, "secret");
+    CheckDlgButton(dialog, 14303, BST_CHECKED);
+    CheckDlgButton(dialog, 14306, BST_CHECKED);
+    EnableWindow(GetDlgItem(dialog, 96), FALSE);
+    SetFocus(GetDlgItem(dialog, 14301));
+}
+
+const Behaviour connection = {OpenConnection, {}, {14202, 14203, 14302, 15202, 14204}};
+
+void RunConnection() {
+    Run(GetModuleHandleA(nullptr), 14300, connection);
+}
+
+// ---- Dialogs of this program's own ------------------------------------------------------------
+
+enum : WORD { typesDialog = 200, smallDialog = 201 };
+enum : WORD { typeList = 10, nameLabel = 11, nameField = 12, more = 13, note = 14 };
+
+constexpr std::array typesControls = {
+    QuennetControlTemplate{"ComboBox", typeList, CBS_DROPDOWNLIST | WS_TABSTOP, 4, 8, 176, 60},
+    QuennetControlTemplate{"Static", nameLabel, 0, 4, 24, 36, 8},
+    QuennetControlTemplate{"Edit", nameField, ES_AUTOHSCROLL | WS_TABSTOP, 44, 24, 60, 12},
+    QuennetControlTemplate{"Static", note, SS_NOPREFIX, 4, 40, 176, 24},
+    QuennetControlTemplate{"Button", 99, BS_DEFPUSHBUTTON | WS_TABSTOP, 4, 72, 52, 14},
+    QuennetControlTemplate{"Button", 2, WS_TABSTOP, 64, 72, 52, 14},
+    QuennetControlTemplate{"Button", more, WS_TABSTOP, 124, 72, 52, 14},
+};
+constexpr std::array smallControls = {
+    QuennetControlTemplate{"Static", nameLabel, 0, 4, 8, 60, 8},
+    QuennetControlTemplate{"Edit", nameField, ES_AUTOHSCROLL | WS_TABSTOP, 4, 16, 60, 12},
+};
+constexpr DWORD style = WS_POPUP | WS_CAPTION | DS_CENTER;
+constexpr std::array dialogs = {
+    QuennetDialogTemplate{typesDialog, " Types", style, 184, 88, typesControls.data(),
+                          typesControls.size()},
+    QuennetDialogTemplate{smallDialog, " Small", style, 70, 32, smallControls.data(),
+                          smallControls.size()},
+};
+
+const HINSTANCE own = reinterpret_cast<HINSTANCE>(const_cast<QuennetDialogTemplate*>(&dialogs[0]));
+
+void OpenSmall(HWND dialog) {
+    SetDlgItemTextA(dialog, nameLabel, "&Inner:");
+    SetFocus(GetDlgItem(dialog, nameField));
+}
+const Behaviour smallOne = {OpenSmall, {}, {nameField}};
+
+void OpenTypes(HWND dialog) {
+    for (const char* type : {"USER User@Host", "SITE Host", "OPEN Host",
+                             "A very long one that does "
+                             "not fit into the list that shows it",
+                             "five", "six"}) {
+        AddEntry(dialog, typeList, type, CB_ADDSTRING);
+    }
+    SendDlgItemMessageA(dialog, typeList, CB_SETCURSEL, 0, 0);
+    SetDlgItemTextA(dialog, nameLabel, "&Name:");
+    SetDlgItemTextA(dialog, nameField,
+                    "a\xE4"
+                    "b");
+    SetDlgItemTextA(dialog, note,
+                    "R&D: \x1B[31mred\x07, \x9B"
+                    "2J, \xE2\x80\xAEright to left, \xE6\x97\xA5"
+                    "\xE6\x9C\xAC, e\xCC\x81, and so many words that they need two lines");
+    SetDlgItemTextA(dialog, 99, "OK");
+    SetDlgItemTextA(dialog, 2, "Cancel");
+    SetDlgItemTextA(dialog, more, "&More");
+    SetFocus(GetDlgItem(dialog, typeList));
+}
+
+void CommandTypes(HWND dialog, INT id, INT code) {
+    if (id == more && code == BN_CLICKED) {
+        Run(own, smallDialog, smallOne, dialog);
+    }
+}
+const Behaviour types = {OpenTypes, CommandTypes, {typeList, nameField}};
+
+void RunTypes() {
+    Run(own, typesDialog, types);
+}
+
+/// A dialog, one of another thread above it, and a thread that changes the first one's texts all
+/// the time.
+void RunThreads() {
+    std::atomic<bool> closed = false;
+    std::thread other([&] {
+        while (!IsWindowVisible(FindWindowA(nullptr, " Types")) && !closed) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+        Run(own, smallDialog, smallOne);
+    });
+    std::jthread painter([](std::stop_token stop) {
+        for (int number = 0; !stop.stop_requested(); ++number) {
+            if (const HWND dialog = FindWindowA(nullptr, " Types")) {
+                SetDlgItemTextA(dialog, note, std::to_string(number % 10).c_str());
+                InvalidateRect(dialog, nullptr, TRUE);
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+    });
+    Run(own, typesDialog, types);
+    closed = true;
+    other.join();
+}
+
+// ---- A window that fills the screen -----------------------------------------------------------
+
+struct PanelState {
+    std::string typed;
+    bool ended = false;
+};
+
+LRESULT CALLBACK PanelProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    static PanelState state;
+    switch (message) {
+        case QUENNET_DRAW: {
+            auto& canvas = *reinterpret_cast<quennet::Canvas*>(lParam);
+            canvas.Fill({0, 0, canvas.Width(), 1}, U' ', quennet::Ink::menu);
+            canvas.MarkedText(1, 0, "&File  &View", quennet::Ink::menu, quennet::Ink::menuMark);
+            canvas.Frame({0, 1, canvas.Width() / 2, canvas.Height() - 2}, quennet::Ink::list);
+            canvas.Text(2, 2, state.typed, quennet::Ink::list);
+            const int last = canvas.Height() - 1;
+            canvas.Fill({0, last, canvas.Width(), 1}, U' ', quennet::Ink::status);
+            canvas.Text(1, last,
+                        std::to_string(canvas.Width()) + "x" + std::to_string(canvas.Height()),
+                        quennet::Ink::status);
+            canvas.Caret(2 + quennet::ColumnsOf(state.typed), 2);
+            return 0;
+        }
+        case WM_CHAR:
+        case WM_KEYDOWN:
+        case WM_LBUTTONDOWN:
+            state.typed += message == WM_CHAR      ? "c" + std::to_string(wParam)
+                           : message == WM_KEYDOWN ? "k" + std::to_string(wParam)
+                                                   : "m" + std::to_string(LOWORD(lParam)) + "," +
+                                                         std::to_string(HIWORD(lParam));
+            state.typed += ' ';
+            InvalidateRect(window, nullptr, TRUE);
+            return 0;
+        case WM_DESTROY:
+            PostQuitMessage(0);
+            return 0;
+        default:
+            return DefWindowProcA(window, message, wParam, lParam);
+    }
+}
+
+void RunPanel() {
+    WNDCLASSEXA panel = {};
+    panel.cbSize = sizeof(panel);
+    panel.lpfnWndProc = PanelProcedure;
+    panel.lpszClassName = "panel";
+    RegisterClassExA(&panel);
+    const HWND window = CreateWindowExA(0, "panel", "Panel", WS_OVERLAPPED | WS_VISIBLE, 0, 0, 10,
+                                        10, nullptr, nullptr, nullptr, nullptr);
+    SetFocus(window);
+    MSG message = {};
+    while (GetMessageA(&message, nullptr, 0, 0) > 0) {
+        TranslateMessage(&message);
+        DispatchMessageA(&message);
+    }
+    Tell("panel: closed");
+}
+
+// ---- Ends in the middle of a dialog -----------------------------------------------------------
+
+Behaviour EndingWith(std::function<void()> end) {
+    return {OpenTypes,
+            [end = std::move(end)](HWND, INT id, INT code) {
+                if (id == more && code == BN_CLICKED) {
+                    end();
+                }
+            },
+            {}};
+}
+
+void RunEnding(const std::string& how) {
+    Run(own, typesDialog, EndingWith([how] {
+            if (how == "exit") {
+                std::exit(7);
+            } else if (how == "terminate") {
+                std::terminate();
+            } else {
+                raise(how == "crash" ? SIGSEGV : SIGTERM);
+            }
+        }));
+}
+
+void RunMessage() {
+    hostkit::ShowMessageDialog(
+        "The connection was lost and could not be made again, although it "
+        "was tried over and over.\n\nR&D knows.");
+    Tell("message: closed");
+}
+
+void RunPassword() {
+    const auto password = hostkit::AskPasswordDialog("ftp.example.org");
+    Tell("password: " + (password ? '"' + *password + '"' : "none"));
+}
+
+}  // namespace
+
+int main(int count, char** values) {
+    const std::string scene = count > 1 ? values[1] : "connect";
+    QuennetRegisterDialogs(own, dialogs.data(), static_cast<UINT>(dialogs.size()));
+    if (!quennet::UseTerminalDisplay()) {
+        std::puts("no terminal");
+        return 2;
+    }
+    if (scene == "connect") {
+        RunConnection();
+    } else if (scene == "types") {
+        RunTypes();
+    } else if (scene == "threads") {
+        RunThreads();
+    } else if (scene == "panel") {
+        RunPanel();
+    } else if (scene == "message") {
+        RunMessage();
+    } else if (scene == "password") {
+        RunPassword();
+    } else {
+        RunEnding(scene);
+    }
+    std::printf("%sdone\n", told.c_str());
+}

@@ -1,0 +1,191 @@
+// A settings file of any bytes, and one change of each kind to it.
+//
+// The input is four names and texts with a '|' behind each, section, key, value and the body for a
+// section, then the file. A file that is empty but for one such head changes an empty document.
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <unistd.h>
+
+#include "fuzz/expect.h"
+#include "hostkit/ini_document.h"
+#include "hostkit/settings.h"
+
+using hostkit::FileSettings;
+using hostkit::IniDocument;
+
+namespace {
+
+struct Input {
+    std::string section;
+    std::string key;
+    std::string value;
+    std::string body;
+    std::string file;
+
+    explicit Input(std::string_view text) {
+        for (std::string* part : {&section, &key, &value, &body}) {
+            const std::size_t end = std::min(text.find('|'), text.size());
+            *part = text.substr(0, end);
+            text.remove_prefix(std::min(end + 1, text.size()));
+        }
+        file = text;
+    }
+};
+
+std::string_view WithoutEnd(std::string_view line) {
+    while (line.ends_with('\n') || line.ends_with('\r')) {
+        line.remove_suffix(1);
+    }
+    return line;
+}
+
+/// The lines with their ends; a last line that has none compares as if it had one.
+std::vector<std::string> LinesOf(std::string_view text) {
+    std::vector<std::string> lines;
+    while (!text.empty()) {
+        const std::size_t end = std::min(text.find('\n'), text.size() - 1) + 1;
+        lines.emplace_back(text.substr(0, end));
+        text.remove_prefix(end);
+    }
+    if (!lines.empty() && !lines.back().ends_with('\n')) {
+        lines.back() = WithoutEnd(lines.back());
+    }
+    return lines;
+}
+
+bool IsSameLine(const std::string& before, const std::string& after) {
+    return before == after || (!before.ends_with('\n') && before == WithoutEnd(after));
+}
+
+/// True when at most `out` lines in one place have made way for at most `in` others, and all else
+/// stands as it stood.
+bool DiffersAtOnePlace(std::string_view before, std::string_view after, std::size_t out,
+                       std::size_t in) {
+    const std::vector<std::string> old = LinesOf(before);
+    const std::vector<std::string> now = LinesOf(after);
+    std::size_t front = 0;
+    while (front < old.size() && front < now.size() && IsSameLine(old[front], now[front])) {
+        ++front;
+    }
+    std::size_t back = 0;
+    while (front + back < old.size() && front + back < now.size() &&
+           IsSameLine(old[old.size() - 1 - back], now[now.size() - 1 - back])) {
+        ++back;
+    }
+    return old.size() - front - back <= out && now.size() - front - back <= in;
+}
+
+/// The document says the same as one that is made of its text.
+void ExpectSameWhenReadAgain(const IniDocument& document, const std::string& section) {
+    const IniDocument again(document.Text());
+    Expect(again.Text() == document.Text());
+    Expect(again.Section(section) == document.Section(section));
+    const std::vector<std::string> keys = document.Keys(section);
+    Expect(again.Keys(section) == keys);
+    for (const std::string& key : keys) {
+        Expect(document.Value(section, key).has_value());
+        Expect(again.Value(section, key) == document.Value(section, key));
+    }
+}
+
+void ExpectOtherValues(const IniDocument& before, const IniDocument& after, const Input& input) {
+    const auto changed = after.Value(input.section, input.key);
+    for (const std::string& key : before.Keys(input.section)) {
+        const auto value = after.Value(input.section, key);
+        Expect(value == before.Value(input.section, key) || value == changed);
+    }
+}
+
+void SetOne(const IniDocument& before, const Input& input) {
+    IniDocument document = before;
+    const bool done = document.SetValue(input.section, input.key, input.value);
+    ExpectSameWhenReadAgain(document, input.section);
+    if (!done) {
+        Expect(document.Text() == before.Text());
+        return;
+    }
+    Expect(document.Value(input.section, input.key) == input.value);
+    Expect(DiffersAtOnePlace(before.Text(), document.Text(), 1, 2));
+    ExpectOtherValues(before, document, input);
+    const std::string text = document.Text();
+    Expect(document.SetValue(input.section, input.key, input.value) && document.Text() == text);
+}
+
+void RemoveOne(const IniDocument& before, const Input& input) {
+    IniDocument document = before;
+    const bool was = document.Value(input.section, input.key).has_value();
+    Expect(document.RemoveValue(input.section, input.key));
+    ExpectSameWhenReadAgain(document, input.section);
+    Expect(was != (document.Text() == before.Text()));
+    Expect(DiffersAtOnePlace(before.Text(), document.Text(), 1, 0));
+}
+
+void ReplaceBody(const IniDocument& before, const Input& input) {
+    IniDocument document = before;
+    if (!document.ReplaceSection(input.section, input.body)) {
+        Expect(document.Text() == before.Text());
+        return;
+    }
+    ExpectSameWhenReadAgain(document, input.section);
+    // A snapshot that is put back brings back the section, in this document and in another.
+    const std::string snapshot = document.Section(input.section);
+    IniDocument other;
+    Expect(other.ReplaceSection(input.section, snapshot));
+    Expect(other.Section(input.section) == snapshot);
+    Expect(document.ReplaceSection(input.section, snapshot));
+    Expect(document.Section(input.section) == snapshot);
+    if (input.body.find('\0') == std::string::npos) {
+        Expect(snapshot.starts_with(input.body) && snapshot.size() <= input.body.size() + 2);
+    }
+}
+
+/// A folder of this process that goes with it.
+class PrivateFolder {
+  public:
+    PrivateFolder() { std::filesystem::create_directories(path_); }
+    ~PrivateFolder() { std::filesystem::remove_all(path_); }
+    std::filesystem::path File() const { return path_ / "settings.ini"; }
+
+  private:
+    std::filesystem::path path_ =
+        std::filesystem::temp_directory_path() / ("settings_fuzz_" + std::to_string(getpid()));
+};
+
+/// The same on a real file, with a second store that reads what the first one wrote.
+void ChangeFile(const Input& input) {
+    static const PrivateFolder folder;
+    std::ofstream(folder.File(), std::ios::binary | std::ios::trunc) << input.file;
+    FileSettings writer(folder.File());
+    Expect(writer.Text() == input.file);
+    IniDocument document(input.file);
+    const bool done = document.SetValue(input.section, input.key, input.value);
+    Expect(writer.Write(input.section, input.key, input.value) == done);
+    FileSettings reader(folder.File());
+    Expect(reader.Text() == document.Text());
+    Expect(reader.Read(input.section, input.key) == document.Value(input.section, input.key));
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    const Input input(std::string_view(reinterpret_cast<const char*>(data), size));
+    const IniDocument document(input.file);
+    Expect(document.Text() == input.file);
+    ExpectSameWhenReadAgain(document, input.section);
+    SetOne(document, input);
+    RemoveOne(document, input);
+    ReplaceBody(document, input);
+    // Files are slow.
+    if (size % 64 == 0) {
+        ChangeFile(input);
+    }
+    return 0;
+}

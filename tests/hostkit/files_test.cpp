@@ -1,0 +1,222 @@
+// Local files.
+
+#include "hostkit/files.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <time.h>
+
+#include <algorithm>
+#include <cerrno>
+
+#include "host/shell_services.h"
+#include "hostkit/child_process.h"
+#include "support/temp_folder.h"
+
+using hostkit::LocalFile;
+using quennet::accessRead;
+using quennet::accessReadWrite;
+using quennet::accessWrite;
+
+namespace {
+
+constexpr std::size_t block = 4096;
+
+std::string Pattern(std::size_t size) {
+    std::string text(size, '\0');
+    for (std::size_t i = 0; i < size; ++i) {
+        text[i] = static_cast<char>(i * 31 + i / 997);
+    }
+    return text;
+}
+
+}  // namespace
+
+class FilesTest : public ::testing::Test {
+  protected:
+    ~FilesTest() override { hostkit::SetAbortPending(false); }
+
+    TempFolder folder;
+    std::string path = folder / "file";
+};
+
+TEST_F(FilesTest, BlocksOfAnySizeArriveInOrder) {
+    const std::string text = Pattern(3 * LocalFile::bufferSize + 1234);
+    for (const std::size_t size :
+         {std::size_t{1000}, block, LocalFile::bufferSize, LocalFile::bufferSize + 7}) {
+        auto file = LocalFile::Create(path);
+        ASSERT_NE(file, nullptr);
+        for (std::size_t at = 0; at < text.size(); at += size) {
+            ASSERT_EQ(file->Write(text.data() + at, std::min(size, text.size() - at)), 0);
+        }
+        hostkit::u64 length = 0;
+        EXPECT_EQ(file->Size(length), 0);
+        EXPECT_EQ(length, text.size());
+        EXPECT_EQ(file->Close(), 0);
+        EXPECT_EQ(ReadWhole(path), text) << size;
+    }
+    auto file = LocalFile::Open(path, accessRead);
+    std::string read(text.size(), '\0');
+    for (std::size_t at = 0; at < text.size(); at += block) {
+        ASSERT_EQ(file->Read(read.data() + at, std::min(block, text.size() - at)), 0);
+    }
+    EXPECT_EQ(read, text);
+    EXPECT_EQ(file->Read(read.data(), 1), EIO);
+}
+
+TEST_F(FilesTest, ReadingAndWritingShareOnePosition) {
+    WriteWhole(path, Pattern(10000));
+    auto file = LocalFile::Open(path, accessReadWrite);
+    std::string expected = Pattern(10000);
+    std::string bytes(512, '\0');
+    ASSERT_EQ(file->Seek(1000), 0);
+    ASSERT_EQ(file->Read(bytes.data(), 512), 0);
+    EXPECT_EQ(bytes, expected.substr(1000, 512));
+    ASSERT_EQ(file->Write("overwritten", 11), 0);
+    expected.replace(1512, 11, "overwritten");
+    ASSERT_EQ(file->Read(bytes.data(), 512), 0);
+    EXPECT_EQ(bytes, expected.substr(1523, 512));
+    ASSERT_EQ(file->Seek(1510), 0);
+    ASSERT_EQ(file->Read(bytes.data(), 20), 0);
+    EXPECT_EQ(bytes.substr(0, 20), expected.substr(1510, 20));
+    ASSERT_EQ(file->Seek(12000), 0);
+    ASSERT_EQ(file->Write("end", 3), 0);
+    ASSERT_EQ(file->Close(), 0);
+    EXPECT_EQ(ReadWhole(path), expected + std::string(2000, '\0') + "end");
+}
+
+TEST_F(FilesTest, AShortReadIsAFailureAndSaysWhere) {
+    WriteWhole(path, Pattern(100));
+    auto file = LocalFile::Open(path, accessRead);
+    char bytes[512];
+    hostkit::ClearFileFailure();
+    EXPECT_EQ(file->Read(bytes, 101), EIO);
+    ASSERT_TRUE(hostkit::LastFileFailure());
+    EXPECT_EQ(hostkit::LastFileFailure()->code, EIO);
+    EXPECT_THAT(hostkit::LastFileFailure()->Text(), ::testing::StartsWith(path));
+    EXPECT_NE(file->Write("x", 1) == 0 ? file->Close() : 1, 0);  // was opened for reading
+}
+
+TEST_F(FilesTest, SizesAndPositionsGoBeyond32Bits) {
+    constexpr hostkit::u64 large = 5'000'000'000;
+    auto file = LocalFile::Create(path);
+    ASSERT_EQ(file->Seek(large), 0);
+    ASSERT_EQ(file->Write("x", 1), 0);
+    hostkit::u64 size = 0;
+    ASSERT_EQ(file->Size(size), 0);
+    EXPECT_EQ(size, large + 1);
+    ASSERT_EQ(file->Close(), 0);
+    file = LocalFile::Open(path, accessRead);
+    char byte = 0;
+    ASSERT_EQ(file->Seek(large), 0);
+    ASSERT_EQ(file->Read(&byte, 1), 0);
+    EXPECT_EQ(byte, 'x');
+}
+
+TEST_F(FilesTest, AFullDiskIsReportedAtTheLatestByClose) {
+    auto file = LocalFile::Open("/dev/full", accessWrite);
+    ASSERT_NE(file, nullptr);
+    EXPECT_EQ(file->Write("x", 1), 0);
+    hostkit::ClearFileFailure();
+    EXPECT_EQ(file->Close(), ENOSPC);
+    EXPECT_EQ(hostkit::LastFileFailure()->code, ENOSPC);
+
+    file = LocalFile::Open("/dev/full", accessWrite);
+    const std::string text = Pattern(block);
+    int code = 0;
+    std::size_t written = 0;
+    while (code == 0 && written < 2 * LocalFile::bufferSize) {
+        code = file->Write(text.data(), text.size());
+        written += text.size();
+    }
+    EXPECT_EQ(code, ENOSPC);
+    EXPECT_EQ(file->Write("x", 1), ENOSPC);
+    EXPECT_EQ(file->Close(), ENOSPC);
+}
+
+TEST_F(FilesTest, WhatFitsBeforeALimitIsWritten) {
+    ChildProcess child([&] {
+        signal(SIGXFSZ, SIG_IGN);
+        const rlimit limit = {100000, 100000};
+        setrlimit(RLIMIT_FSIZE, &limit);
+        auto file = LocalFile::Create(path);
+        const std::string text = Pattern(150000);
+        const int written = file->Write(text.data(), text.size());
+        const int closed = file->Close();
+        return written == EFBIG && closed == EFBIG ? 0 : 1;
+    });
+    EXPECT_EQ(child.Wait(), 0);
+    EXPECT_EQ(ReadWhole(path), Pattern(150000).substr(0, 100000));
+}
+
+TEST_F(FilesTest, OpensOnlyWhatIsThereAndNoFolders) {
+    EXPECT_EQ(LocalFile::Open(path, accessRead), nullptr);
+    EXPECT_EQ(hostkit::LastFileFailure()->code, ENOENT);
+    EXPECT_FALSE(std::filesystem::exists(path));
+    EXPECT_EQ(LocalFile::Open(folder / "", accessRead), nullptr);
+    EXPECT_EQ(hostkit::LastFileFailure()->code, EISDIR);
+    EXPECT_EQ(LocalFile::Create(folder / ""), nullptr);
+    EXPECT_NE(hostkit::CheckFile(path), 0);
+    WriteWhole(path, "");
+    EXPECT_EQ(hostkit::CheckFile(path), 0);
+}
+
+TEST_F(FilesTest, TheDateIsThatOfTheDosWordsInLocalTime) {
+    constexpr hostkit::u16 date = (2024 - 1980) << 9 | 7 << 5 | 19;
+    constexpr hostkit::u16 time = 13 << 11 | 45 << 5 | 58 / 2;
+    WriteWhole(path, "x");
+    auto file = LocalFile::Open(path, accessWrite);
+    EXPECT_EQ(file->SetTime(date, time), 0);
+    EXPECT_EQ(file->SetTime(0, 0), EINVAL);
+    EXPECT_EQ(file->SetTime(date | 15 << 5, time), EINVAL);
+    EXPECT_EQ(file->Close(), 0);
+    struct stat status;
+    struct tm local;
+    ASSERT_EQ(stat(path.c_str(), &status), 0);
+    localtime_r(&status.st_mtime, &local);
+    char text[32];
+    strftime(text, sizeof(text), "%Y-%m-%d %H:%M:%S", &local);
+    EXPECT_STREQ(text, "2024-07-19 13:45:58");
+}
+
+TEST_F(FilesTest, NothingIsCreatedWhileAnAbortIsPending) {
+    WriteWhole(path, "partial");
+    hostkit::SetAbortPending(true);
+    EXPECT_EQ(LocalFile::Create(path), nullptr);
+    EXPECT_EQ(hostkit::LastFileFailure()->code, ECANCELED);
+    hostkit::SetAbortPending(false);
+    {
+        const std::atomic<bool> pending = true;
+        const hostkit::AbortScope scope(pending);
+        EXPECT_EQ(LocalFile::Create(path), nullptr);
+        EXPECT_NE(LocalFile::Open(path, accessWrite), nullptr);
+    }
+    EXPECT_EQ(ReadWhole(path), "partial");
+    EXPECT_NE(LocalFile::Create(path), nullptr);
+}
+
+TEST_F(FilesTest, ARegisteredOutputTakesOneFile) {
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    hostkit::RegisterOutput("-", ends[1]);
+    EXPECT_NE(hostkit::CheckFile("-"), 0);
+    EXPECT_EQ(LocalFile::Open("-", accessRead), nullptr);
+    // As long as nothing was written another try may come.
+    EXPECT_EQ(LocalFile::Create("-")->Close(), 0);
+    auto file = LocalFile::Create("-");
+    ASSERT_EQ(file->Write("to the pipe", 11), 0);
+    EXPECT_EQ(file->Seek(0), ESPIPE);
+    ASSERT_EQ(file->Close(), 0);
+    EXPECT_EQ(LocalFile::Create("-"), nullptr);
+    hostkit::UnregisterOutput("-");
+    close(ends[1]);
+    char bytes[32];
+    const ssize_t count = read(ends[0], bytes, sizeof(bytes));
+    EXPECT_EQ(std::string(bytes, static_cast<std::size_t>(std::max<ssize_t>(count, 0))),
+              "to the pipe");
+    close(ends[0]);
+    EXPECT_FALSE(std::filesystem::exists("-"));
+}

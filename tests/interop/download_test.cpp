@@ -1,0 +1,118 @@
+// Downloads from real servers: bytes, resume, and what may not be touched.
+
+#include "interop/interop_test.h"
+
+namespace quennet::interop {
+namespace {
+
+namespace fs = std::filesystem;
+using hostkit::Connection;
+using hostkit::TransferOutcome;
+
+class InteropDownload : public InteropTest {};
+INSTANTIATE_TEST_SUITE_P(Servers, InteropDownload, testing::ValuesIn(AllCases()), CaseName);
+
+TEST_P(InteropDownload, EveryByteArrives) {
+    // Around the module's block, with bytes that a text transfer would change.
+    const std::map<std::string, std::string> files = {
+        {"empty", ""},
+        {"one", "\n"},
+        {"lines", "a\r\nb\nc\rd\xff\xff\xf4\0e\x1a"},
+        {"small with a blank", MixedBytes(1000)},
+        {"block", MixedBytes(4096, 2)},
+        {"block and one", MixedBytes(4097, 3)},
+        {"mebibyte", MixedBytes(1 << 20, 4)},
+        {"odd", MixedBytes(3333333, 5)},
+    };
+    for (const auto& [name, bytes] : files) {
+        WriteBytes(served / name, bytes);
+    }
+    Converse([&](Connection& connection) {
+        for (const auto& [name, bytes] : files) {
+            const hostkit::TransferResult result = Download(connection, name);
+            EXPECT_TRUE(result.Done()) << name << ": " << result.text;
+            EXPECT_TRUE(ReadBytes(local / name) == bytes) << name;
+        }
+    });
+}
+
+TEST_P(InteropDownload, APartialFileIsResumedAfterAComparison) {
+    const std::string bytes = MixedBytes(1 << 20);
+    WriteBytes(served / "file", bytes);
+    WriteBytes(local / "file", bytes.substr(0, 300000));
+    std::uint64_t moved = 0;
+    hostkit::TransferOperation operation = GoOn();
+    operation.progress = [&](const TransferRecord&, u32 count) { moved += count; };
+    Converse([&](Connection& connection) {
+        const hostkit::TransferResult result = Download(connection, "file", operation);
+        EXPECT_TRUE(result.Done()) << result.text;
+    });
+    EXPECT_TRUE(ReadBytes(local / "file") == bytes);
+    EXPECT_EQ(transcript.Count("REST 299488"), 1);
+    EXPECT_EQ(moved, bytes.size() - 299488);
+}
+
+TEST_P(InteropDownload, APartialFileThatIsAnotherOneIsReplacedWhole) {
+    // Small enough to lie in the sockets' buffers whole, and too big for that.
+    for (const std::size_t size : {std::size_t{3000}, std::size_t{100'000'000}}) {
+        const std::string bytes = MixedBytes(size, 7);
+        std::string other = bytes.substr(0, size / 2);
+        other[other.size() - 200] ^= 1;
+        WriteBytes(served / "file", bytes);
+        WriteBytes(local / "file", other);
+        Converse([&](Connection& connection) {
+            const auto start = std::chrono::steady_clock::now();
+            const hostkit::TransferResult result = Download(connection, "file");
+            EXPECT_TRUE(result.Done()) << result.text;
+            // A server whose data connection does not break answers ABOR only when it times out.
+            EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
+            EXPECT_TRUE(ReadBytes(local / "file") == bytes);
+            ExpectInStep(connection);
+        });
+    }
+    EXPECT_EQ(transcript.Count("Not the same file!"), 2);
+}
+
+TEST_P(InteropDownload, AFileThatIsNotThereLeavesLocalFilesAlone) {
+    WriteBytes(local / "missing", "precious");
+    Converse([&](Connection& connection) {
+        hostkit::TransferResult result = Download(connection, "missing");
+        EXPECT_EQ(result.outcome, TransferOutcome::failed);
+        EXPECT_EQ(result.text.substr(0, 3), "550") << result.text;
+        result = Download(connection, "missing too");
+        EXPECT_EQ(result.outcome, TransferOutcome::failed);
+        ExpectInStep(connection);
+    });
+    EXPECT_EQ(ReadBytes(local / "missing"), "precious");
+    EXPECT_FALSE(fs::exists(local / "missing too"));
+}
+
+TEST_P(InteropDownload, ManyFilesInARowOnOneConnection) {
+    constexpr int count = 100;
+    for (int number = 0; number < count; ++number) {
+        WriteBytes(served / std::to_string(number),
+                   MixedBytes(1024, static_cast<std::uint32_t>(number)));
+    }
+    Converse([&](Connection& connection) {
+        for (int number = 0; number < count; ++number) {
+            const std::string name = std::to_string(number);
+            ASSERT_TRUE(Download(connection, name).Done()) << name;
+            ASSERT_TRUE(SameContent(local / name, served / name)) << name;
+        }
+    });
+}
+
+TEST_P(InteropDownload, AFileThatIsLeftOutCostsNothing) {
+    WriteBytes(served / "file", MixedBytes(5000));
+    WriteBytes(local / "file", "mine");
+    hostkit::TransferOperation operation;
+    operation.confirm = [](const TransferItem&, u32) { return hostkit::ConfirmAnswer::leaveOut; };
+    Converse([&](Connection& connection) {
+        EXPECT_EQ(Download(connection, "file", operation).outcome, TransferOutcome::leftOut);
+    });
+    EXPECT_TRUE(ReadBytes(local / "file") == "mine");
+    EXPECT_EQ(transcript.Count("RETR"), 0);
+}
+
+}  // namespace
+}  // namespace quennet::interop

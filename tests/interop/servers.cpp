@@ -1,0 +1,159 @@
+#include "interop/servers.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+
+extern char** environ;
+
+namespace quennet::interop {
+
+namespace {
+
+constexpr int exitUnavailable = 77;  // of interop_server
+constexpr int answerMilliseconds = 60000;
+
+}  // namespace
+
+Server::Server(ServerKind kind, const std::filesystem::path& root, Options options)
+    : kind_(kind), root_(root), foreignAddresses_(options.foreignAddresses) {
+    Start(options.port);
+}
+
+Server::~Server() {
+    Stop();
+}
+
+void Server::Start(int port) {
+    std::vector<std::string> words = {QUENNET_INTEROP_SERVER};
+    if (port != 0) {
+        words.insert(words.end(), {"--port", std::to_string(port)});
+    }
+    if (foreignAddresses_) {
+        words.push_back("--foreign");
+    }
+    words.insert(words.end(), {std::string(ServerName(kind_)), root_.string()});
+    std::vector<char*> arguments;
+    for (std::string& word : words) {
+        arguments.push_back(word.data());
+    }
+    arguments.push_back(nullptr);
+
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC) != 0) {
+        failure_ = "no pipe";
+        return;
+    }
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
+    if (posix_spawn(&process_, QUENNET_INTEROP_SERVER, &actions, nullptr, arguments.data(),
+                    environ) != 0) {
+        process_ = -1;
+        failure_ = "interop_server does not start";
+    }
+    posix_spawn_file_actions_destroy(&actions);
+    close(ends[1]);
+    output_ = ends[0];
+    if (process_ != -1) {
+        AwaitReady();
+    }
+}
+
+void Server::AwaitReady() {
+    std::optional<std::string> line;
+    while ((line = ReadLine()) && *line != "ready") {
+        const std::size_t blank = line->find(' ');
+        const std::string key = line->substr(0, blank);
+        const std::string value = blank == std::string::npos ? "" : line->substr(blank + 1);
+        if (key == "port") {
+            port_ = std::atoi(value.c_str());
+        } else if (key == "user") {
+            account_.user = value;
+        } else if (key == "password") {
+            account_.password = value;
+        } else if (key == "anonymous") {
+            anonymous_ = value == "yes";
+        } else if (key == "log") {
+            log_ = value;
+        }
+    }
+    if (line) {
+        return;
+    }
+    int status = 0;
+    kill(process_, SIGTERM);
+    waitpid(process_, &status, 0);
+    process_ = -1;
+    unavailable_ = WIFEXITED(status) && WEXITSTATUS(status) == exitUnavailable;
+    failure_ = std::string(ServerName(kind_)) +
+               (unavailable_ ? " can't be had here; fetch_servers.sh tells why" : " did not start");
+}
+
+std::optional<std::string> Server::ReadLine() {
+    std::size_t end = 0;
+    while ((end = unread_.find('\n')) == std::string::npos) {
+        char block[512];
+        pollfd readable{output_, POLLIN, 0};
+        if (poll(&readable, 1, answerMilliseconds) != 1) {
+            return std::nullopt;
+        }
+        const ssize_t count = read(output_, block, sizeof(block));
+        if (count <= 0) {
+            return std::nullopt;
+        }
+        unread_.append(block, static_cast<std::size_t>(count));
+    }
+    const std::string line = unread_.substr(0, end);
+    unread_.erase(0, end + 1);
+    return line;
+}
+
+void Server::AwaitLine(const std::string& expected) {
+    std::optional<std::string> line;
+    while ((line = ReadLine()) && *line != expected) {
+    }
+}
+
+std::string Server::Log() const {
+    std::ostringstream text;
+    text << std::ifstream(log_).rdbuf();
+    return text.str();
+}
+
+void Server::Halt() {
+    kill(process_, SIGUSR1);
+    AwaitLine("halted");
+}
+
+void Server::Resume() {
+    kill(process_, SIGUSR2);
+    AwaitLine("resumed");
+}
+
+void Server::Stop() {
+    if (process_ != -1) {
+        kill(process_, SIGTERM);
+        waitpid(process_, nullptr, 0);
+        process_ = -1;
+    }
+    if (output_ != -1) {
+        close(output_);
+        output_ = -1;
+    }
+    unread_.clear();
+}
+
+void Server::Restart() {
+    Stop();
+    Start(port_);
+}
+
+}  // namespace quennet::interop

@@ -1,0 +1,251 @@
+#include "listing/cache.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "host/services.h"
+#include "support/session_test.h"
+
+using namespace quennet;
+
+namespace {
+
+using Names = std::vector<std::string>;
+
+extern "C" void KeepName(const char* name, u32, u32, u32, u32, HostWord context) {
+    PointerFromWord<Names>(context)->push_back(name);
+}
+
+extern "C" i32 RefuseAppend(GrowBuffer*, const void*, u32) {
+    return 1;
+}
+
+std::string written;
+std::atomic<int> writes;
+
+extern "C" i32 KeepWrite(HWND, ShellFile*, const void* data, u32 length) {
+    ++writes;
+    written.assign(static_cast<const char*>(data), length);
+    return 0;
+}
+
+/// The steps of one fetch whose listing is `text`.
+std::string Fetch(const std::string& text, const std::string& command = "LIST") {
+    return "-> PASV\n<- 227 ok ({pasv})\n-> " + command + "\n<- 150 here\ndata accept\ndata <- " +
+           text + "\ndata close\n<- 226 done\n";
+}
+
+constexpr char refusedFetch[] = "-> PASV\n<- 227 ok ({pasv})\n-> LIST\n<- 450 no\n";
+
+class CacheTest : public SessionTest {
+  protected:
+    CacheTest() : services_(*hostTables.shell), original_(hostTables.shell) {
+        StoreText(session->site.directory, pathSize, "/pub");
+    }
+    ~CacheTest() override {
+        hostTables.shell = original_;
+        FreeDirCache(session);
+    }
+
+    /// Message 26: the names without the parent's, or a text for its failure.
+    Names List(const char* path = nullptr, u32 longOption = 0) {
+        Names names;
+        if (ListDirectory(path, session->handle, KeepName, WordFromPointer(&names), longOption) !=
+            0) {
+            return {"failed"};
+        }
+        std::erase(names, "..");
+        return names;
+    }
+
+    template <typename Function>
+    void Replace(ShellService service, Function function) {
+        services_.words[static_cast<u32>(service)] = reinterpret_cast<HostWord>(function);
+        hostTables.shell = &services_;
+    }
+
+    CacheEntry* Entry(u32 number) { return CacheEntryAt(session, number); }
+    // By value: the entry lies on any byte.
+    u32 Valid(u32 number) { return Entry(number)->valid; }
+
+    /// What message 48 writes, "(nothing)" without a write.
+    std::string RawListing() {
+        writes = 0;
+        Replace(ShellService::writeFile, KeepWrite);
+        ShellFile file = 0;
+        SaveRawListing(nullptr, &file, session->handle);
+        hostTables.shell = original_;
+        return writes > 0 ? written : "(nothing)";
+    }
+
+  private:
+    ShellServices services_;
+    const ShellServices* original_;
+};
+
+TEST_F(CacheTest, TheCurrentDirectoryIsListedAgainOnlyWhenStale) {
+    LogIn(Fetch("fone") + Fetch("ftwo", "LIST -la") + Fetch("fthree"));
+    EXPECT_EQ(List(), Names{"fone"});
+    EXPECT_EQ(session->currentCacheIndex, 1u);
+    EXPECT_EQ(Valid(1), 1u);
+    EXPECT_STREQ(session->listingDir, "");
+    EXPECT_EQ(List(session->site.directory), Names{"fone"});
+    InvalidateCacheEntry(session->handle, nullptr);
+    EXPECT_EQ(List(nullptr, 8), Names{"ftwo"});
+    InvalidateDirCache(session->handle);
+    EXPECT_EQ(Valid(1), 0u);
+    EXPECT_EQ(session->currentCacheIndex, 1u);
+    EXPECT_EQ(List(), Names{"fthree"});
+    EXPECT_EQ(List(), Names{"fthree"});
+    EXPECT_EQ(session->cacheBlock.count, 1u) << "all in the same entry";
+    wire.Finish();
+}
+
+TEST_F(CacheTest, ANamedDirectoryIsAlwaysListed) {
+    LogIn(Fetch("fone") + Fetch("ftwo") + Fetch("fthree") + Fetch("ffour"));
+    EXPECT_EQ(List(), Names{"fone"});
+    EXPECT_EQ(List("/pub"), Names{"ftwo"});
+    EXPECT_EQ(List("/PUB"), Names{"fthree"}) << "case makes no other entry";
+    EXPECT_EQ(session->cacheBlock.count, 1u);
+    EXPECT_EQ(List("/pub2"), Names{"ffour"});
+    EXPECT_EQ(session->currentCacheIndex, 2u);
+    EXPECT_EQ(List(), Names{"fthree"});
+    EXPECT_EQ(session->currentCacheIndex, 1u);
+    InvalidateCacheEntry(session->handle, "/PUB2");
+    EXPECT_EQ(Valid(1), 1u);
+    EXPECT_EQ(Valid(2), 0u);
+    InvalidateCacheEntry(session->handle, "/nowhere");
+    EXPECT_EQ(Valid(1), 1u);
+    wire.Finish();
+}
+
+TEST_F(CacheTest, AFailedFetchLeavesTheCacheAsItWas) {
+    // The second fetch ends with data but without the server's word.
+    LogIn(Fetch("fone") + refusedFetch +
+          "-> PASV\n<- 227 ok ({pasv})\n-> LIST\n<- 150 here\ndata accept\ndata <- fpart\n"
+          "data close\n<- 451 no\n");
+    EXPECT_EQ(List(), Names{"fone"});
+    InvalidateDirCache(session->handle);
+    EXPECT_EQ(List(), Names{"failed"});
+    EXPECT_EQ(List("/other"), Names{"failed"});
+    EXPECT_EQ(session->cacheBlock.count, 1u);
+    EXPECT_EQ(session->currentCacheIndex, 1u);
+    EXPECT_EQ(Valid(1), 0u);
+    EXPECT_STREQ(session->listingDir, "");
+    EXPECT_EQ(RawListing(), "fone");
+    wire.Finish();
+}
+
+TEST_F(CacheTest, SavesTheTextThatWasReadLast) {
+    LogIn(Fetch("\\x01raw\\r\\n  text") + Fetch(""));
+    EXPECT_EQ(RawListing(), "(nothing)");
+    List();
+    EXPECT_EQ(RawListing(), "\x01raw\r\n  text");
+    EXPECT_EQ(List("/empty"), Names{});
+    EXPECT_EQ(RawListing(), "(nothing)");
+    wire.Finish();
+}
+
+TEST_F(CacheTest, PathsOfAllLengthsAreKeptWholeOrRefused) {
+    const std::string longest(pathSize - 1, 'x');
+    LogIn(Fetch("fone") + Fetch("ftwo"));
+    EXPECT_EQ(List(longest.c_str()), Names{"fone"});
+    EXPECT_EQ(List((longest + "x").c_str()), Names{"failed"});
+    EXPECT_EQ(List("y"), Names{"ftwo"});
+    EXPECT_STREQ(Entry(1)->path, longest.c_str());
+    EXPECT_STREQ(Entry(2)->path, "y");
+    EXPECT_EQ(FindCacheEntry(session, (longest + "x").c_str()), 0u);
+    EXPECT_EQ(AddCacheEntry(session, (longest + "x").c_str()), 0u);
+    EXPECT_EQ(Entry(0), nullptr);
+    EXPECT_EQ(Entry(3), nullptr);
+    wire.Finish();
+}
+
+TEST_F(CacheTest, WithoutMemoryForANewEntryTheOldOneStays) {
+    LogIn(Fetch("fone"));
+    EXPECT_EQ(List(), Names{"fone"});
+    Replace(ShellService::bufferAppend, RefuseAppend);
+    EXPECT_EQ(AddCacheEntry(session, "/new"), 0u);
+    EXPECT_EQ(session->cacheBlock.count, 1u);
+    EXPECT_EQ(List(), Names{"fone"});
+    wire.Finish();
+}
+
+TEST_F(CacheTest, FreesEverything) {
+    LogIn(Fetch("fone") + Fetch("ftwo"));
+    List("/a");
+    List("/b");
+    AddCacheEntry(session, "/never listed");
+    FreeDirCache(session);
+    EXPECT_EQ(session->cacheBlock.base | session->cacheBlock.count | session->cacheBlock.host |
+                  session->cacheBlock.used,
+              0u);
+    wire.Finish();
+}
+
+TEST_F(CacheTest, AHandleThatIsNotLiveDoesNothing) {
+    FtpHandle dead = {};
+    EXPECT_EQ(ListDirectory(nullptr, nullptr, KeepName, 0, 0), -1);
+    EXPECT_EQ(ListDirectory(nullptr, &dead, KeepName, 0, 0), -1);
+    InvalidateCacheEntry(&dead, "x");
+    InvalidateDirCache(&dead);
+    SaveRawListing(nullptr, nullptr, &dead);
+}
+
+// While a directory is received, the lock is free: a request for the same directory shows what is
+// there, one for another directory finds the connection occupied.
+TEST_F(CacheTest, OtherRequestsDuringAFetchAreNotHeldUp) {
+    LogIn(Fetch("fone") +
+          "-> PASV\n<- 227 ok ({pasv})\n-> LIST\n<- 150 here\ndata accept\nmark receiving\n"
+          "await go on\ndata <- ftwo\ndata close\n<- 226 done\n");
+    EXPECT_EQ(List(), Names{"fone"});
+    InvalidateDirCache(session->handle);
+    Names second;
+    std::thread fetching([&] { second = List(); });
+    ASSERT_TRUE(wire.AwaitMark("receiving"));
+    EXPECT_EQ(List("/pub"), Names{"fone"});
+    EXPECT_EQ(List("/other"), Names{"failed"});
+    EXPECT_THAT(Lines(), testing::Contains("Command in progress, ignored."));
+    wire.Signal("go on");
+    fetching.join();
+    EXPECT_EQ(second, Names{"ftwo"});
+    EXPECT_EQ(session->cacheBlock.count, 1u);
+    wire.Finish();
+}
+
+struct LockedWalk {
+    FtpHandle* handle;
+    std::thread other;
+    std::atomic<bool> otherDone = false;
+    bool wasHeldUp = false;
+};
+
+extern "C" void InvalidateElsewhere(const char* name, u32, u32, u32, u32, HostWord context) {
+    LockedWalk* walk = PointerFromWord<LockedWalk>(context);
+    if (std::string(name) != "fone") {
+        return;
+    }
+    walk->other = std::thread([walk] {
+        InvalidateDirCache(walk->handle);
+        walk->otherDone = true;
+    });
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    walk->wasHeldUp = !walk->otherDone;
+}
+
+TEST_F(CacheTest, TheHostsCallbackRunsInsideTheListLock) {
+    LogIn(Fetch("fone"));
+    LockedWalk walk = {session->handle, {}, false, false};
+    EXPECT_EQ(
+        ListDirectory(nullptr, session->handle, InvalidateElsewhere, WordFromPointer(&walk), 0), 0);
+    walk.other.join();
+    EXPECT_TRUE(walk.wasHeldUp);
+    EXPECT_EQ(Valid(1), 0u);
+    wire.Finish();
+}
+
+}  // namespace

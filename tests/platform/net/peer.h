@@ -1,0 +1,72 @@
+#pragma once
+// The other end of a connection, on the system's own sockets, and the near end on the layer's.
+
+#include <windows.h>
+#include <winsock.h>
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include <gtest/gtest.h>
+
+/// A server on 127.0.0.1 for one connection. Nothing of it waits longer than some seconds.
+class Peer {
+  public:
+    /// Listens on a free port. A `receiveBuffer` above 0 limits what the system takes for it.
+    explicit Peer(int receiveBuffer = 0);
+    ~Peer();
+    Peer(const Peer&) = delete;
+    Peer& operator=(const Peer&) = delete;
+
+    sockaddr_in Address() const;
+    void Accept();
+    /// No connection can be made any more.
+    void StopListening();
+
+    void Write(std::string_view bytes);
+    /// Reads `count` bytes; fewer at the end, or when none has come for two seconds.
+    std::string Read(std::size_t count);
+    /// Reads to the end of the stream; `ended` tells whether it came without an error.
+    std::string ReadToEnd(bool* ended = nullptr);
+
+    void Close();
+    /// Ends the connection so that the other side finds it reset.
+    void Reset();
+
+  private:
+    unsigned short port_ = 0;  // before the listener, whose making sets it
+    int listener_ = -1;
+    int connection_ = -1;
+};
+
+/// Starts and stops the socket library around each test.
+class NetTest : public testing::Test {
+  protected:
+    void SetUp() override;
+    void TearDown() override;
+};
+
+/// A peer, and a blocking socket that is connected to it.
+class ConnectedTest : public NetTest {
+  protected:
+    explicit ConnectedTest(int receiveBuffer = 0) : peer(receiveBuffer) {}
+    void SetUp() override;
+
+    Peer peer;
+    SOCKET socket_ = INVALID_SOCKET;
+};
+
+SOCKET NewStream();
+SOCKET ConnectTo(const Peer& peer);
+int SendText(SOCKET socket, std::string_view text);
+/// At most `length` bytes of one recv; "error N" after a failure.
+std::string Receive(SOCKET socket, int length, int flags = 0);
+bool Readable(SOCKET socket, int milliseconds);
+bool Writable(SOCKET socket, int milliseconds);
+bool Excepted(SOCKET socket, int milliseconds);
+int SocketError(SOCKET socket);
+void SetBlocking(SOCKET socket, bool blocking);
+void SetResetAtClose(SOCKET socket);
+/// Bytes that differ from their neighbours and depend on `offset` alone.
+std::string Pattern(std::size_t offset, std::size_t length);

@@ -1,0 +1,229 @@
+#include <atomic>
+#include <functional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "platform/net/peer.h"
+
+namespace {
+
+constexpr std::size_t pieceSize = 1024;
+
+using SendTest = ConnectedTest;
+
+TEST_F(SendTest, ACommandIsOnTheWireBeforeAnythingIsAwaited) {
+    SendText(socket_, "NOOP\r\n");
+    EXPECT_EQ(peer.Read(6), "NOOP\r\n");
+    peer.Write("200 ok\r\n");
+    EXPECT_EQ(Receive(socket_, 100), "200 ok\r\n");
+    SendText(socket_, "QUIT\r\n");
+    EXPECT_EQ(peer.Read(6), "QUIT\r\n");
+}
+
+struct Waiting {
+    const char* name;
+    std::function<void(SOCKET sender, SOCKET other)> wait;
+};
+
+TEST_F(SendTest, WhatWasCombinedLeavesBeforeTheThreadWaits) {
+    const Waiting waits[] = {
+        {"select for reading", [](SOCKET sender, SOCKET) { Readable(sender, 0); }},
+        {"recv",
+         [](SOCKET sender, SOCKET) {
+             SetBlocking(sender, false);
+             Receive(sender, 10);
+         }},
+        {"select for reading on another socket", [](SOCKET, SOCKET other) { Readable(other, 0); }},
+        {"recv on another socket", [](SOCKET, SOCKET other) { Receive(other, 10); }},
+        {"accept on another socket", [](SOCKET, SOCKET other) { accept(other, nullptr, nullptr); }},
+        {"sleep", [](SOCKET, SOCKET) { Sleep(1); }},
+        {"shutdown", [](SOCKET sender, SOCKET) { shutdown(sender, 1); }},
+        {"close", [](SOCKET sender, SOCKET) { closesocket(sender); }},
+    };
+    for (const Waiting& one : waits) {
+        SCOPED_TRACE(one.name);
+        Peer server;
+        const SOCKET sender = ConnectTo(server);
+        server.Accept();
+        const SOCKET other = NewStream();
+        listen(other, 1);
+        SetBlocking(other, false);
+        std::string sent;
+        for (int piece = 0; piece < 20; ++piece) {
+            sent += Pattern(sent.size(), 100);
+            ASSERT_EQ(SendText(sender, Pattern(sent.size() - 100, 100)), 100);
+        }
+        one.wait(sender, other);
+        EXPECT_EQ(server.Read(sent.size()), sent);
+        closesocket(other);
+    }
+}
+
+TEST_F(SendTest, AThreadThatEndsLeavesNothingBehind) {
+    std::thread([&] {
+        for (int piece = 0; piece < 10; ++piece) {
+            SendText(socket_, Pattern(static_cast<std::size_t>(piece) * 50, 50));
+        }
+    }).join();
+    EXPECT_EQ(peer.Read(500), Pattern(0, 500));
+}
+
+TEST_F(SendTest, BytesCombinedByAnotherThreadLeaveBeforeTheReplyIsAwaited) {
+    std::atomic<int> step{0};
+    std::thread sender([&] {
+        SendText(socket_, "one ");
+        SendText(socket_, "two ");
+        step = 1;
+        while (step != 2) {
+            std::this_thread::yield();
+        }
+    });
+    while (step != 1) {
+        std::this_thread::yield();
+    }
+    EXPECT_FALSE(Readable(socket_, 0));
+    EXPECT_EQ(peer.Read(8), "one two ");
+    step = 2;
+    sender.join();
+}
+
+TEST_F(SendTest, ASlowSenderIsNotHeldBack) {
+    SendText(socket_, "a");
+    for (const char* text : {"b", "c"}) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(40));
+        SendText(socket_, text);
+    }
+    EXPECT_EQ(peer.Read(3), "abc");
+}
+
+/// The system takes some more after a pause: a full socket is one that stays so.
+bool StaysFull(SOCKET socket) {
+    return !Writable(socket, 50) && !Writable(socket, 50) && !Writable(socket, 50);
+}
+
+/// Sends pieces as long as the socket shows as writable. Returns how many bytes.
+std::size_t SendWhileWritable(SOCKET socket, std::size_t most) {
+    SetBlocking(socket, false);
+    std::size_t sent = 0;
+    while (sent < most && !StaysFull(socket)) {
+        const int taken = SendText(socket, Pattern(sent, pieceSize));
+        EXPECT_GT(taken, 0) << "a writable socket takes bytes";
+        if (taken <= 0) {
+            break;
+        }
+        sent += static_cast<std::size_t>(taken);
+    }
+    SetBlocking(socket, true);
+    return sent;
+}
+
+/// A peer for which the system takes little.
+class StalledPeerTest : public ConnectedTest {
+  protected:
+    StalledPeerTest() : ConnectedTest(16 * 1024) {}
+};
+
+constexpr std::size_t most = 32 * 1024 * 1024;
+
+TEST_F(StalledPeerTest, APeerThatStopsReadingShowsAsNotWritableUntilItReads) {
+    const std::size_t sent = SendWhileWritable(socket_, most);
+    ASSERT_LT(sent, most);
+    EXPECT_EQ(peer.Read(sent / 2), Pattern(0, sent / 2));
+    std::string rest;
+    std::thread reader([&] { rest = peer.Read(sent - sent / 2); });
+    EXPECT_TRUE(Writable(socket_, 2000));
+    Readable(socket_, 0);
+    reader.join();
+    EXPECT_EQ(rest, Pattern(sent / 2, sent - sent / 2));
+}
+
+TEST_F(StalledPeerTest, ABlockingSendWaitsForThePeerAndLosesNothing) {
+    constexpr std::size_t total = 20'000'000;
+    const std::string bytes = Pattern(0, total);  // takes longer than the reader waits
+    std::string received;
+    std::thread reader([&] {
+        Sleep(100);
+        received = peer.ReadToEnd();
+    });
+    EXPECT_EQ(SendText(socket_, bytes), static_cast<int>(total));
+    EXPECT_EQ(closesocket(socket_), 0);
+    reader.join();
+    EXPECT_TRUE(received == bytes) << received.size();
+}
+
+TEST_F(StalledPeerTest, WithoutBlockingAFullSocketTakesNoMore) {
+    SetBlocking(socket_, false);
+    std::size_t taken = 0;
+    int result = 0;
+    while (taken < most && (result = SendText(socket_, Pattern(taken, 5'000))) > 0) {
+        taken += static_cast<std::size_t>(result);
+    }
+    EXPECT_EQ(result, SOCKET_ERROR);
+    EXPECT_EQ(WSAGetLastError(), WSAEWOULDBLOCK);
+    EXPECT_FALSE(Writable(socket_, 50));
+    std::string received;
+    std::thread reader([&] { received = peer.ReadToEnd(); });
+    EXPECT_EQ(closesocket(socket_), 0);
+    reader.join();
+    EXPECT_TRUE(received == Pattern(0, taken)) << received.size() << " of " << taken;
+}
+
+TEST_F(StalledPeerTest, TheRestGoesOutWhileTheCallerDrainsAHalfClosedSocket) {
+    const std::size_t sent = SendWhileWritable(socket_, most);
+    const DWORD start = GetTickCount();
+    EXPECT_EQ(shutdown(socket_, 1), 0);
+    EXPECT_LT(GetTickCount() - start, 1000u) << "a peer that does not read must not hold us";
+    EXPECT_EQ(SendText(socket_, "more"), SOCKET_ERROR);
+    EXPECT_EQ(WSAGetLastError(), WSAESHUTDOWN);
+    std::string received;
+    bool ended = false;
+    std::thread reader([&] {
+        received = peer.ReadToEnd(&ended);
+        peer.Write("226 done");
+    });
+    EXPECT_EQ(Receive(socket_, 100), "226 done");
+    reader.join();
+    EXPECT_TRUE(ended) << "the peer is told of the end behind the last byte";
+    EXPECT_TRUE(received == Pattern(0, sent)) << received.size() << " of " << sent;
+}
+
+TEST_F(StalledPeerTest, TheRestGoesOutWhileTheThreadWaitsOnAnotherSocket) {
+    Peer control;
+    const SOCKET controlSocket = ConnectTo(control);
+    control.Accept();
+    const std::size_t sent = SendWhileWritable(socket_, most);
+    std::string received;
+    std::thread reader([&] {
+        received = peer.Read(sent);
+        control.Write("226 done");
+    });
+    EXPECT_EQ(Receive(controlSocket, 100), "226 done");
+    reader.join();
+    EXPECT_TRUE(received == Pattern(0, sent)) << received.size() << " of " << sent;
+}
+
+TEST_F(StalledPeerTest, ACloseWithoutLingerThrowsTheRestAwayAtOnce) {
+    const std::size_t sent = SendWhileWritable(socket_, most);
+    SetResetAtClose(socket_);
+    const DWORD start = GetTickCount();
+    EXPECT_EQ(closesocket(socket_), 0);
+    EXPECT_LT(GetTickCount() - start, 1000u);
+    bool ended = true;
+    EXPECT_LT(peer.ReadToEnd(&ended).size(), sent);
+    EXPECT_FALSE(ended) << "the peer sees a reset";
+}
+
+TEST_F(SendTest, AnErrorMetOnTheWayIsTheResultOfALaterCall) {
+    SendText(socket_, "first");
+    peer.Reset();
+    int result = 0;
+    for (int piece = 0; piece < 1000 && result != SOCKET_ERROR; ++piece) {
+        result = SendText(socket_, Pattern(0, pieceSize));
+        ASSERT_TRUE(result == SOCKET_ERROR || Writable(socket_, 1000));
+    }
+    EXPECT_EQ(result, SOCKET_ERROR);
+    EXPECT_EQ(WSAGetLastError(), WSAECONNRESET);
+}
+
+}  // namespace

@@ -1,0 +1,83 @@
+#include "platform/user/window_support.h"
+
+#include <chrono>
+
+namespace {
+
+constexpr UINT runTask = WM_APP + 100;
+
+LRESULT CALLBACK TestProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+    if (message == WM_NCCREATE) {
+        const auto create = reinterpret_cast<const CREATESTRUCTA*>(lParam);
+        SetWindowLongPtrA(window, GWLP_USERDATA,
+                          reinterpret_cast<LONG_PTR>(create->lpCreateParams));
+    }
+    if (message == runTask) {
+        (*reinterpret_cast<const std::function<void()>*>(lParam))();
+        return 0;
+    }
+    const auto handler = reinterpret_cast<const Handler*>(GetWindowLongPtrA(window, GWLP_USERDATA));
+    const LRESULT result =
+        handler && *handler ? (*handler)(window, message, wParam, lParam) : unhandled;
+    return result == unhandled ? DefWindowProcA(window, message, wParam, lParam) : result;
+}
+
+}  // namespace
+
+HWND MakeWindow(const Handler* handler, HWND parent, DWORD style, INT id) {
+    WNDCLASSEXA windowClass = {};
+    windowClass.cbSize = sizeof(windowClass);
+    windowClass.lpfnWndProc = TestProcedure;
+    windowClass.lpszClassName = "test window";
+    // Fails for all but the first caller, as it should.
+    RegisterClassExA(&windowClass);
+    return CreateWindowExA(0, "test window", "", style, 0, 0, 0, 0, parent,
+                           reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)), nullptr,
+                           const_cast<Handler*>(handler));
+}
+
+LoopThread::LoopThread(Handler handler) : handler_(std::move(handler)) {
+    std::promise<void> ready;
+    std::future<void> running = ready.get_future();
+    thread_ = std::thread([this, ready = std::move(ready)]() mutable { Loop(std::move(ready)); });
+    running.wait();
+}
+
+LoopThread::~LoopThread() {
+    Finish();
+}
+
+void LoopThread::Loop(std::promise<void> ready) {
+    window_ = MakeWindow(&handler_);
+    threadId_ = GetCurrentThreadId();
+    ready.set_value();
+    MSG message = {};
+    while (GetMessageA(&message, nullptr, 0, 0) > 0) {
+        TranslateMessage(&message);
+        DispatchMessageA(&message);
+    }
+}
+
+void LoopThread::Run(const std::function<void()>& task) const {
+    SendMessageA(window_, runTask, 0, reinterpret_cast<LPARAM>(&task));
+}
+
+void LoopThread::Finish() {
+    if (thread_.joinable()) {
+        PostThreadMessageA(threadId_, WM_QUIT, 0, 0);
+        thread_.join();
+    }
+}
+
+bool RunLoopUntil(const std::function<bool()>& done) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    MSG message = {};
+    while (!done() && std::chrono::steady_clock::now() < end) {
+        if (!PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+            continue;
+        }
+        DispatchMessageA(&message);
+    }
+    return done();
+}

@@ -1,0 +1,116 @@
+#include "sites/book_test.h"
+
+#include "control/watchdog.h"
+#include "hostkit/ini_document.h"
+#include "hostkit/settings.h"
+
+using namespace quennet;
+
+BookTest::~BookTest() {
+    if (thread_ != nullptr) {
+        Disconnect();
+        Host().GetPanels().Remove(panelId_);
+    }
+}
+
+void BookTest::Start(const std::string& settings) {
+    WriteWhole(file, settings);
+    Start();
+}
+
+void BookTest::Start() {
+    hostkit::HostOptions options;
+    options.settings = std::make_shared<hostkit::FileSettings>(file);
+    options.passwordKeyFile = folder / "key";
+    WriteWhole(options.passwordKeyFile, "12345678\n");
+    options.showMessage = [this](u32 id, const std::string&) {
+        notices.Add("message " + std::to_string(id));
+    };
+    options.reportError = [this](u32 id, const std::string& text) {
+        notices.Add("error " + std::to_string(id));
+        EXPECT_THAT(text, testing::Not(testing::HasSubstr("secret")));
+    };
+    thread_ = std::make_unique<HostThread>(options);
+    console_ = std::make_unique<hostkit::Console>(Host(), [this](const std::string& line) {
+        const std::lock_guard lock(mutex_);
+        lines_.push_back(line);
+    });
+    panelId_ = Host().GetPanels().Add(panel_);
+}
+
+OpenDialog BookTest::Open() {
+    returned_ = false;
+    Host().Loop().Post([this] {
+        params_.section = WordFromPointer("Quennet");
+        params_.instance = params_.watchdogInstance = WordFromPointer(GetModuleHandleA(nullptr));
+        Host().Send(MessageNumber::connect, 0, &holder, console_->Number(), panelId_, &socketUses_,
+                    7, &params_);
+        returned_ = true;
+    });
+    return Find(directoryField);
+}
+
+namespace {
+
+/// The templates hold no wording: what has a text has it from the host.
+void ExpectTexts(HWND dialog) {
+    HWND control = nullptr;
+    while ((control = FindWindowExA(dialog, control, nullptr, nullptr)) != nullptr) {
+        char name[20] = "";
+        GetClassNameA(control, name, sizeof name);
+        const bool isLabel = name == std::string("Static") || name == std::string("Button");
+        if (isLabel && GetDlgCtrlID(control) != 65535) {
+            EXPECT_GT(GetWindowTextLengthA(control), 0) << GetDlgCtrlID(control);
+        }
+    }
+}
+
+}  // namespace
+
+OpenDialog BookTest::Find(int control) {
+    for (int turn = 0; turn < 5000; ++turn) {
+        HWND window = nullptr;
+        while ((window = FindWindowExA(nullptr, window, "#32770", nullptr)) != nullptr) {
+            if (IsWindowVisible(window) && IsWindowEnabled(window) &&
+                GetDlgItem(window, control) != nullptr) {
+                ExpectTexts(window);
+                return OpenDialog(window);
+            }
+        }
+        Sleep(2);
+    }
+    ADD_FAILURE() << "no dialog with control " << control;
+    return OpenDialog(nullptr);
+}
+
+void BookTest::Close(const OpenDialog& dialog, int button) {
+    dialog.Press(button);
+    AwaitEnd();
+}
+
+void BookTest::AwaitEnd() {
+    for (int turn = 0; turn < 5000 && !returned_; ++turn) {
+        Sleep(2);
+    }
+    ASSERT_TRUE(returned_) << "the dialog is still open";
+}
+
+void BookTest::Disconnect() {
+    Host().Send(MessageNumber::disconnect, &holder);
+    while (HandleInHolder(&holder) != nullptr) {
+        Sleep(2);
+    }
+}
+
+std::string BookTest::Book() const {
+    return hostkit::IniDocument(File()).Section("FTP");
+}
+
+const SiteRecord& BookTest::Site() const {
+    return *PointerFromWord<const SiteRecord>(params_.site);
+}
+
+std::vector<std::string> BookTest::Console() const {
+    const std::lock_guard lock(mutex_);
+    return lines_;
+}

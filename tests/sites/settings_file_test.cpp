@@ -1,0 +1,222 @@
+// The connection dialog over settings files that are missing, strange, closed or in use.
+
+#include <signal.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+#include <chrono>
+#include <random>
+
+#include "hostkit/settings.h"
+#include "sites/book_test.h"
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+namespace {
+
+const std::string oneSite = "[Quennet]\nFTP=one\n[FTP]\nM1=one\nH1=127.0.0.1:1\nO1=0\n";
+
+class SettingsFileTest : public BookTest {
+  protected:
+    void AddSite(const OpenDialog& dialog, const std::string& name) {
+        dialog.SetField(nameField, name);
+        dialog.SetField(hostField, nobody);
+        Click(dialog, addButton);
+    }
+    ino_t Number() {
+        struct stat status = {};
+        stat(file.c_str(), &status);
+        return status.st_ino;
+    }
+};
+
+TEST_F(SettingsFileTest, AFileInAFolderThatIsNotThereIsMadeForItsOwnerAlone) {
+    file = folder / "a/b/settings.ini";
+    Start();
+    OpenDialog dialog = Open();
+    AddSite(dialog, "one");
+    Close(dialog, cancelButton);
+    EXPECT_FALSE(std::filesystem::exists(file));
+    dialog = Open();
+    AddSite(dialog, "one");
+    Close(dialog, okButton);
+    EXPECT_EQ(File(), "[FTP]\nM1=one\nH1=127.0.0.1:1\nO1=0\n[Quennet]\nFTP=one\n");
+    struct stat status = {};
+    ASSERT_EQ(stat(file.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777, 0600u);
+}
+
+TEST_F(SettingsFileTest, WhatADialogOnlyShowedStaysByteForByte) {
+    std::string garbage = "M1=no section\n[FTP\n[Ftp ]\r\nM1 = one \r\nW1=zz\nP1=\xE4\nO1=2x\nM2=";
+    std::mt19937 random(1);
+    for (int i = 0; i < 100000; ++i) {
+        garbage += static_cast<char>(random() % 255 + 1);
+    }
+    const std::string files[] = {
+        "",
+        "\n",
+        "[FTP]",
+        "[FTP]\nM1=one\nH1=h\nno end",
+        "\xEF\xBB\xBF[FTP]\r\nM1=one\r\n\r\n; comment\r\n[Other]\r\nx=\"y\r\n",
+        "[FTP]\nM1=" + std::string(1 << 20, 'x') + "\n" + std::string(1 << 20, '=') + "\n[A]\nb=c",
+        garbage,
+    };
+    Start("");
+    for (const std::string& text : files) {
+        WriteWhole(file, text);
+        const ino_t number = Number();
+        const OpenDialog dialog = Open();
+        AddSite(dialog, "new");
+        Close(dialog, cancelButton);
+        EXPECT_TRUE(File() == text) << text.substr(0, 40);
+        EXPECT_EQ(Number(), number);
+    }
+}
+
+TEST_F(SettingsFileTest, OtherSectionsSurviveAnOk) {
+    Start(
+        "; first\r\n[Other]\r\nk = v ; w\r\n\r\n[FTP]\r\nM1=one\r\nH1=127.0.0.1:1\r\n\r\n[Last]\r\n"
+        "no entry\r\nx=" +
+        std::string(1 << 20, 'y'));
+    const OpenDialog dialog = Open();
+    Close(dialog, okButton);
+    EXPECT_TRUE(
+        File() ==
+        "; first\r\n[Other]\r\nk = v ; w\r\n\r\n[FTP]\r\nM1=one\r\nH1=127.0.0.1:1\r\nO1=0\r\n"
+        "[Last]\r\nno entry\r\nx=" +
+            std::string(1 << 20, 'y') + "\r\n[Quennet]\r\nFTP=one\r\n")
+        << File().substr(0, 200);
+}
+
+TEST_F(SettingsFileTest, AnyTextInAFieldComesBack) {
+    Start("[Quennet]\nMAILADDR=me@home\n");
+    OpenDialog dialog = Open();
+    const std::string texts[] = {
+        "quote\"s\"", "\"whole\"",        " blanks ", "a=b;c#d", "[x]",
+        "\\n\\",      "\xC3\xA4\x80\xFF", "\t",       "%s%n",    std::string(258, 'z')};
+    for (const std::string& text : texts) {
+        for (int field : {hostField, userField, directoryField}) {
+            dialog.SetField(field, text);
+        }
+        dialog.SetField(passwordField, text.substr(0, 80));
+        dialog.SetChecked(saveBox, true);
+        dialog.SetField(nameField, text);
+        Click(dialog, addButton);
+    }
+    dialog.SetField(hostField, nobody);
+    Close(dialog, okButton);
+    Disconnect();
+    dialog = Open();
+    ASSERT_THAT(dialog.Entries(siteList), testing::ElementsAreArray(texts));
+    for (int entry = 0; entry < 9; ++entry) {
+        dialog.Choose(siteList, entry);
+        const std::string& text = texts[entry];
+        for (int field : {nameField, hostField, userField, passwordField, directoryField}) {
+            EXPECT_EQ(dialog.Field(field), text) << field;
+        }
+    }
+    Close(dialog, cancelButton);
+}
+
+TEST_F(SettingsFileTest, AFailedSaveLosesNothingAndIsTold) {
+    Start(oneSite);
+    const auto added = [&] {
+        const OpenDialog dialog = Open();
+        AddSite(dialog, "two");
+        return dialog;
+    };
+    chmod(file.c_str(), 0400);
+    Close(added(), okButton);
+    EXPECT_EQ(File(), oneSite);
+    EXPECT_THAT(notices.All(), Contains("error 6007"));
+    EXPECT_NE(holder, 0u) << "one can connect all the same";
+    Disconnect();
+    chmod(file.c_str(), 0600);
+    notices.Clear();
+
+    // A full disk.
+    signal(SIGXFSZ, SIG_IGN);
+    rlimit limit = {};
+    getrlimit(RLIMIT_FSIZE, &limit);
+    const rlimit full = {20, limit.rlim_max};
+    OpenDialog dialog = added();
+    setrlimit(RLIMIT_FSIZE, &full);
+    Close(dialog, okButton);
+    setrlimit(RLIMIT_FSIZE, &limit);
+    EXPECT_EQ(File(), oneSite);
+    EXPECT_THAT(notices.All(), Contains("error 6007"));
+    EXPECT_FALSE(std::filesystem::exists(folder / "settings.ini.new"));
+    Disconnect();
+    notices.Clear();
+
+    // Someone who knows no lock.
+    dialog = added();
+    const std::string edited = oneSite + "[Edited]\nx=1\n";
+    WriteWhole(file, edited);
+    Close(dialog, okButton);
+    EXPECT_EQ(File(), edited);
+    EXPECT_THAT(notices.All(), Contains("error 6007"));
+    Disconnect();
+
+    dialog = added();
+    Close(dialog, okButton);
+    EXPECT_THAT(Book(), HasSubstr("M1=two\n"));
+}
+
+TEST_F(SettingsFileTest, ABookThatAnotherProgramHasOpenIsShownAndNotKept) {
+    Start(oneSite);
+    hostkit::FileSettings other(file);
+    ASSERT_TRUE(other.Begin());
+    ASSERT_TRUE(other.Write("FTP", "M1", "theirs"));
+    const OpenDialog dialog = Open();
+    EXPECT_THAT(notices.All(), ElementsAre("error 6008"));
+    EXPECT_THAT(dialog.Entries(siteList), ElementsAre("one"));
+    AddSite(dialog, "two");
+    EXPECT_THAT(dialog.Entries(siteList), ElementsAre("two", "one"));
+    Close(dialog, okButton);
+    EXPECT_EQ(File(), oneSite);
+    ASSERT_TRUE(other.Commit());
+    Close(Open(), cancelButton);
+    EXPECT_THAT(Book(), HasSubstr("M1=theirs\n"));
+
+    // And the other way round: nobody writes while the dialog is open.
+    const OpenDialog again = Open();
+    EXPECT_FALSE(other.Begin(std::chrono::milliseconds(0)));
+    EXPECT_THAT(other.ErrorText(), HasSubstr("in use by another program"));
+    Close(again, cancelButton);
+    EXPECT_TRUE(other.Begin(std::chrono::milliseconds(0)));
+    EXPECT_TRUE(other.Commit());
+}
+
+TEST_F(SettingsFileTest, ABookOf200SitesIsFastAndReplacedOnce) {
+    std::string book = "[FTP]\n";
+    for (int number = 1; number <= 200; ++number) {
+        const std::string id = std::to_string(number);
+        book += "M" + id + "=site " + id + "\nH" + id + "=127.0.0.1:1\nU" + id + "=anna\nW" + id +
+                "=8497BBEB1234CADD\nD" + id + "=/pub/" + id + "\nO" + id + "=10\n";
+    }
+    WriteWhole(file, book);
+    std::filesystem::create_hard_link(file, folder / "before");  // keeps the number from reuse
+    const ino_t before = Number();
+    Start();
+    const auto begin = std::chrono::steady_clock::now();
+    const OpenDialog dialog = Open();
+    EXPECT_EQ(dialog.Entries(siteList).size(), 200u);
+    for (int entry : {199, 0, 100}) {
+        dialog.Choose(siteList, entry);
+    }
+    EXPECT_EQ(File(), book);
+    EXPECT_EQ(Number(), before);
+    dialog.SetField(directoryField, "/elsewhere");
+    Close(dialog, okButton);
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5));
+    EXPECT_NE(Number(), before);
+    EXPECT_THAT(Book(), HasSubstr("D101=/elsewhere\n"));
+    EXPECT_EQ(ReadWhole(folder / "before"), book);
+}
+
+}  // namespace

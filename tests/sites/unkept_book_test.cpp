@@ -1,0 +1,177 @@
+// Books that can't be kept, dialogs that can't work on one, and the dialog without one.
+
+#include <cstring>
+
+#include "host/services.h"
+#include "sites/book_test.h"
+#include "sites/connect_dialog.h"
+
+using namespace quennet;
+using testing::Contains;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+namespace {
+
+class UnkeptBookTest : public BookTest {};
+
+/// A book of a given length: sites with long directories, and a last one that fills it up.
+std::string BookOfLength(std::size_t length) {
+    std::string book;
+    for (int number = 1; book.size() < length; ++number) {
+        const std::string id = std::to_string(number);
+        const std::string site = "M" + id + "=" + id + "\nH" + id + "=127.0.0.1:1\nD" + id + "=";
+        const std::string rest = "\nO" + id + "=0\n";
+        const std::size_t left = length - book.size();
+        std::size_t directory = 200;
+        if (left < site.size() + rest.size() + 250) {
+            directory = left - site.size() - rest.size();
+        }
+        book += site + std::string(directory, 'd') + rest;
+    }
+    return book;
+}
+
+TEST_F(UnkeptBookTest, ABookThatDoesNotFitIsLeftAsItWas) {
+    struct {
+        std::size_t length;
+        bool adds;
+        bool kept;
+    } cases[] = {{32766, false, true}, {32766, true, false}, {32767, false, false}};
+    Start("");
+    for (const auto& row : cases) {
+        const std::string book = BookOfLength(row.length);
+        ASSERT_EQ(book.size(), row.length);
+        WriteWhole(file, WithBook(book, "1"));
+        const OpenDialog dialog = Open();
+        if (row.adds) {
+            dialog.SetField(nameField, "more");
+            Click(dialog, addButton);
+        }
+        Close(dialog, okButton);
+        EXPECT_EQ(Book(), book) << row.length;
+        const std::vector<std::string> heard = notices.All();
+        EXPECT_EQ(std::count(heard.begin(), heard.end(), "message 6006"), row.kept ? 0 : 1);
+        EXPECT_NE(holder, 0u);
+        Disconnect();
+        notices.Clear();
+    }
+    // One that is too large may be made smaller, and Cancel keeps it whole.
+    const std::string book = BookOfLength(60000);
+    WriteWhole(file, WithBook(book, "1"));
+    OpenDialog dialog = Open();
+    dialog.SetField(hostField, "elsewhere");
+    dialog.Choose(siteList, 1);
+    Close(dialog, cancelButton);
+    EXPECT_EQ(Book(), book);
+    dialog = Open();
+    while (dialog.Entries(siteList).size() > 100) {
+        Click(dialog, deleteButton);
+    }
+    dialog.Choose(siteList, 1);
+    Close(dialog, okButton);
+    EXPECT_LT(Book().size(), 32767u);
+    EXPECT_GT(Book().size(), 20000u);
+    EXPECT_THAT(notices.All(), Not(Contains("message 6006")));
+}
+
+int writesLeft = 0;
+
+extern "C" i32 FailingWrite(const char* section, const char* key, const char* value,
+                            const char* path) {
+    if (writesLeft-- <= 0) {
+        return 1;
+    }
+    return hostkit::Host::Current()->Settings().Write(section, key, value) && path != nullptr ? 0
+                                                                                              : 1;
+}
+
+extern "C" void* NoMemory(HostWord) {
+    return nullptr;
+}
+
+TEST_F(UnkeptBookTest, AFailedWriteRestoresTheSectionAndLeavesItsCopy) {
+    Start(WithBook(threeSites, "one"));
+    const OpenDialog dialog = Open();
+    ShellServices shell = *hostTables.shell;
+    const ShellServices* real = hostTables.shell;
+    shell.words[static_cast<u32>(ShellService::writeSetting)] =
+        reinterpret_cast<HostWord>(FailingWrite);
+    writesLeft = 6 + 15;  // the site on show, and some of the renumbered ones
+    hostTables.shell = &shell;
+    Close(dialog, okButton);
+    hostTables.shell = real;
+    EXPECT_EQ(Book(), threeSites);
+    EXPECT_THAT(File(), HasSubstr("[Bak]\n" + threeSites));
+    EXPECT_THAT(notices.All(), Contains("message 6007"));
+}
+
+TEST_F(UnkeptBookTest, ADialogWithoutStateCanOnlyEnd) {
+    Start(WithBook(threeSites, "one"));
+    const CoreServices* real = hostTables.core;
+    CoreServices core = *real;
+    core.words[static_cast<u32>(CoreService::alloc)] = reinterpret_cast<HostWord>(NoMemory);
+    ConnectParams params = {};
+    const auto works = [&](bool withParams, int button) {
+        INT_PTR result = -1;
+        std::atomic<bool> ended = false;
+        hostTables.core = withParams ? &core : real;
+        Host().Loop().Post([&] {
+            result = DialogBoxParamA(GetModuleHandleA(nullptr), MAKEINTRESOURCEA(14300), nullptr,
+                                     ConnectDialogProc,
+                                     withParams ? reinterpret_cast<LPARAM>(&params) : 0);
+            ended = true;
+        });
+        const OpenDialog dialog = Find(directoryField);
+        dialog.SetField(userField, "anonymous");
+        for (int id : {addButton, deleteButton, upButton, anonymousBox, firewallBox}) {
+            Click(dialog, id);
+        }
+        EXPECT_THAT(dialog.Entries(siteList), IsEmpty());
+        dialog.Press(button);
+        while (!ended) {
+            Sleep(1);
+        }
+        hostTables.core = real;
+        return result;
+    };
+    EXPECT_EQ(works(false, okButton), 0);
+    EXPECT_EQ(works(false, cancelButton), 0);
+    EXPECT_EQ(works(true, okButton), 0);
+    EXPECT_EQ(File(), WithBook(threeSites, "one"));
+}
+
+TEST_F(UnkeptBookTest, FtpAutoFillsTheHostsBuffer) {
+    Start();
+    struct {
+        std::string before;
+        std::string typed;
+        int button;
+        i32 result;
+        std::string after;
+    } cases[] = {{"", "text", okButton, 1, "text"},
+                 {"old", "", okButton, 1, "old"},
+                 {"old", "er", cancelButton, 0, "old"},
+                 {"", std::string(300, 'x'), okButton, 1, std::string(259, 'x')}};
+    for (const auto& row : cases) {
+        char buffer[260] = "";
+        std::strcpy(buffer, row.before.c_str());
+        std::atomic<i32> result = -1;
+        Host().Loop().Post([&] {
+            result = Host().Send(MessageNumber::autoDialog, 0, GetModuleHandleA(nullptr), buffer);
+        });
+        const OpenDialog dialog = Find(autoField);
+        EXPECT_EQ(dialog.Caption(), " FTP Auto");
+        EXPECT_EQ(dialog.Field(autoField), row.before);
+        dialog.Type(autoField, row.typed);
+        dialog.Press(row.button);
+        while (result == -1) {
+            Sleep(1);
+        }
+        EXPECT_EQ(result, row.result);
+        EXPECT_EQ(buffer, row.after);
+    }
+}
+
+}  // namespace

@@ -1,0 +1,51 @@
+#pragma once
+// A folder of a test's own, gone with it, and whole files.
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+inline void WriteWhole(const std::filesystem::path& path, std::string_view bytes) {
+    std::ofstream(path, std::ios::binary) << bytes;
+}
+
+/// The bytes of a file; none when there is no such file.
+inline std::string ReadWhole(const std::filesystem::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+class TempFolder {
+  public:
+    TempFolder() {
+        std::string pattern = (std::filesystem::temp_directory_path() / "quennet-XXXXXX").string();
+        if (mkdtemp(pattern.data()) == nullptr) {
+            throw std::runtime_error("no temporary folder");
+        }
+        path_ = pattern;
+    }
+    ~TempFolder() {
+        std::error_code ignored;
+        std::filesystem::remove_all(path_, ignored);
+    }
+    TempFolder(const TempFolder&) = delete;
+    TempFolder& operator=(const TempFolder&) = delete;
+
+    std::filesystem::path operator/(const std::string& name) const { return path_ / name; }
+
+    void Write(const std::string& name, const std::string& bytes) const {
+        WriteWhole(path_ / name, bytes);
+    }
+
+    /// The bytes of a file; "(none)" when there is no such file.
+    std::string Read(const std::string& name) const {
+        return std::filesystem::exists(path_ / name) ? ReadWhole(path_ / name) : "(none)";
+    }
+
+  private:
+    std::filesystem::path path_;
+};

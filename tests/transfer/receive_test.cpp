@@ -1,0 +1,581 @@
+#include "transfer/receive.h"
+
+#include <sys/stat.h>
+
+#include "control/command.h"
+#include "host/services.h"
+#include "support/session_test.h"
+#include "support/temp_folder.h"
+#include "transfer/get_file.h"
+
+using namespace quennet;
+using testing::Contains;
+using testing::HasSubstr;
+using testing::Not;
+
+namespace {
+
+class ReceiveTest : public SessionTest {
+  protected:
+    ~ReceiveTest() override { CoreFreeWord(&buffer.base); }
+
+    std::string Path(const std::string& name) { return (folder / name).string(); }
+
+    int Receive(const std::string& name, u32 resumeOffset = 0, char type = 'I') {
+        return ReceiveFile(session, ("RETR " + name).c_str(), Path(name).c_str(), nullptr,
+                           resumeOffset, type);
+    }
+
+    int List() { return ReceiveFile(session, "LIST", nullptr, &buffer, 0, 'A'); }
+
+    std::string BufferText() {
+        return buffer.base != 0 ? PointerFromWord<const char>(buffer.base) : "(empty)";
+    }
+
+    TempFolder folder;
+    GrowBuffer buffer = {};
+};
+
+TEST_F(ReceiveTest, TypeGoesOutOnAChangeOnlyAndCountsAlsoWhenItIsRefused) {
+    LogIn(R"(
+        -> PASV
+        <- 227 ok ({pasv})
+        -> LIST
+        <- 150 here
+        data accept
+        data <- one\r\ntwo
+        data close
+        <- 226 done
+        -> TYPE I
+        <- 504 no
+        -> PASV
+        <- 227 ok {pasv}
+        -> RETR a
+        <- 150 here
+        data accept
+        data <- \x00\r\n\xff
+        data close
+        <- 226 done
+        -> PASV
+        <- 227 ok ({pasv})
+        -> RETR b
+        <- 150 here
+        data accept
+        data close
+        <- 226 done
+    )");
+    EXPECT_EQ(List(), 2);
+    EXPECT_EQ(BufferText(), "one\r\ntwo");
+    EXPECT_EQ(Receive("a"), 2);
+    EXPECT_EQ(folder.Read("a"), std::string("\0\r\n\xff", 4));
+    EXPECT_EQ(Receive("b"), 2);
+    EXPECT_EQ(folder.Read("b"), "");
+    wire.Finish();
+}
+
+TEST_F(ReceiveTest, WhatDoesNotStartLeavesTheLocalFileAlone) {
+    folder.Write("f", "mine");
+    LogIn(R"(
+        -> TYPE I
+        <- 200 ok
+        -> PASV
+        <- 227 ({pasv})
+        -> RETR f
+        <- 550 no such file
+        -> PASV
+        <- 502 not here
+        -> PASV
+        <- 227 (127,0,0,1,7)
+        -> PASV
+        <- 227 nothing
+        -> PASV
+        <- 227 1 (127,0,0,1,7,138)
+    )");
+    EXPECT_EQ(Receive("f"), 0);
+    EXPECT_STREQ(session->replyBuffer, "550 no such file");
+    for (int i = 0; i < 4; ++i) {
+        EXPECT_EQ(Receive("f"), 0);
+        EXPECT_EQ(session->listenSocket, noSocket);
+    }
+    EXPECT_EQ(folder.Read("f"), "mine");
+    wire.Finish();
+}
+
+TEST_F(ReceiveTest, ThePassiveConnectionGoesToTheControlPeerWhateverAddressIsNamed) {
+    // The scripted server names itself; its six numbers are rewritten to another host.
+    Wire data;
+    LogIn("-> PASV\n<- 227 (10,1,2,3," + std::to_string(data.port() / 256) + "," +
+          std::to_string(data.port() % 256) + ")\n-> LIST\n<- 150 here\n<- 226 done\n");
+    data.Start("<< hello\nclose\n");
+    EXPECT_EQ(List(), 2);
+    EXPECT_EQ(BufferText(), "hello");
+    wire.Finish();
+}
+
+TEST_F(ReceiveTest, ARefusedPassiveConnectionIsToldWithItsPort) {
+    const int port = ClosedPort();
+    LogIn("-> PASV\n<- 227 (127,0,0,1," + std::to_string(port / 256) + "," +
+          std::to_string(port % 256) + ")\n");
+    EXPECT_EQ(List(), 0);
+    const std::string text =
+        "Can't connect to 127.0.0.1 ftp service port " + std::to_string(port) + ".";
+    EXPECT_EQ(session->replyBuffer, text);
+    const std::vector<std::string> lines = Lines();
+    ASSERT_GE(lines.size(), 2u);
+    EXPECT_EQ(lines[lines.size() - 2], text);
+    EXPECT_EQ(lines.back(), "Connection refused");
+    wire.Finish();
+}
+
+TEST_F(ReceiveTest, TheActiveServerConnectsToTheLocalAddress) {
+    session->site.siteOptions = 0;
+    LogIn(R"(
+        -> PORT *
+        <- 200 ok
+        -> LIST
+        <- 150 here
+        data connect
+        data <- hello
+        data close
+        <- 226 done
+    )");
+    EXPECT_EQ(List(), 2);
+    EXPECT_EQ(BufferText(), "hello");
+    EXPECT_THAT(wire.Saw(), Contains(HasSubstr("PORT 127,0,0,1,")));
+    wire.Finish();
+}
+
+TEST_F(ReceiveTest, PortIsTriedTwiceUnlessItIsNotUnderstood) {
+    session->site.siteOptions = 0;
+    LogIn(R"(
+        -> PORT *
+        <- 500 what
+        -> PORT *
+        <- 501 no
+        -> PORT *
+        <- 425 still no
+        -> PORT *
+        <- 501 no
+        -> PORT *
+        <- 200 yes
+        -> LIST
+        <- 550 no
+    )");
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(List(), 0);
+    }
+    wire.Finish();
+}
+
+TEST_F(ReceiveTest, AServerThatDoesNotConnectBackEndsTheWaitAndStaysInStep) {
+    session->site.siteOptions = 0;
+    session->timeoutSeconds = 1;
+    LogIn(R"(
+        -> PORT *
+        <- 200 ok
+        -> LIST
+        <- 150 here
+        pause 2
+        <- 425 can't open
+        -> NOOP
+        <- 200 mine
+    )");
+    EXPECT_EQ(List(), 0);
+    EXPECT_THAT(Lines(), Contains("Blocking call cancelled"));
+    EXPECT_EQ(session->dataSocket, noSocket);
+    EXPECT_EQ(SendCommandText(session, "NOOP"), 2);
+    EXPECT_EQ(session->firstCode, 200);
+    wire.Finish();
+}
+
+TEST_F(ReceiveTest, AResumeComparesTheLast512Bytes) {
+    const std::string whole = Wire::Pattern(5000);
+    folder.Write("f", whole.substr(0, 2048));
+    wire.Data("rest", whole.substr(1536));
+    LogIn(R"(
+        -> TYPE I
+        <- 200 ok
+        -> PASV
+        <- 227 ({pasv})
+        -> REST 1536
+        <- 350 go on
+        -> RETR f
+        <- 150 here
+        data accept
+        data send rest
+        data close
+        <- 226 done
+    )");
+    TransferRecord record = {};
+    record.bytesTotal = 5000;
+    session->progress = &record;
+    EXPECT_EQ(Receive("f", 2048), 2);
+    EXPECT_EQ(folder.Read("f"), whole);
+    EXPECT_EQ(u64{record.bytesDone}, 5000u);
+    EXPECT_EQ(u64{record.bytesTotal}, 5000u - 1536u);
+    session->progress = nullptr;
+    wire.Finish();
+}
+
+TEST_F(ReceiveTest, ARepairBehindTheRestartDoesNotAppendTheWholeFile) {
+    folder.Write("f", std::string(2048, 'x'));
+    LogIn(R"(
+        -> TYPE I
+        <- 200 ok
+        -> PASV
+        <- 227 ({pasv})
+        -> REST 1536
+        <- 350 go on
+        -> RETR f
+        <- 421 bye
+        close
+        accept
+        <- 220 again
+        -> USER anna
+        <- 230 welcome back
+        -> RETR f
+        <- 150 here
+        data accept
+        data expect close
+        <- 426 broken
+        -> NOOP
+        <- 200 ok
+    )");
+    EXPECT_EQ(Receive("f", 2048), 0);
+    EXPECT_EQ(folder.Read("f"), std::string(2048, 'x'));
+    EXPECT_EQ(SendCommandText(session, "NOOP"), 2);
+    wire.Finish();
+}
+
+TEST_F(ReceiveTest, AServerThatCannotRestartSendsTheWholeFile) {
+    const std::string whole = Wire::Pattern(3000);
+    folder.Write("f", std::string(2048, 'x'));
+    wire.Data("whole", whole);
+    LogIn(R"(
+        -> TYPE I
+        <- 200 ok
+        -> PASV
+        <- 227 ({pasv})
+        -> REST 1536
+        <- 502 no
+        -> RETR f
+        <- 150 here
+        data accept
+        data send whole
+        data close
+        <- 226 done
+    )");
+    EXPECT_EQ(Receive("f", 2048), 2);
+    EXPECT_EQ(folder.Read("f"), whole);
+    wire.Finish();
+}
+
+TEST_F(ReceiveTest, AnotherFileIsAbortedKeptAsItIsAndLeavesTheSessionInStep) {
+    const std::string mine(2048, 'x');
+    folder.Write("f", mine);
+    std::string other = mine.substr(1536);
+    other[300] = 'y';
+    wire.Data("other", other + std::string(100'000, 'z'));
+    LogIn(R"(
+        -> TYPE I
+        <- 200 ok
+        -> PASV
+        <- 227 ({pasv})
+        -> REST 1536
+        <- 350 go on
+        -> RETR f
+        <- 150 here
+        data accept
+        data send other
+        -> ABOR
+        data expect close
+        <- 426 aborted
+        pause 0.3
+        <- 226 abort done
+        -> NOOP
+        <- 200 mine
+    )");
+    EXPECT_EQ(Receive("f", 2048), 5);
+    EXPECT_TRUE(session->abortFlag.IsSet());
+    EXPECT_EQ(folder.Read("f"), mine);
+    EXPECT_THAT(Lines(), Contains("Not the same file!"));
+    EXPECT_THAT(Lines(), Not(Contains(HasSubstr("received in"))));
+    session->abortFlag.Store(0);
+    EXPECT_EQ(SendCommandText(session, "NOOP"), 2);
+    EXPECT_STREQ(session->replyBuffer, "200 mine");
+    wire.Finish();
+}
+
+TEST_F(ReceiveTest, AStreamShorterThanTheOverlapLeavesTheFileItsLength) {
+    const std::string mine(2048, 'x');
+    folder.Write("f", mine);
+    LogIn(R"(
+        -> TYPE I
+        <- 200 ok
+        -> PASV
+        <- 227 ({pasv})
+        -> REST 1536
+        <- 350 go on
+        -> RETR f
+        <- 150 here
+        data accept
+        data <- xxxx
+        data close
+        <- 226 done
+    )");
+    EXPECT_EQ(Receive("f", 2048), 2);
+    EXPECT_EQ(folder.Read("f"), mine);
+    wire.Finish();
+}
+
+TEST_F(ReceiveTest, AnAbortEndsAStalledTransferWithinTwoSecondsAndItsReplyIsNotTakenForAnother) {
+    LogIn(R"(
+        -> PASV
+        <- 227 ({pasv})
+        -> LIST
+        <- 150 here
+        data accept
+        data <- part
+        data expect close
+        <- 426 broken
+        -> NOOP
+        <- 200 mine
+    )");
+    AbortAfter(std::chrono::milliseconds(300));
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(List(), 5);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(2300));
+    session->abortFlag.Store(0);
+    EXPECT_EQ(SendCommandText(session, "NOOP"), 2);
+    EXPECT_STREQ(session->replyBuffer, "200 mine");
+    wire.Finish();
+}
+
+TEST_F(ReceiveTest, AResetDataConnectionIsNoSuccessWhateverTheServerSays) {
+    LogIn(R"(
+        -> TYPE I
+        <- 200 ok
+        -> PASV
+        <- 227 ({pasv})
+        -> RETR f
+        <- 150 here
+        data accept
+        data <- part
+        pause 0.3
+        data reset
+        <- 226 done
+    )");
+    EXPECT_EQ(Receive("f"), 0);
+    EXPECT_STREQ(session->replyBuffer, "The data connection was lost.");
+    EXPECT_THAT(Lines(), Contains("Connection reset"));
+    wire.Finish();
+}
+
+TEST_F(ReceiveTest, ALocalFileThatCannotBeMadeIsAFailureAndStaysInStep) {
+    LogIn(R"(
+        -> TYPE I
+        <- 200 ok
+        -> PASV
+        <- 227 ({pasv})
+        -> RETR no/such/folder
+        <- 150 here
+        data accept
+        data expect close
+        <- 226 done
+        -> NOOP
+        <- 200 mine
+    )");
+    EXPECT_EQ(Receive("no/such/folder"), 0);
+    EXPECT_STREQ(session->replyBuffer, "The local file could not be opened.");
+    EXPECT_EQ(SendCommandText(session, "NOOP"), 2);
+    wire.Finish();
+}
+
+TEST_F(ReceiveTest, TypeIsSaidAgainWhenTheConnectionWasRepairedDuringTheSetUp) {
+    LogIn(R"(
+        -> TYPE I
+        <- 200 ok
+        -> PASV
+        <- 421 bye
+        close
+        accept
+        <- 220 again
+        -> USER anna
+        <- 230 welcome back
+        -> PASV
+        <- 227 ({pasv})
+        -> TYPE I
+        <- 200 ok
+        -> RETR f
+        <- 150 here
+        data accept
+        data <- x
+        data close
+        <- 226 done
+    )");
+    EXPECT_EQ(Receive("f"), 2);
+    wire.Finish();
+}
+
+TEST_F(ReceiveTest, ASecondTransferAtOnceIsRefused) {
+    LogIn("");
+    session->busy.Store(1);
+    EXPECT_EQ(List(), 0);
+    EXPECT_THAT(Lines(), testing::ElementsAre("Command in progress, ignored."));
+    session->busy.Store(0);
+    wire.Finish();
+}
+
+// --- Message 39 ------------------------------------------------------------------------------
+
+u32 confirmStatus;
+std::vector<u32> confirmedOffsets;
+
+extern "C" void Confirm(TransferItem* item, u32 resumeOffset) {
+    confirmedOffsets.push_back(resumeOffset);
+    PointerFromWord<TransferRecord>(item->record)->status = confirmStatus;
+}
+
+class GetFileTest : public ReceiveTest {
+  protected:
+    GetFileTest() {
+        confirmStatus = 0;
+        confirmedOffsets.clear();
+    }
+
+    i32 Get(const std::string& name, u64 sourceSize) {
+        item = {};
+        StoreText(item.source, sizeof item.source, name.c_str());
+        StoreText(item.destination, sizeof item.destination, Path(name).c_str());
+        item.record = WordFromPointer(&record);
+        item.sourceSize = sourceSize;
+        item.sourceDate = 0x2C65;  // 2002-03-05 12:34
+        item.sourceTime = 0x6440;
+        return GetFile(&item, session->handle, Confirm);
+    }
+
+    TransferItem item = {};
+    TransferRecord record = {};
+};
+
+TEST_F(GetFileTest, OnlyAPartOfMoreThan1024BytesIsResumed) {
+    struct {
+        std::size_t local;
+        u64 source;
+        u32 offset;
+    } cases[] = {{1024, 5000, 0}, {1025, 5000, 1025}, {5000, 5000, 0}, {5001, 5000, 0}};
+    confirmStatus = 1;  // leaves every file out
+    LogIn("");
+    for (const auto& row : cases) {
+        folder.Write("f", std::string(row.local, 'x'));
+        EXPECT_EQ(Get("f", row.source), 0);
+        EXPECT_EQ(confirmedOffsets.back(), row.offset) << row.local;
+    }
+    EXPECT_EQ(wire.Saw().size(), 2u) << "nothing goes out for a file that is left out";
+    wire.Finish();
+}
+
+TEST_F(GetFileTest, AnotherFileIsFetchedWholeWithTheSourcesDate) {
+    folder.Write("f", std::string(2048, 'x'));
+    const std::string whole = Wire::Pattern(4000);
+    wire.Data("whole", whole);
+    wire.Data("tail", whole.substr(1536));
+    LogIn(R"(
+        -> TYPE I
+        <- 200 ok
+        -> PASV
+        <- 227 ({pasv})
+        -> REST 1536
+        <- 350 go on
+        -> RETR f
+        <- 150 here
+        data accept
+        data send tail
+        -> ABOR
+        data expect close
+        <- 426 aborted
+        <- 226 abort done
+        -> PASV
+        <- 227 ({pasv})
+        -> RETR f
+        <- 150 here
+        data accept
+        data send whole
+        data close
+        <- 226 done
+    )");
+    EXPECT_EQ(Get("f", 4000), 0);
+    EXPECT_EQ(folder.Read("f"), whole);
+    struct stat status = {};
+    ASSERT_EQ(stat((folder / "f").c_str(), &status), 0);
+    const time_t seconds = status.st_mtime;
+    tm local = {};
+    localtime_r(&seconds, &local);
+    EXPECT_EQ(local.tm_year, 102);
+    EXPECT_EQ(local.tm_mon, 2);
+    EXPECT_EQ(local.tm_mday, 5);
+    EXPECT_EQ(local.tm_hour, 12);
+    wire.Finish();
+}
+
+TEST_F(GetFileTest, AFailureHandsOverTheServersWordsWithoutARestart) {
+    LogIn(R"(
+        -> TYPE I
+        <- 200 ok
+        -> PASV
+        <- 227 ({pasv})
+        -> RETR f
+        <- 550 no such file
+    )");
+    EXPECT_EQ(Get("f", 4000), 1);
+    EXPECT_STREQ(session->handle->errorText, "550 no such file");
+    EXPECT_EQ(session->progress, nullptr);
+    EXPECT_EQ(folder.Read("f"), "(none)");
+    wire.Finish();
+}
+
+TEST_F(GetFileTest, ASecondOneAtOnceTouchesNothingOfTheFirst) {
+    LogIn("");
+    TransferRecord running = {};
+    session->progress = &running;
+    session->busy.Store(1);
+    session->abortFlag.Store(1);
+    EXPECT_EQ(Get("f", 4000), 1);
+    EXPECT_STREQ(session->handle->errorText, "Command in progress, ignored.");
+    EXPECT_EQ(session->progress, &running);
+    EXPECT_TRUE(session->abortFlag.IsSet());
+    session->progress = nullptr;
+    session->busy.Store(0);
+    wire.Finish();
+}
+
+TEST_F(GetFileTest, AnAbortLeadsToOneRestartWhichASecondOneEnds) {
+    LogIn(R"(
+        -> TYPE I
+        <- 200 ok
+        -> PASV
+        <- 227 ({pasv})
+        -> RETR f
+        <- 150 here
+        data accept
+        data <- part
+        data expect close
+        <- 426 broken
+        -> PASV
+        <- 227 ({pasv})
+        -> RETR f
+        <- 150 here
+        data accept
+        data <- part
+        data expect close
+        <- 426 broken
+    )");
+    AbortAfter(std::chrono::milliseconds(300));
+    AbortAfter(std::chrono::milliseconds(3500));
+    EXPECT_EQ(Get("f", 4000), 1);
+    EXPECT_FALSE(session->abortFlag.IsSet());
+    EXPECT_STREQ(session->handle->errorText, "The transfer was aborted.");
+    wire.Finish();
+}
+
+}  // namespace

@@ -1,0 +1,125 @@
+// What runs on a thread of its own: going to a directory for a panel, and typed command lines.
+
+#include "host/message.h"
+#include "listing/cache.h"
+#include "support/session_test.h"
+
+using namespace quennet;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+Notices* heard = nullptr;
+
+extern "C" void HearBegin(u16 cookie, u8 panelId) {
+    heard->Add("begin " + std::to_string(cookie) + " panel " + std::to_string(panelId));
+}
+
+extern "C" void HearDone(u16 cookie, const char* name) {
+    heard->Add("done " + std::to_string(cookie) + " " + name);
+}
+
+extern "C" void PassEntry(const char*, u32, u32, u32, u32, HostWord) {}
+
+class WorkerTest : public SessionTest {
+  protected:
+    WorkerTest() { heard = &notices; }
+    ~WorkerTest() override { FreeDirCache(session); }
+
+    void GoTo(const std::string& name, const std::string& directory) {
+        Host().Send(MessageNumber::gotoDirectory, session, name.c_str(), directory.c_str(),
+                    0xABC0009u, reinterpret_cast<HostWord>(HearBegin),
+                    reinterpret_cast<HostWord>(HearDone));
+    }
+
+    void TypeLine(const std::string& text) {
+        Host().Send(MessageNumber::rawCommand, 4711, session->handle, text.c_str(), 0xABC0008u);
+    }
+
+    /// What the host heard until the last worker was done.
+    std::vector<std::string> Heard() {
+        while (session->users.IsSet()) {
+            Sleep(5);
+        }
+        std::vector<std::string> all = notices.All();
+        notices.Clear();
+        return all;
+    }
+
+    i32 List() {
+        return Host().Send(MessageNumber::listDirectory, nullptr, session->handle,
+                           reinterpret_cast<HostWord>(PassEntry), 0, 0);
+    }
+};
+
+TEST_F(WorkerTest, ThePanelHearsOfTheBeginAndOfSuccess) {
+    StoreText(session->site.directory, pathSize, "/old");
+    session->currentCacheIndex = 3;
+    LogIn(
+        "-> CWD /gone\n<- 550 no\n"
+        "-> CWD /new\nmark sent\nawait looked\n<- 250 ok\n-> PWD\n<- 257 \"/new\"\n");
+    GoTo("x", "/gone");
+    EXPECT_THAT(Heard(), ElementsAre("begin 9 panel 1", "foreground"));
+    EXPECT_STREQ(session->site.directory, "/old");
+    EXPECT_EQ(session->currentCacheIndex, 3u);
+
+    GoTo(std::string(pathSize - 1, 'n'), "/new");
+    ASSERT_TRUE(wire.AwaitMark("sent"));
+    EXPECT_TRUE(session->users.IsSet()) << "the end of the connection waits";
+    wire.Signal("looked");
+    EXPECT_THAT(Heard(), ElementsAre("begin 9 panel 1", "done 9 " + std::string(pathSize - 1, 'n'),
+                                     "foreground"));
+    EXPECT_STREQ(session->site.directory, "/new");
+    EXPECT_EQ(session->currentCacheIndex, 0u);
+
+    GoTo(std::string(pathSize, 'n'), "/new");
+    GoTo("x", std::string(pathSize, 'd'));
+    EXPECT_THAT(Heard(), IsEmpty()) << "nothing is cut";
+    wire.Finish();
+}
+
+TEST_F(WorkerTest, ATypedLineGoesOutWholeOrNotAtAll) {
+    const std::string longest = "SITE %s%n" + std::string(1014, 'x');
+    ASSERT_EQ(longest.size(), 1023u);
+    LogIn("-> " + longest + "\nmark sent\nawait looked\n<- 200 ok\n-> SITE b\n<- 550 no\n");
+    TypeLine(longest);
+    ASSERT_TRUE(wire.AwaitMark("sent"));
+    EXPECT_TRUE(session->users.IsSet() && session->backgroundJobs.IsSet());
+    wire.Signal("looked");
+    EXPECT_THAT(Heard(), ElementsAre("refresh 8"));
+    EXPECT_FALSE(session->backgroundJobs.IsSet());
+    TypeLine(longest + "x");
+    TypeLine("SITE a\nDELE b");
+    EXPECT_THAT(Heard(), IsEmpty());
+    TypeLine("SITE b");
+    EXPECT_THAT(Heard(), IsEmpty());
+    EXPECT_THAT(Lines(), Contains("Line too long, not sent."));
+    wire.Finish();
+}
+
+TEST_F(WorkerTest, ATypedLineThatWorksMakesTheListingsStale) {
+    const std::string lists =
+        "-> PASV\n<- 227 ({pasv})\n-> LIST\n<- 150 x\ndata accept\ndata close\n<- 226 x\n";
+    StoreText(session->site.directory, pathSize, "/");
+    LogIn(lists + "-> SITE a\n<- 500 no\n-> SITE b\n<- 250 ok\n" + lists +
+          "-> type i\n<- 200 ok\n-> SITE c\n<- 150 more\n<- 226 that was it\n-> TYPE A\n"
+          "<- 200 ok\n" +
+          lists);
+    EXPECT_EQ(List(), 0);
+    TypeLine("SITE a");
+    Heard();
+    EXPECT_EQ(List(), 0) << "from the cache";
+    TypeLine("SITE b");
+    Heard();
+    EXPECT_EQ(List(), 0);
+    TypeLine("type i");
+    Heard();
+    TypeLine("SITE c");
+    EXPECT_THAT(Heard(), IsEmpty());
+    EXPECT_EQ(List(), 0) << "in step with the server, and with its type";
+    wire.Finish();
+}
+
+}  // namespace
