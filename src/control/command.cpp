@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "control/exchange.h"
 #include "control/reconnect.h"
 #include "control/reply.h"
 #include "control/sockets.h"
@@ -104,7 +105,7 @@ int SendLine(Session* session, const char* text) {
         return -1;
     }
     if (session->busy.IsSet() && !session->abortFlag.IsSet()) {
-        CoreConsolePrintText(session->console, "Command in progress, ignored.");
+        CoreConsolePrintText(session->console, commandInProgress);
         return -1;
     }
     if (RefusesLine(session, text)) {
@@ -119,6 +120,10 @@ int SendLine(Session* session, const char* text) {
 }
 
 int SendCommandText(Session* session, const char* line) {
+    const Exchange exchange(session);
+    if (exchange.IsRefused()) {
+        return -1;
+    }
     session->firstCode = 0;
     if (RefusesLine(session, line)) {
         return -1;
@@ -161,6 +166,10 @@ int SendCommand(Session* session, const char* format, ...) {
 }
 
 int SendCommandAlt(Session* session, const char* command, const char* alternative) {
+    const Exchange exchange(session);
+    if (exchange.IsRefused()) {
+        return 0;
+    }
     const int result = SendCommandText(session, command);
     if (result == 5 && session->firstCode == codeNotUnderstood && alternative != nullptr) {
         SendCommandText(session, alternative);
@@ -170,6 +179,10 @@ int SendCommandAlt(Session* session, const char* command, const char* alternativ
 
 int SendCommandAltArg(Session* session, const char* verb, const char* alternativeVerb,
                       const char* argument) {
+    const Exchange exchange(session);
+    if (exchange.IsRefused()) {
+        return 0;
+    }
     const int result = SendCommand(session, "%s %s", verb, argument);
     if (result == 5 && session->firstCode == codeNotUnderstood && alternativeVerb != nullptr) {
         SendCommand(session, "%s %s", alternativeVerb, argument);

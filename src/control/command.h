@@ -6,7 +6,7 @@
 //
 // Results of SendCommand, and of ReadReply:
 //   -1      nothing usable: the line was not sent or the read failed, and the connection was not
-//           got back, or the line can't be sent as it is
+//           got back, or the line can't be sent as it is, or another thread holds the connection
 //   0       no valid reply
 //   1 to 5  the class of the reply; its code stands in `firstCode`. An abort or a time-out counts
 //           as code 421.

@@ -1,6 +1,7 @@
 #include "control/connect.h"
 
 #include "control/command.h"
+#include "control/exchange.h"
 #include "control/login.h"
 #include "control/reconnect.h"
 #include "control/reply.h"
@@ -51,22 +52,27 @@ void AskForSystem(Session* session) {
     }
 }
 
-void Connect(Session* session) {
-    if (session->controlSocket != noSocket) {
-        CoreConsolePrintText(session->console, "Already connected");
-        return;
-    }
+/// Logs in and learns what the server is and where it put the session. False when the login failed.
+bool LogInAndLook(Session* session) {
+    const Exchange exchange(session);
     ConnectWithRetries(session);
     if (session->controlSocket == noSocket) {
-        NotifyConnectFailed(session);
-        return;
+        return false;
     }
     AskForSystem(session);
     if (session->site.directory[0] != 0) {
         ChangeDir(session, session->site.directory);
     }
     StoreWorkingDir(session, session->site.directory);
+    return true;
+}
+
+void Connect(Session* session) {
     if (session->controlSocket != noSocket) {
+        CoreConsolePrintText(session->console, "Already connected");
+    } else if (!LogInAndLook(session)) {
+        NotifyConnectFailed(session);
+    } else if (session->controlSocket != noSocket) {
         NotifyConnected(session);
     }
 }

@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "control/command.h"
+#include "control/exchange.h"
 #include "control/firewall.h"
 #include "control/reply.h"
 #include "control/server_family.h"
@@ -182,6 +183,10 @@ SocketNumber OpenControlSocket(Session* session, char* hostText) {
 }
 
 int LoginSession(Session* session) {
+    const Exchange exchange(session);
+    if (exchange.IsRefused()) {
+        return loginFailed;
+    }
     if (session->controlSocket != noSocket) {
         CoreConsolePrintText(session->console, "Already connected");
         return loginDone;

@@ -17,6 +17,11 @@ class SharedWord {
     void Subtract(u32 value) { std::atomic_ref<u32>(word_).fetch_sub(value); }
     /// Stores `value` and gives what stood there before.
     u32 Exchange(u32 value) { return std::atomic_ref<u32>(word_).exchange(value); }
+    /// Stores `value` where `expected` stands, and gives what stood there before.
+    u32 ExchangeIf(u32 expected, u32 value) {
+        std::atomic_ref<u32>(word_).compare_exchange_strong(expected, value);
+        return expected;
+    }
     bool IsSet() const { return Load() != 0; }
 
   private:

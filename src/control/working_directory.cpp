@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "control/command.h"
+#include "control/exchange.h"
 #include "host/services.h"
 
 namespace quennet {
@@ -19,6 +20,10 @@ void CutSeparator(char* path) {
 }  // namespace
 
 int ChangeDir(Session* session, const char* path) {
+    const Exchange exchange(session);
+    if (exchange.IsRefused()) {
+        return 0;
+    }
     if (std::strcmp(path, "..") == 0 && SendCommandText(session, "CDUP") != 5) {
         return session->firstCode / 100;
     }
@@ -30,6 +35,10 @@ int GetWorkingDir(Session* session, char** result) {
         return -1;
     }
     *result = nullptr;
+    const Exchange exchange(session);
+    if (exchange.IsRefused()) {
+        return 0;
+    }
     const int replyClass = SendCommandAlt(session, "PWD", "XPWD");
     if (replyClass != 2) {
         return replyClass;
@@ -50,6 +59,7 @@ int RefuseDirectory(Session* session) {
 }
 
 int StoreWorkingDir(Session* session, char* field) {
+    const Exchange exchange(session);  // up to the look at its reply
     char* directory = nullptr;
     const int replyClass = GetWorkingDir(session, &directory);
     if (replyClass != 2) {
@@ -65,6 +75,7 @@ int StoreWorkingDir(Session* session, char* field) {
 bool ChangeSessionDir(Session* session, const char* path) {
     constexpr int done = 2;
     char directory[pathSize];
+    const Exchange exchange(session);
     if (ChangeDir(session, path) != done) {
         return false;
     }

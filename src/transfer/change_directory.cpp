@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "control/exchange.h"
 #include "control/worker.h"
 #include "control/working_directory.h"
 #include "host/services.h"
@@ -98,6 +99,7 @@ i32 ChangeDirSync(const char* path, FtpHandle* handle, char* out) {
     if (path[0] == 0) {
         return 0;
     }
+    const Exchange exchange(session);
     int result = ChangeDir(session, path);
     char* directory = nullptr;
     if (result == done) {

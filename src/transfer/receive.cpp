@@ -234,6 +234,7 @@ int ReceiveFile(Session* session, const char* command, const char* path, GrowBuf
     constexpr int dataFollows = 1;
     constexpr int aborted = 5;
     // The exchange that occupies the connection goes on with what the session holds.
+    const Exchange exchange(session);
     if (IsOccupied(session)) {
         return 0;
     }

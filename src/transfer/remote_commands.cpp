@@ -98,6 +98,7 @@ i32 RemoteRemoveDir(const char* name, FtpHandle* handle) {
     if (session == nullptr || IsBusy(session)) {
         return -1;
     }
+    const Exchange exchange(session);
     int result = SendCommandAltArg(session, "RMD", "XRMD", name);
     if (result == refusedForGood) {
         result = DeleteRemoteFile(session, name);
@@ -115,6 +116,7 @@ i32 RemoteMakeDir(char* path, FtpHandle* handle) {
     if (IsBusy(session)) {
         return makeDirFailed;
     }
+    const Exchange exchange(session);
     session->backgroundJobs.Add(1);
     ShellPreparePath(path);
     const i32 result = MakePreparedDir(session, path);
@@ -130,6 +132,7 @@ i32 RemoteRename(const char* oldName, const char* newName, FtpHandle* handle) {
     if (session == nullptr || IsBusy(session)) {
         return -1;
     }
+    const Exchange exchange(session);
     int result = SendCommand(session, "%s %s", "RNFR", oldName);
     if (result == wantsNewName) {
         result = SendCommand(session, "%s %s", "RNTO", newName);

@@ -103,6 +103,7 @@ int SendFile(Session* session, const char* command, const char* path, char type)
     constexpr int dataFollows = 1;
     constexpr int shutdownSending = 1;
     // The exchange that occupies the connection goes on with what the session holds.
+    const Exchange exchange(session);
     if (IsOccupied(session)) {
         return -1;
     }

@@ -167,9 +167,11 @@ i32 CopyBetweenServers(TransferItem* item, FtpHandle* sourceHandle, FtpHandle* d
     Session* destination = SessionFromHandle(destinationHandle);
     const SessionUse useOfSource(source);
     const SessionUse useOfDestination(destination);
+    const Exchange onSource(source);
+    const Exchange onDestination(destination);
     if (source == nullptr || destination == nullptr || source->controlSocket == noSocket ||
         destination->controlSocket == noSocket || !AreDistinct(source, destination) ||
-        !AreFree(source, destination)) {
+        onSource.IsRefused() || onDestination.IsRefused() || !AreFree(source, destination)) {
         return -1;
     }
     Session* const sides[] = {source, destination};

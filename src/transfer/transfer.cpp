@@ -54,11 +54,14 @@ void TransferClock::PrintSpeed(const char* beforeCount, const char* behindCount)
 }
 
 bool IsBusy(Session* session) {
-    if (!session->busy.IsSet()) {
-        return false;
+    const Exchange exchange(session);
+    if (exchange.IsRefused()) {
+        return true;
     }
-    CoreConsolePrintText(session->console, commandInProgress);
-    return true;
+    if (session->busy.IsSet()) {
+        CoreConsolePrintText(session->console, commandInProgress);
+    }
+    return session->busy.IsSet();
 }
 
 bool IsOccupied(Session* session) {

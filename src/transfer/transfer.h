@@ -1,6 +1,7 @@
 #pragma once
 // What the receive loop and the send loop share.
 
+#include "control/exchange.h"
 #include "control/session.h"
 
 namespace quennet {
@@ -29,13 +30,11 @@ class TransferClock {
     u64 bytes_ = 0;
 };
 
-/// Told to whoever wants the connection while an exchange is under way.
-constexpr char commandInProgress[] = "Command in progress, ignored.";
-
-/// True, with a line on the console, while an exchange is under way.
+/// True, with a line on the console, while an exchange is under way, on this thread or another.
 bool IsBusy(Session* session);
 
-/// True when no transfer may start: without a control connection, and while one is busy.
+/// True when no transfer may start: without a control connection, and while another exchange is
+/// under way.
 bool IsOccupied(Session* session);
 
 /// Notes what failed locally. The first failure of a transfer stays.
