@@ -18,8 +18,6 @@ using quennet::FtpHandle;
 using quennet::MessageNumber;
 using quennet::SiteRecord;
 
-constexpr std::size_t pathSize = 260;
-
 constexpr auto disconnectPatience = std::chrono::seconds(2);
 constexpr auto changePause = std::chrono::milliseconds(100);
 // A change of directory that the server refused has no callback: it has failed when this much time
@@ -298,6 +296,7 @@ void Connection::TakeLine(const std::string& line) {
         lastLine_ = line;
         lastLineTime_ = std::chrono::steady_clock::now();
         if (IsReply(line)) {
+            lost_ = false;
             lastReply_ = line;
         }
     }
@@ -333,6 +332,7 @@ void Connection::ConnectFailed(const std::string& text) {
 }
 
 void Connection::ReconnectFailed() {
+    lost_ = true;
     if (options_.reconnectFailed) {
         options_.reconnectFailed();
     }

@@ -103,6 +103,9 @@ struct TransferResult {
     bool Done() const { return outcome == TransferOutcome::done; }
 };
 
+struct ServerCopyRequest;
+struct ServerCopyResult;
+
 struct ConnectionOptions {
     Console::Sink console;  // the log
     /// Instead of the host's; nothing is a cancel.
@@ -134,6 +137,9 @@ class Connection final : private Panel {
     void Abort();
 
     bool Connected() const { return Handle() != nullptr; }
+
+    /// The connection broke and could not be made again; nothing has come from the server since.
+    bool Lost() const { return lost_; }
 
     /// The directory in which the session stands, with the server's words; empty if not connected.
     std::string Directory();
@@ -173,6 +179,15 @@ class Connection final : private Panel {
     bool StartTypedLine(const std::string& line);
     static constexpr std::size_t longestTypedLine = 1023;
 
+    /// Changes the permissions of an entry of the session's directory, which has `attributes` now:
+    /// the record's masks and name say how and of which.
+    CommandResult ChangePermissions(quennet::TransferRecord& record, u16 attributes);
+
+    /// Has a person say what is to change, in the module's permission dialog; the record says of
+    /// what, and takes the masks. False when it was cancelled. For a host whose windows can be
+    /// seen.
+    bool AskPermissions(HWND owner, quennet::TransferRecord& record);
+
     /// Writes the raw text of the session's listing to a file, if there is one. 0 or an errno
     /// value.
     int SaveRawListing(LocalFile& file);
@@ -185,6 +200,9 @@ class Connection final : private Panel {
 
   private:
     class Use;
+    friend ServerCopyResult CopyBetween(Connection& source, Connection& destination,
+                                        const ServerCopyRequest& request,
+                                        TransferOperation& operation);
     enum class State { idle, connecting, connected, failed, closing };
 
     // Panel: what the module tells.
@@ -221,6 +239,7 @@ class Connection final : private Panel {
     HostWord holder_ = 0;  // the module writes it
     quennet::ConnectParams params_ = {};
     std::atomic<bool> abortPending_ = false;
+    std::atomic<bool> lost_ = false;
 
     mutable std::mutex mutex_;  // of all that follows
     std::condition_variable unused_;

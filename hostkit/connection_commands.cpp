@@ -40,6 +40,38 @@ CommandResult Connection::Rename(const std::string& oldName, const std::string& 
     return Command(MessageNumber::remoteRename, oldName.c_str(), newName.c_str());
 }
 
+CommandResult Connection::ChangePermissions(quennet::TransferRecord& record, u16 attributes) {
+    constexpr i32 nothingToChange = -1;
+    CommandResult result;
+    const Use use(*this);
+    if (use.Handle() == nullptr) {
+        result.text = notConnected;
+        return result;
+    }
+    BeginOperation();
+    record.sourceHandle = quennet::WordFromPointer(use.Handle());
+    record.status = quennet::transferGoesOn;
+    result.result = host_.Send(MessageNumber::applyPermissions, &record, attributes);
+    if (result.result == nothingToChange && record.status == quennet::transferGoesOn) {
+        result.result = 0;
+    }
+    if (!result.Done()) {
+        result.text = LastWords();
+    }
+    return result;
+}
+
+bool Connection::AskPermissions(HWND owner, quennet::TransferRecord& record) {
+    i32 accepted = 0;
+    const std::lock_guard lock(host_.DialogMutex());
+    host_.Loop().Invoke([&] {
+        accepted =
+            host_.Send(MessageNumber::permissionDialog,
+                       owner != nullptr ? owner : host_.MainWindow(), host_.Instance(), &record);
+    });
+    return accepted > 0;
+}
+
 bool Connection::StartTypedLine(const std::string& line) {
     const Use use(*this);
     if (use.Handle() == nullptr || line.size() > longestTypedLine) {

@@ -1,12 +1,11 @@
 // Files that a connection moves.
 
 #include <sys/stat.h>
-#include <time.h>
 
-#include <algorithm>
 #include <cstring>
 
 #include "hostkit/connection_use.h"
+#include "hostkit/display_text.h"
 
 namespace hostkit {
 
@@ -16,31 +15,13 @@ using quennet::FtpHandle;
 using quennet::MessageNumber;
 using quennet::TransferItem;
 
-constexpr std::size_t pathSize = 260;
-constexpr char pathTooLong[] = "the path is longer than 259 characters";
-
 /// What is known of an existing local file; fields of a missing one stay as they are.
 void DescribeLocalFile(const char* path, u64& size, u16& date, u16& time) {
     struct stat status;
-    struct tm local;
-    if (stat(path, &status) != 0) {
-        return;
+    if (stat(path, &status) == 0) {
+        size = static_cast<u64>(status.st_size);
+        ToDosTime(status.st_mtime, date, time);
     }
-    size = static_cast<u64>(status.st_size);
-    if (localtime_r(&status.st_mtime, &local) == nullptr || local.tm_year < 80 ||
-        local.tm_year > 207) {
-        return;
-    }
-    date = static_cast<u16>((local.tm_year - 80) << 9 | (local.tm_mon + 1) << 5 | local.tm_mday);
-    time = static_cast<u16>(local.tm_hour << 11 | local.tm_min << 5 | local.tm_sec / 2);
-}
-
-bool CopyPath(char (&target)[pathSize], const std::string& path) {
-    if (path.size() >= pathSize) {
-        return false;
-    }
-    std::copy_n(path.c_str(), path.size() + 1, target);
-    return true;
 }
 
 TransferResult Failed(const char* text) {
@@ -71,7 +52,11 @@ TransferResult Connection::Download(const DownloadRequest& request, TransferOper
 TransferResult Connection::Upload(const UploadRequest& request, const Listing& there,
                                   TransferOperation& operation) {
     TransferItem item = {};
-    if (!CopyPath(item.source, request.source) || !CopyPath(item.destination, request.name)) {
+    // The module sends what the last separator leaves of it, and to this name all belongs.
+    const bool isCut =
+        request.name.find('/') == std::string::npos && NameOffset(request.name) != 0;
+    if (!CopyPath(item.source, request.source) ||
+        !CopyPath(item.destination, isCut ? "./" + request.name : request.name)) {
         return Failed(pathTooLong);
     }
     // Before the server is asked to store anything.

@@ -26,9 +26,17 @@ constexpr AttributeLetter dosLetters[] = {
 }  // namespace
 
 std::size_t NameOffset(std::string_view path) {
-    const std::size_t separator = path.find_last_of("/\\");
-    if (separator != path.npos) {
-        return separator + 1;
+    const std::size_t slash = path.rfind('/');
+    if (slash != path.npos) {
+        const std::string_view name = path.substr(slash + 1);
+        const bool protectsName = name.starts_with(' ') || name.starts_with('~');
+        const bool hasDot =
+            slash >= 1 && path[slash - 1] == '.' && (slash == 1 || path[slash - 2] == '/');
+        return protectsName && hasDot ? slash - 1 : slash + 1;
+    }
+    const std::size_t backslash = path.rfind('\\');
+    if (backslash != path.npos) {
+        return backslash + 1;
     }
     return path.size() >= 2 && path[1] == ':' ? 2 : 0;
 }

@@ -109,6 +109,19 @@ void UnregisterOutput(const std::string& name) {
     outputs.erase(name);
 }
 
+void ToDosTime(time_t moment, u16& date, u16& time) {
+    constexpr int firstYear = 80;  // since 1900
+    constexpr int lastYear = 207;
+    struct tm local;
+    if (localtime_r(&moment, &local) == nullptr || local.tm_year < firstYear ||
+        local.tm_year > lastYear) {
+        return;
+    }
+    date = static_cast<u16>((local.tm_year - firstYear) << 9 | (local.tm_mon + 1) << 5 |
+                            local.tm_mday);
+    time = static_cast<u16>(local.tm_hour << 11 | local.tm_min << 5 | local.tm_sec / 2);
+}
+
 int CheckFile(const std::string& path) {
     struct stat status;
     if (IsOutput(path)) {

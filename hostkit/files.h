@@ -82,6 +82,10 @@ class LocalFile {
     std::unique_ptr<std::byte[]> buffer_;
 };
 
+/// The DOS date and time of a point in time, in local time. They stay as they are for one that has
+/// none.
+void ToDosTime(time_t moment, u16& date, u16& time);
+
 /// 0 when there is something under that path.
 int CheckFile(const std::string& path);
 

@@ -33,6 +33,10 @@ ListingEntry Listing::Iterator::operator*() const {
     return entry;
 }
 
+std::string_view NameOf(const ListingEntry& entry) {
+    return entry.name.substr(0, entry.name.find_last_not_of(' ') + 1);
+}
+
 Listing::Iterator& Listing::Iterator::operator++() {
     record_ += LengthOf(record_);
     return *this;

@@ -25,6 +25,9 @@ struct ListingEntry {
     static constexpr u16 linkBits = quennet::attributePermissions | quennet::attributeLink;
 };
 
+/// An entry's name without the blanks that some listings put behind it.
+std::string_view NameOf(const ListingEntry& entry);
+
 class Listing {
   public:
     class Iterator {

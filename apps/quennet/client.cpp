@@ -5,6 +5,7 @@
 
 #include "failure.h"
 #include "hostkit/directory_read.h"
+#include "hostkit/remote_tree.h"
 #include "netrc.h"
 #include "prompt.h"
 #include "standard_output.h"
@@ -177,8 +178,14 @@ hostkit::ListResult Client::ReadListing() {
     return result;
 }
 
-hostkit::Listing Client::List() {
-    hostkit::ListResult result = ReadListing();
+hostkit::Listing Client::List(bool whole) {
+    hostkit::ListResult result;
+    if (whole) {
+        Work(Watch::Kind::data,
+             [&](hostkit::Connection& connection) { result = hostkit::ListWhole(connection); });
+    } else {
+        result = ReadListing();
+    }
     CheckVerdict();
     if (!result.done) {
         throw Failure(ExitStatus::failed, "no listing: " + WordsOr(result.text, connectionLost));
@@ -227,6 +234,14 @@ hostkit::CommandResult Client::MakeDirectory(const std::string& path) {
 hostkit::CommandResult Client::Rename(const std::string& oldName, const std::string& newName) {
     const Watch::Operation operation(watch_, connection_, Watch::Kind::command);
     return connection_.Rename(oldName, newName);
+}
+
+void Client::Work(Watch::Kind kind,
+                  const std::function<void(hostkit::Connection& connection)>& work,
+                  std::function<void()> tick) {
+    CheckVerdict();
+    const Watch::Operation operation(watch_, connection_, kind, std::move(tick));
+    work(connection_);
 }
 
 std::string Client::TypeLine(const std::string& line) {
@@ -295,10 +310,6 @@ hostkit::HostOptions HostOptionsFor(const Options& options, const Url& url, Stat
         UseStoredSettings(host);
     }
     return host;
-}
-
-std::string ServerPath(const std::string& path) {
-    return path.starts_with(' ') || path.starts_with('~') ? "./" + path : path;
 }
 
 std::string WordsOr(const std::string& words, const char* otherwise) {

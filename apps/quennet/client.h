@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "hostkit/connection.h"
+#include "hostkit/trees.h"
 #include "options.h"
 #include "status.h"
 #include "url.h"
@@ -31,8 +32,8 @@ class Client {
     /// when it can't be entered.
     std::optional<std::string> Enter(const std::string& path);
 
-    /// Lists the directory entered last.
-    hostkit::Listing List();
+    /// Lists the directory entered last; `whole` with the entries that the server hides.
+    hostkit::Listing List(bool whole = false);
     /// The same; nothing when the server gives no listing.
     std::optional<hostkit::Listing> TryList();
 
@@ -52,6 +53,11 @@ class Client {
     hostkit::CommandResult RemoveDirectory(const std::string& name);
     hostkit::CommandResult MakeDirectory(const std::string& path);
     hostkit::CommandResult Rename(const std::string& oldName, const std::string& newName);
+
+    /// Runs operations on the connection, which is aborted when the watch ends the command. `tick`
+    /// is called meanwhile, on another thread.
+    void Work(Watch::Kind kind, const std::function<void(hostkit::Connection& connection)>& work,
+              std::function<void()> tick = {});
 
     /// Sends a line as it is typed, prints its replies on standard output and disconnects. Gives
     /// the last line of the replies, empty without any.
@@ -93,9 +99,7 @@ class Client {
 /// command that failed tells more. A stored site brings the book with it.
 hostkit::HostOptions HostOptionsFor(const Options& options, const Url& url, Status& status);
 
-/// A path as the server is to be told: one that begins with a blank or a tilde, which servers drop
-/// or take for a home directory, gets «./» in front.
-std::string ServerPath(const std::string& path);
+using hostkit::ServerPath;
 
 /// The server's words, or what takes their place without any.
 std::string WordsOr(const std::string& words, const char* otherwise);

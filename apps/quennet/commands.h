@@ -22,6 +22,17 @@ void RunRemoveDirectory(const Options& options, Watch& watch, Status& status);
 void RunMakeDirectory(const Options& options, Watch& watch, Status& status);
 void RunMove(const Options& options, Watch& watch, Status& status);
 
+// The same for whole trees: what -r makes of get, put and rm.
+void RunGetTree(const Options& options, Watch& watch, Status& status);
+void RunPutTree(const Options& options, Watch& watch, Status& status);
+void RunRemoveTree(const Options& options, Watch& watch, Status& status);
+
+/// Changes permissions, of a whole tree with -R. Without a mode the dialog asks, in the terminal.
+void RunChangePermissions(const Options& options, Watch& watch, Status& status);
+
+/// Copies a file from one server to another.
+void RunServerCopy(const Options& options, Watch& watch, Status& status);
+
 /// Sends a typed line in the URL's directory and prints its replies.
 void RunRaw(const Options& options, Watch& watch, Status& status);
 

@@ -15,8 +15,8 @@
 #include "hostkit/terminal_questions.h"
 #include "listing_output.h"
 #include "module_host.h"
-#include "quennet_terminal.h"
 #include "stored_settings.h"
+#include "terminal_display.h"
 
 namespace cli {
 
@@ -53,19 +53,6 @@ void AwaitKey() {
     char key = 0;
     [[maybe_unused]] const ssize_t count = read(STDIN_FILENO, &key, 1);
 }
-
-/// Shows windows in the terminal while the object lives.
-class TerminalDisplay {
-  public:
-    TerminalDisplay() {
-        if (!quennet::UseTerminalDisplay()) {
-            throw Failure(ExitStatus::failed, "the connection dialog wants a terminal");
-        }
-    }
-    ~TerminalDisplay() { quennet::UseHeadlessDisplay(); }
-    TerminalDisplay(const TerminalDisplay&) = delete;
-    TerminalDisplay& operator=(const TerminalDisplay&) = delete;
-};
 
 void Converse(hostkit::Host& host, const Options& options, Status& status) {
     hostkit::ConnectionOptions connectionOptions;

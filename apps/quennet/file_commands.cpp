@@ -1,18 +1,16 @@
 // Commands that change what a server holds. Each enters the directory of its URL first, so that a
 // directory that is not there stops it before anything is changed.
 
-#include <unistd.h>
-
 #include <algorithm>
-#include <cctype>
 #include <filesystem>
 
 #include "client.h"
 #include "commands.h"
+#include "existing_question.h"
 #include "failure.h"
 #include "listing_output.h"
-#include "module_host.h"
 #include "prompt.h"
+#include "server_use.h"
 #include "transfer_meter.h"
 
 namespace cli {
@@ -24,56 +22,6 @@ using hostkit::Listing;
 using hostkit::ListingEntry;
 using hostkit::u32;
 using hostkit::u64;
-
-constexpr char connectionLost[] = "the connection was lost";
-
-/// Runs a command with a connection to the URL's server.
-void RunConnected(const Options& options, Watch& watch, Status& status, const Url& url,
-                  const std::function<void(Client& client)>& command) {
-    RunWithModule(HostOptionsFor(options, url, status), [&](hostkit::Host& host) {
-        Client client(host, watch, status, options);
-        client.Connect(url);
-        command(client);
-    });
-}
-
-void EnterOrFail(Client& client, const std::string& directory) {
-    if (const auto refusal = client.Enter(directory)) {
-        throw Failure(ExitStatus::failed, directory + ": " + *refusal);
-    }
-}
-
-/// The URL without slashes at its end: of a directory too, the last component is its name.
-Url WithoutEndSlashes(Url url) {
-    while (url.path.size() > 1 && url.path.ends_with('/')) {
-        url.path.pop_back();
-    }
-    return url;
-}
-
-std::string NameOrFail(const Url& url) {
-    const std::string name = url.FileName();
-    if (name.empty() || name == "." || name == "..") {
-        throw Failure(ExitStatus::usage, "the URL names nothing that could be changed");
-    }
-    return name;
-}
-
-/// Enters the directory of what the URL names, and runs a command on that name.
-void RunOnName(
-    const Options& options, Watch& watch, Status& status,
-    const std::function<hostkit::CommandResult(Client& client, const std::string& name)>& command) {
-    const Url url = WithoutEndSlashes(ParseUrl(options.url));
-    const std::string name = NameOrFail(url);
-    RunConnected(options, watch, status, url, [&](Client& client) {
-        EnterOrFail(client, url.Directory());
-        const hostkit::CommandResult result = command(client, ServerPath(name));
-        client.CheckVerdict();
-        if (!result.Done()) {
-            throw Failure(ExitStatus::failed, name + ": " + WordsOr(result.text, connectionLost));
-        }
-    });
-}
 
 // --- put ------------------------------------------------------------------------------------
 
@@ -107,25 +55,18 @@ Source ChooseSource(const Options& options, const Url& url) {
 /// Whether a file that the server has may be replaced.
 bool MayReplace(const Options& options, Status& status, const Watch& watch, const Source& source,
                 u64 sizeThere) {
-    if (options.existing != ExistingFile::ask) {
-        return options.existing == ExistingFile::overwrite;
-    }
-    const std::string is =
-        source.name + " is on the server with " + std::to_string(sizeThere) + " bytes";
-    if (!CanAsk()) {
-        throw Failure(ExitStatus::failed, is + "; --overwrite or --skip says what to do");
-    }
-    const std::string question =
-        is + ", the local file has " + std::to_string(source.size) + ". Overwrite or skip (o/s)? ";
-    while (const auto answer = AskLine(status, watch, question)) {
-        const char letter =
-            answer->empty() ? '\0' : static_cast<char>(std::tolower(answer->front()));
-        if (letter == 'o' || letter == 's') {
-            return letter == 'o';
+    hostkit::ExistingAction action = ActionOf(options.existing);
+    if (action == hostkit::ExistingAction::ask) {
+        const std::string is =
+            source.name + " is on the server with " + std::to_string(sizeThere) + " bytes";
+        if (!CanAsk()) {
+            throw Failure(ExitStatus::failed, is + "; --overwrite or --skip says what to do");
         }
+        action =
+            AskAboutFile(status, watch, is + ", the local file has " + std::to_string(source.size),
+                         {"", source.name, sizeThere, source.size, false});
     }
-    throw Failure(ExitStatus::failed,
-                  watch.Ended() ? watch.Reason() : source.name + " was left alone");
+    return action == hostkit::ExistingAction::overwrite;
 }
 
 class Upload {
@@ -195,9 +136,32 @@ class Upload {
     const Source& source_;
 };
 
+/// Throws the server's words when a command was not done.
+void CheckResult(const Client& client, const hostkit::CommandResult& result,
+                 const std::string& name) {
+    client.CheckVerdict();
+    if (!result.Done()) {
+        throw Failure(ExitStatus::failed, name + ": " + WordsOr(result.text, connectionLost));
+    }
+}
+
+using NameCommand = hostkit::CommandResult(Client& client, const std::string& name);
+
+/// Runs a command of the server's on what the URL names.
+void RunCommand(const Options& options, Watch& watch, Status& status,
+                const std::function<NameCommand>& command) {
+    RunOnName(options, watch, status, [&](Client& client, const std::string& name) {
+        CheckResult(client, command(client, ServerPath(name)), name);
+    });
+}
+
 }  // namespace
 
 void RunPut(const Options& options, Watch& watch, Status& status) {
+    if (options.recursive) {
+        RunPutTree(options, watch, status);
+        return;
+    }
     const Url url = ParseUrl(options.url);
     const Source source = ChooseSource(options, url);
     RunConnected(options, watch, status, url, [&](Client& client) {
@@ -207,13 +171,18 @@ void RunPut(const Options& options, Watch& watch, Status& status) {
 }
 
 void RunRemove(const Options& options, Watch& watch, Status& status) {
-    RunOnName(options, watch, status,
-              [](Client& client, const std::string& name) { return client.DeleteFile(name); });
+    if (options.recursive) {
+        RunRemoveTree(options, watch, status);
+        return;
+    }
+    RunCommand(options, watch, status,
+               [](Client& client, const std::string& name) { return client.DeleteFile(name); });
 }
 
 void RunRemoveDirectory(const Options& options, Watch& watch, Status& status) {
-    RunOnName(options, watch, status,
-              [](Client& client, const std::string& name) { return client.RemoveDirectory(name); });
+    RunCommand(options, watch, status, [](Client& client, const std::string& name) {
+        return client.RemoveDirectory(name);
+    });
 }
 
 void RunMove(const Options& options, Watch& watch, Status& status) {
@@ -221,7 +190,7 @@ void RunMove(const Options& options, Watch& watch, Status& status) {
     if (target.empty() || target.find_first_of("\r\n") != std::string::npos) {
         throw Failure(ExitStatus::usage, "the new name is empty or holds a line end");
     }
-    RunOnName(options, watch, status, [&](Client& client, const std::string& name) {
+    RunCommand(options, watch, status, [&](Client& client, const std::string& name) {
         return client.Rename(name, ServerPath(target));
     });
 }
@@ -230,12 +199,7 @@ void RunMakeDirectory(const Options& options, Watch& watch, Status& status) {
     const Url url = WithoutEndSlashes(ParseUrl(options.url));
     NameOrFail(url);
     RunConnected(options, watch, status, url, [&](Client& client) {
-        const hostkit::CommandResult result = client.MakeDirectory(ServerPath(url.path));
-        client.CheckVerdict();
-        if (!result.Done()) {
-            throw Failure(ExitStatus::failed,
-                          url.path + ": " + WordsOr(result.text, connectionLost));
-        }
+        CheckResult(client, client.MakeDirectory(ServerPath(url.path)), url.path);
     });
 }
 

@@ -6,10 +6,10 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cctype>
 
 #include "client.h"
 #include "commands.h"
+#include "existing_question.h"
 #include "failure.h"
 #include "listing_output.h"
 #include "local_target.h"
@@ -71,29 +71,14 @@ bool CanResume(u64 localSize, const Source& source) {
 }
 
 /// What the person at the terminal wants done with a file that is there.
-ExistingFile Ask(Status& status, const Watch& watch, const LocalTarget& target, u64 localSize,
-                 const Source& source) {
-    const bool canResume = CanResume(localSize, source);
-    std::string question = target.path + " is there with " + std::to_string(localSize) + " bytes";
+hostkit::ExistingAction Ask(Status& status, const Watch& watch, const LocalTarget& target,
+                            u64 localSize, const Source& source) {
+    std::string is = target.path + " is there with " + std::to_string(localSize) + " bytes";
     if (source.size != 0) {
-        question += ", the server's file has " + std::to_string(source.size);
+        is += ", the server's file has " + std::to_string(source.size);
     }
-    question += canResume ? ". Resume, overwrite or skip (r/o/s)? " : ". Overwrite or skip (o/s)? ";
-    while (const auto answer = AskLine(status, watch, question)) {
-        const char letter =
-            answer->empty() ? '\0' : static_cast<char>(std::tolower(answer->front()));
-        if (letter == 'r' && canResume) {
-            return ExistingFile::resume;
-        }
-        if (letter == 'o') {
-            return ExistingFile::overwrite;
-        }
-        if (letter == 's') {
-            return ExistingFile::skip;
-        }
-    }
-    throw Failure(ExitStatus::failed,
-                  watch.Ended() ? watch.Reason() : target.path + " was left alone");
+    return AskAboutFile(status, watch, is,
+                        {"", target.path, localSize, source.size, CanResume(localSize, source)});
 }
 
 /// Whether a text is the server's: the module hands on what stands in its buffer, which after a
@@ -116,17 +101,18 @@ class Download {
           source_(source) {}
 
     void Run() {
-        ExistingFile existing = options_.existing;
+        using hostkit::ExistingAction;
+        ExistingAction action = ActionOf(options_.existing);
         const auto localSize = target_.ExistingSize();
-        if (localSize && existing == ExistingFile::ask) {
-            existing = Ask(status_, watch_, target_, *localSize, source_);
+        if (localSize && action == ExistingAction::ask) {
+            action = Ask(status_, watch_, target_, *localSize, source_);
         }
-        if (localSize && existing == ExistingFile::skip) {
+        if (localSize && action == ExistingAction::skip) {
             return;
         }
         mayReplace_ = localSize.has_value() || target_.IsStream() ||
-                      existing == ExistingFile::resume || existing == ExistingFile::overwrite;
-        Transfer(existing == ExistingFile::overwrite ? 0 : source_.size);
+                      action == ExistingAction::resume || action == ExistingAction::overwrite;
+        Transfer(action == ExistingAction::overwrite ? 0 : source_.size);
     }
 
   private:
@@ -216,6 +202,10 @@ void Get(Client& client, const Options& options, Watch& watch, Status& status, c
 }  // namespace
 
 void RunGet(const Options& options, Watch& watch, Status& status) {
+    if (options.recursive) {
+        RunGetTree(options, watch, status);
+        return;
+    }
     const Url url = ParseUrl(options.url);
     const LocalTarget target = ChooseTarget(options.output, url);
     if (DecideAlone(options, target, status)) {

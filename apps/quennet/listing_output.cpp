@@ -43,10 +43,6 @@ std::string PaddedInFront(const std::string& text, std::size_t width) {
 
 }  // namespace
 
-std::string_view NameOf(const ListingEntry& entry) {
-    return entry.name.substr(0, entry.name.find_last_not_of(' ') + 1);
-}
-
 bool IsShown(const ListingEntry& entry) {
     return entry.name != "." && entry.name != "..";
 }

@@ -10,9 +10,6 @@
 
 namespace cli {
 
-/// An entry's name without the blanks that some listings put behind it.
-std::string_view NameOf(const hostkit::ListingEntry& entry);
-
 /// Whether an entry is shown: all but the directory itself and its parent.
 bool IsShown(const hostkit::ListingEntry& entry);
 

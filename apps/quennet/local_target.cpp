@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "failure.h"
+#include "hostkit/existing_files.h"
 
 namespace cli {
 
@@ -17,7 +18,7 @@ constexpr char standardOutputName[] = "standard output";
 
 std::string NameFrom(const Url& url) {
     std::string name = url.FileName();
-    if (!IsSafeName(name)) {
+    if (!hostkit::IsSafeName(name)) {
         throw Failure(ExitStatus::usage, name.empty()
                                              ? "the URL names no file"
                                              : "no file can have the name \"" + name + "\"");
@@ -40,11 +41,6 @@ std::string PathFor(const std::optional<std::string>& output, const Url& url) {
 }
 
 }  // namespace
-
-bool IsSafeName(const std::string& name) {
-    return !name.empty() && name != "." && name != ".." &&
-           name.find_first_of(std::string_view("/\0", 2)) == name.npos;
-}
 
 std::optional<hostkit::u64> LocalTarget::ExistingSize() const {
     struct stat status;

@@ -9,9 +9,6 @@
 
 namespace cli {
 
-/// Whether a name may become a file in a folder: not empty, not «.» or «..», without '/' and NUL.
-bool IsSafeName(const std::string& name);
-
 struct LocalTarget {
     std::string path;
     bool isStandardOutput = false;

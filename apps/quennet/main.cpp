@@ -47,7 +47,9 @@ constexpr ServerCommand serverCommands[] = {
     {Command::rmdir, RunRemoveDirectory},
     {Command::mkdir, RunMakeDirectory},
     {Command::mv, RunMove},
+    {Command::chmod, RunChangePermissions},
     {Command::raw, RunRaw},
+    {Command::fxp, RunServerCopy},
 };
 
 void Run(const Options& options, Status& status) {

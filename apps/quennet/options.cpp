@@ -15,7 +15,7 @@ constexpr unsigned Only(Command command) {
 }
 
 /// The words behind a command.
-enum class Words { none, url, fileAndUrl, urlAndName, urlAndLine };
+enum class Words { none, url, fileAndUrl, urlAndName, urlAndLine, modeAndUrl, twoUrls };
 
 struct CommandRow {
     std::string_view name;
@@ -30,7 +30,9 @@ constexpr CommandRow commandRows[] = {
     {"rmdir", Command::rmdir, Words::url},
     {"mkdir", Command::mkdir, Words::url},
     {"mv", Command::mv, Words::urlAndName},
+    {"chmod", Command::chmod, Words::modeAndUrl},
     {"raw", Command::raw, Words::urlAndLine},
+    {"fxp", Command::fxp, Words::twoUrls},
     {"connect", Command::connect, Words::none},
     {"sites", Command::sites, Words::none},
     {"demo", Command::demo, Words::none},
@@ -40,13 +42,16 @@ constexpr CommandRow commandRows[] = {
 
 /// What is wanted, as a refusal says it.
 struct WordsRow {
-    std::size_t count;
+    std::size_t least;
+    std::size_t most;
+    std::size_t urlAt;  // which of all words, the command's included; the last where there are less
     const char* wants;
 };
 constexpr WordsRow wordsRows[] = {
-    {0, " takes no argument"},      {1, " wants one URL"},
-    {2, " wants a file and a URL"}, {2, " wants a URL and a new name"},
-    {2, " wants a URL and a line"},
+    {0, 0, 0, " takes no argument"},      {1, 1, 1, " wants one URL"},
+    {2, 2, 2, " wants a file and a URL"}, {2, 2, 1, " wants a URL and a new name"},
+    {2, 2, 1, " wants a URL and a line"}, {1, 2, 2, " wants permissions and a URL, or a URL alone"},
+    {2, 2, 1, " wants two URLs"},
 };
 
 void SetExisting(Options& options, ExistingFile existing) {
@@ -115,23 +120,31 @@ constexpr OptionRow optionRows[] = {
      [](Options& options, const std::string&) { options.longForm = true; }},
     {0, "porcelain", false, Only(Command::ls) | Only(Command::sites),
      [](Options& options, const std::string&) { options.porcelain = true; }},
+    {'r', "recursive", false,
+     Only(Command::get) | Only(Command::put) | Only(Command::rm) | Only(Command::chmod),
+     [](Options& options, const std::string&) { options.recursive = true; }},
+    {'R', "recursive", false, Only(Command::chmod),
+     [](Options& options, const std::string&) { options.recursive = true; }},
     {'o', "output", true, Only(Command::get),
      [](Options& options, const std::string& value) { options.output = value; }},
     {0, "resume", false, Only(Command::get),
      [](Options& options, const std::string&) { SetExisting(options, ExistingFile::resume); }},
-    {0, "overwrite", false, Only(Command::get) | Only(Command::put),
+    {0, "overwrite", false, Only(Command::get) | Only(Command::put) | Only(Command::fxp),
      [](Options& options, const std::string&) { SetExisting(options, ExistingFile::overwrite); }},
-    {0, "skip", false, Only(Command::get) | Only(Command::put),
+    {0, "skip", false, Only(Command::get) | Only(Command::put) | Only(Command::fxp),
      [](Options& options, const std::string&) { SetExisting(options, ExistingFile::skip); }},
 };
 
 constexpr std::string_view helpText =
     R"(usage: quennet [options] ls [-l] [--porcelain] URL
-       quennet [options] get [-o FILE] [--resume|--overwrite|--skip] URL
-       quennet [options] put [--overwrite|--skip] FILE URL
-       quennet [options] rm|rmdir|mkdir URL
+       quennet [options] get [-r] [-o FILE] [--resume|--overwrite|--skip] URL
+       quennet [options] put [-r] [--overwrite|--skip] FILE URL
+       quennet [options] rm [-r] URL
+       quennet [options] rmdir|mkdir URL
        quennet [options] mv URL NEWNAME
+       quennet [options] chmod [-R] [MODE] URL
        quennet [options] raw URL LINE
+       quennet [options] fxp [--overwrite|--skip] URL URL
        quennet [options] connect
        quennet [options] sites [--porcelain]
        quennet [options] demo
@@ -151,12 +164,22 @@ the book, with the password that the book holds; its path starts in the site's d
     --resume         goes on with a file that is there, if it begins as the server's does
     --overwrite      replaces it
     --skip           leaves it
+    -r, --recursive  a whole directory, but nothing that only a link leads to; --resume leaves
+                     files alone that have come whole
   put     uploads a file, under its own name when the URL ends with a slash
     --overwrite      replaces a file that the server has
     --skip           leaves it
-  rm, rmdir, mkdir   delete a file, remove a directory, make one with the parents it lacks
+    -r, --recursive  a whole folder
+  rm      deletes a file
+    -r, --recursive  a directory with all that it holds
+  rmdir, mkdir       remove a directory, make one with the parents it lacks
   mv      renames what the URL names; the new name is a path from the same directory
+  chmod   changes permissions: to an octal number (644), or by letters (u+x,go-w); without either a
+          dialog asks
+    -R, --recursive  a directory with all that it holds
   raw     sends a line as it is, in the directory of the URL, and prints the replies
+  fxp     copies a file from one server straight to another, which must allow that
+    --overwrite, --skip  as above
   connect opens the connection dialog with the site book, connects, and lists the directory; any
           key then disconnects
   sites   lists the site book, without passwords: name, host, user, directory and options
@@ -263,13 +286,14 @@ class Reader {
             Refuse(words_.front() + " does not take one of these options");
         }
         const WordsRow& wanted = wordsRows[static_cast<std::size_t>(row->words)];
-        if (words_.size() != 1 + wanted.count) {
+        const std::size_t count = words_.size() - 1;
+        if (count < wanted.least || count > wanted.most) {
             Refuse(words_.front() + wanted.wants);
         }
         options_.command = row->command;
-        const std::size_t urlAt = row->words == Words::fileAndUrl ? 2 : 1;
-        options_.url = wanted.count > 0 ? words_[urlAt] : "";
-        options_.argument = wanted.count > 1 ? words_[3 - urlAt] : "";
+        const std::size_t urlAt = std::min(wanted.urlAt, count);
+        options_.url = count > 0 ? words_[urlAt] : "";
+        options_.argument = count > 1 ? words_[3 - urlAt] : "";
     }
 
     const std::vector<std::string>& arguments_;

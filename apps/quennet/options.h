@@ -9,7 +9,23 @@
 
 namespace cli {
 
-enum class Command { ls, get, put, rm, rmdir, mkdir, mv, raw, connect, sites, demo, help, version };
+enum class Command {
+    ls,
+    get,
+    put,
+    rm,
+    rmdir,
+    mkdir,
+    mv,
+    chmod,
+    raw,
+    fxp,
+    connect,
+    sites,
+    demo,
+    help,
+    version
+};
 
 /// What becomes of a file that exists at the target.
 enum class ExistingFile { ask, resume, overwrite, skip };
@@ -24,7 +40,7 @@ struct Firewall {
 struct Options {
     Command command = Command::help;
     std::string url;       // or a site's name
-    std::string argument;  // the other word of a command that takes two
+    std::string argument;  // the other word of a command that takes two; of fxp the second URL
 
     bool verbose = false;  // the connection's console on standard error
     bool quiet = false;    // no progress, no remarks
@@ -34,6 +50,7 @@ struct Options {
 
     bool longForm = false;
     bool porcelain = false;
+    bool recursive = false;
 
     std::optional<std::string> output;
     ExistingFile existing = ExistingFile::ask;

@@ -11,7 +11,13 @@ TransferMeter::TransferMeter(Watch& watch, Status& status, std::string name, hos
 
 ProgressState TransferMeter::State() const {
     const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start_;
+    const std::lock_guard lock(mutex_);
     return {name_, position_, moved_, total_, elapsed.count()};
+}
+
+void TransferMeter::Rename(const std::string& name) {
+    const std::lock_guard lock(mutex_);
+    name_ = name;
 }
 
 void TransferMeter::Show() {
@@ -27,8 +33,8 @@ void TransferMeter::Finish(bool done) {
     char seconds[32];
     std::snprintf(seconds, sizeof(seconds), "%.1f", state.seconds);
     const double rate = static_cast<double>(state.moved) / std::max(state.seconds, 0.001);
-    status_.Line(name_ + ": " + ByteCountText(static_cast<double>(state.moved)) + " in " + seconds +
-                 " s, " + ByteCountText(rate) + "/s");
+    status_.Line(state.name + ": " + ByteCountText(static_cast<double>(state.moved)) + " in " +
+                 seconds + " s, " + ByteCountText(rate) + "/s");
 }
 
 }  // namespace cli

@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <mutex>
 #include <string>
 
 #include "hostkit/types.h"
@@ -26,6 +27,10 @@ class TransferMeter {
 
     hostkit::u64 Position() const { return position_; }
 
+    /// Of an operation on many files: what it is at, and what all of them come to.
+    void Rename(const std::string& name);
+    void SetTotal(hostkit::u64 total) { total_ = total; }
+
     /// Shows how far it is. May be called on any thread.
     void Show();
     /// Takes that away, and says what it came to when it was shown.
@@ -36,8 +41,9 @@ class TransferMeter {
 
     Watch& watch_;
     Status& status_;
-    const std::string name_;
-    const hostkit::u64 total_;
+    mutable std::mutex mutex_;  // of the name
+    std::string name_;
+    std::atomic<hostkit::u64> total_;
     const std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
     std::atomic<hostkit::u64> position_ = 0;
     std::atomic<hostkit::u64> moved_ = 0;

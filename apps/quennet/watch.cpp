@@ -102,7 +102,7 @@ bool Watch::NothingMoves() {
     const auto moves = moves_.load(std::memory_order_relaxed);
     const auto appends = hostkit::BufferAppendCount();  // a listing that arrives
     if (moves != std::exchange(seenMoves_, moves) ||
-        appends != std::exchange(seenAppends_, appends)) {
+        appends != std::exchange(seenAppends_, appends) || questions_ != 0) {
         movedAt_ = now;
     }
     return kind_ == Kind::data && idleTimeout_.count() != 0 && now - movedAt_ >= idleTimeout_;

@@ -37,6 +37,21 @@ class Watch {
     /// Something moved: a byte of a file, a line of the conversation.
     void Moved() { moves_.fetch_add(1, std::memory_order_relaxed); }
 
+    /// Somebody is asked meanwhile: nothing has to move as long as the object lives.
+    class Question {
+      public:
+        explicit Question(Watch& watch) : watch_(watch) { watch_.questions_.fetch_add(1); }
+        ~Question() {
+            watch_.Moved();
+            watch_.questions_.fetch_sub(1);
+        }
+        Question(const Question&) = delete;
+        Question& operator=(const Question&) = delete;
+
+      private:
+        Watch& watch_;
+    };
+
     enum class Kind {
         command,   // replies alone, which have their own time limit
         data,      // ends when nothing has moved for the idle time
@@ -68,6 +83,7 @@ class Watch {
     std::atomic<Verdict> verdict_ = Verdict::goOn;
     std::atomic<bool> ending_ = false;
     std::atomic<hostkit::u32> moves_ = 0;
+    std::atomic<int> questions_ = 0;
     int wakeRead_ = -1;
     int wakeWrite_ = -1;
     int signals_ = 0;

@@ -136,6 +136,7 @@ constexpr u32 SiteOptionPassive = 8;
 constexpr u16 attributeDirectory = 0x10;
 constexpr u16 attributeLink = 0x2000;
 constexpr u16 attributePermissions = 0x8000;  // the word comes from a permission string
+constexpr u16 permissionBits = 0x07E7;        // read, write, execute of owner, group and others
 
 /// `TransferRecord.status` values that let a transfer go on.
 constexpr u32 transferGoesOn = 0;

@@ -28,9 +28,6 @@ constexpr PermissionRow PermissionTable[] = {
     {'x', 0x0400, 0001, 14369},  //
 };
 
-/// All permission bits of an attribute word.
-constexpr u16 permissionBits = 0x07E7;
-
 /// Bytes that FormatPermissions fills.
 constexpr u32 permissionTextSize = 5;
 

@@ -1,3 +1,4 @@
+#include "hostkit/existing_files.h"
 #include "local_target.h"
 
 #include <gtest/gtest.h>
@@ -19,12 +20,12 @@ Url At(const std::string& path) {
 
 TEST(LocalTargetTest, ANameOfTheUrlStaysInTheFolder) {
     for (const char* name : {"file", "-rf", " blank", "...", "..a", "a\\b", "~"}) {
-        EXPECT_TRUE(IsSafeName(name)) << name;
+        EXPECT_TRUE(hostkit::IsSafeName(name)) << name;
     }
     for (const char* name : {"", ".", "..", "/", "a/b", "../x"}) {
-        EXPECT_FALSE(IsSafeName(name)) << name;
+        EXPECT_FALSE(hostkit::IsSafeName(name)) << name;
     }
-    EXPECT_FALSE(IsSafeName(std::string("a\0b", 3)));
+    EXPECT_FALSE(hostkit::IsSafeName(std::string("a\0b", 3)));
     for (const char* path : {"", "a/", "a/..", "..", ".", "/.."}) {
         EXPECT_THROW(ChooseTarget(std::nullopt, At(path)), Failure) << path;
         EXPECT_THROW(ChooseTarget("./", At(path)), Failure) << path;

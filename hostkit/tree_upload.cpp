@@ -1,0 +1,181 @@
+// A local folder becomes a directory on the server.
+
+#include <algorithm>
+#include <map>
+
+#include "hostkit/local_tree.h"
+#include "hostkit/remote_tree.h"
+
+namespace hostkit {
+
+namespace {
+
+bool HoldsLink(const Listing& entries, const std::string& name) {
+    return std::any_of(entries.begin(), entries.end(), [&](const ListingEntry& entry) {
+        return entry.IsLink() && NameOf(entry) == name;
+    });
+}
+
+class TreeUpload {
+  public:
+    TreeUpload(Connection& connection, TreeOperation& operation)
+        : connection_(connection), operation_(operation) {}
+
+    TreeOutcome Run(const std::string& source, const std::string& target) {
+        const LocalTree tree = ReadLocalTree(source, target, operation_);
+        directories_.resize(tree.size());
+        for (std::size_t index = 0; index < tree.size() && !MustEnd(); ++index) {
+            if (Enter(tree, index)) {
+                SendFiles(tree[index], directories_[index]);
+            } else {
+                operation_.entriesDone += tree[index].files.size();
+            }
+        }
+        return cancelled_ ? TreeOutcome::cancelled : OutcomeOf(connection_, operation_);
+    }
+
+  private:
+    /// What is known of the server's side of a folder.
+    struct Directory {
+        std::string path;  // as the server calls it; empty when it can't be used
+        Listing entries;   // empty when it is new
+        bool isNew = false;
+    };
+
+    bool MustEnd() const { return cancelled_ || hostkit::MustEnd(connection_, operation_); }
+
+    /// Enters the directory of a folder, and makes it where it is missing. False when there is
+    /// none: then nothing below it can be sent either.
+    bool Enter(const LocalTree& tree, std::size_t index) {
+        const LocalFolder& folder = tree[index];
+        const bool isRoot = index == 0;
+        if (!isRoot && !EnterParent(directories_[folder.parent].path)) {
+            TellFailed(operation_, folder.name, "the directory that holds it is missing");
+            return false;
+        }
+        const std::string name = folder.name.substr(isRoot ? 0 : folder.name.rfind('/') + 1);
+        Directory& directory = directories_[index];
+        if (name.find('"') != std::string::npos) {
+            TellFailed(operation_, folder.name,
+                       "a directory with a quotation mark in its name can't be worked on");
+            return false;
+        }
+        if (!isRoot && HoldsLink(directories_[folder.parent].entries, name)) {
+            TellFailed(operation_, folder.name, "the server has a link of this name");
+            return false;
+        }
+        const std::string path = ServerPath(name);
+        const bool mayBeThere = isRoot || !directories_[folder.parent].isNew;
+        DirectoryResult entered;
+        if (mayBeThere) {
+            entered = connection_.ChangeDirectory(path);
+        }
+        if (!entered.Done() && !hostkit::MustEnd(connection_, operation_)) {
+            const CommandResult made = connection_.MakeDirectory(path);
+            directory.isNew = made.Done();
+            entered = connection_.ChangeDirectory(path);
+            entered.text = made.Done() ? entered.text : made.text;
+        }
+        here_ = entered.Done() ? entered.directory : std::string();
+        if (!entered.Done()) {
+            TellFailed(operation_, folder.name, CauseOf(entered));
+            return false;
+        }
+        directory.path = entered.directory;
+        return directory.isNew || ListExisting(folder, directory);
+    }
+
+    bool EnterParent(const std::string& path) {
+        if (path.empty()) {
+            return false;
+        }
+        if (here_ != path && EnterAgain(connection_, path)) {
+            here_.clear();
+            return false;
+        }
+        here_ = path;
+        return true;
+    }
+
+    bool ListExisting(const LocalFolder& folder, Directory& directory) {
+        ListResult listing = ListWhole(connection_);
+        if (!listing.done) {
+            TellFailed(operation_, folder.name,
+                       "it can't be listed, so a file might be replaced unseen: " + listing.text);
+            directory.path.clear();
+            return false;
+        }
+        directory.entries = std::move(listing.entries);
+        return true;
+    }
+
+    using Names = std::map<std::string, ListingEntry, std::less<>>;
+
+    void SendFiles(const LocalFolder& folder, const Directory& directory) {
+        Names there;
+        for (const ListingEntry& entry : directory.entries) {
+            there.emplace(NameOf(entry), entry);
+        }
+        for (const LocalEntry& file : folder.files) {
+            if (MustEnd()) {
+                return;
+            }
+            const std::string name = JoinPath(folder.name, file.name);
+            if (operation_.entry) {
+                operation_.entry(name);
+            }
+            TakeFile(folder, file, name, there);
+        }
+    }
+
+    void TakeFile(const LocalFolder& folder, const LocalEntry& file, const std::string& name,
+                  const Names& there) {
+        const u64 moved = operation_.transfer.record.bytesDone;
+        std::string target = file.name;
+        bool isBlocked = false;
+        const ExistingAction action = operation_.existing.Decide(
+            target, [&](const std::string& wanted) -> std::optional<ExistingFile> {
+                const auto entry = there.find(wanted);
+                if (entry == there.end()) {
+                    return std::nullopt;
+                }
+                isBlocked = entry->second.IsDirectory() && !entry->second.IsLink();
+                return ExistingFile{isBlocked ? "a directory" : "", name, entry->second.size,
+                                    file.size, false};
+            });
+        if (action == ExistingAction::cancel) {
+            cancelled_ = true;
+        } else if (isBlocked) {
+            TellFailed(operation_, name, "the server has a directory of this name");
+        } else if (action == ExistingAction::skip) {
+            TellLeftOut(operation_, name, "it is on the server");
+        } else {
+            Send(JoinPath(folder.path, file.name), name, target);
+        }
+        ++operation_.entriesDone;
+        operation_.transfer.record.bytesDone = moved + file.size;
+    }
+
+    void Send(const std::string& path, const std::string& name, const std::string& target) {
+        const TransferResult result =
+            connection_.Upload({path, ServerPath(target)}, Listing(), operation_.transfer);
+        if (!result.Done() && !(operation_.cancelled && operation_.cancelled())) {
+            TellFailed(operation_, name, CauseOf(result));
+        }
+    }
+
+    Connection& connection_;
+    TreeOperation& operation_;
+    std::vector<Directory> directories_;
+    std::string here_;        // where the session stands, as the server calls it
+    bool cancelled_ = false;  // by the answer to a question
+};
+
+}  // namespace
+
+TreeOutcome UploadTree(Connection& connection, const std::string& source, const std::string& target,
+                       TreeOperation& operation) {
+    return TreeUpload(connection, operation).Run(source, target);
+}
+
+}  // namespace hostkit
