@@ -194,6 +194,25 @@ TreeOutcome OutcomeOf(const Connection& connection, const TreeOperation& operati
     return operation.failures == 0 ? TreeOutcome::done : TreeOutcome::failures;
 }
 
+bool HasAnswer(const TransferResult& result) {
+    return result.outcome != TransferOutcome::failed || result.localFailure || IsReply(result.text);
+}
+
+bool HasAnswer(const CommandResult& result) {
+    return result.Done() || IsReply(result.text);
+}
+
+bool Repair(Connection& connection, const TreeOperation& operation) {
+    constexpr int attempts = 3;  // a connection that was closed in order is only noticed by use
+    const std::string directory = connection.Directory();
+    for (int attempt = 0; attempt < attempts && !MustEnd(connection, operation); ++attempt) {
+        if (!EnterAgain(connection, directory)) {
+            return true;
+        }
+    }
+    return false;
+}
+
 void TellFailed(TreeOperation& operation, const std::string& path, const std::string& cause) {
     ++operation.failures;
     if (operation.failed) {

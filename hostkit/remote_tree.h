@@ -56,6 +56,20 @@ ListResult ListWhole(Connection& connection);
 bool MustEnd(const Connection& connection, const TreeOperation& operation);
 TreeOutcome OutcomeOf(const Connection& connection, const TreeOperation& operation);
 
+/// Whether it is known why a transfer or command failed: by the server's word, or on this side.
+bool HasAnswer(const TransferResult& result);
+bool HasAnswer(const CommandResult& result);
+
+/// Brings a connection that broke back to the directory that it stood in. False when it did not.
+bool Repair(Connection& connection, const TreeOperation& operation);
+
+/// Runs an operation, and once more when the connection broke before the server had answered.
+template <typename Result, typename Work>
+Result RunRepairing(Connection& connection, const TreeOperation& operation, const Work& work) {
+    const Result result = work();
+    return result.Done() || HasAnswer(result) || !Repair(connection, operation) ? result : work();
+}
+
 /// Tells what failed, and counts it.
 void TellFailed(TreeOperation& operation, const std::string& path, const std::string& cause);
 void TellLeftOut(TreeOperation& operation, const std::string& path, const std::string& why);

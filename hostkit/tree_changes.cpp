@@ -138,7 +138,10 @@ class PermissionSetter {
             return false;
         }
         std::copy_n(path.c_str(), path.size() + 1, record.currentName);
-        return Judge(connection_.ChangePermissions(record, entry.attributes), name, operation_);
+        const auto result = RunRepairing<CommandResult>(connection_, operation_, [&] {
+            return connection_.ChangePermissions(record, entry.attributes);
+        });
+        return Judge(result, name, operation_);
     }
 
   private:
@@ -163,8 +166,11 @@ TreeOutcome RemoveTree(Connection& connection, const std::string& name, TreeOper
     }
     const Change remove = [&](const RemoteEntry& entry, const std::string& shown) {
         const std::string path = ServerPath(entry.name);
-        Judge(entry.isDirectory ? connection.RemoveDirectory(path) : connection.DeleteFile(path),
-              shown, operation);
+        const auto result = RunRepairing<CommandResult>(connection, operation, [&] {
+            return entry.isDirectory ? connection.RemoveDirectory(path)
+                                     : connection.DeleteFile(path);
+        });
+        Judge(result, shown, operation);
     };
     return TreeChange(connection, operation, remove).Run(*root, {});
 }

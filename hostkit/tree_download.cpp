@@ -162,7 +162,9 @@ class TreeDownload {
             request.date = entry.date;
             request.time = entry.time;
         }
-        const TransferResult result = connection_.Download(request, operation_.transfer);
+        const auto result = RunRepairing<TransferResult>(connection_, operation_, [&] {
+            return connection_.Download(request, operation_.transfer);
+        });
         if (operation_.cancelled && operation_.cancelled()) {
             return;
         }

@@ -157,8 +157,9 @@ class TreeUpload {
     }
 
     void Send(const std::string& path, const std::string& name, const std::string& target) {
-        const TransferResult result =
-            connection_.Upload({path, ServerPath(target)}, Listing(), operation_.transfer);
+        const auto result = RunRepairing<TransferResult>(connection_, operation_, [&] {
+            return connection_.Upload({path, ServerPath(target)}, Listing(), operation_.transfer);
+        });
         if (!result.Done() && !(operation_.cancelled && operation_.cancelled())) {
             TellFailed(operation_, name, CauseOf(result));
         }

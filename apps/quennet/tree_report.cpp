@@ -8,7 +8,7 @@ namespace cli {
 
 namespace {
 
-std::string FileCount(hostkit::u64 count) {
+std::string EntryCount(hostkit::u64 count) {
     return std::to_string(count) + (count == 1 ? " entry" : " entries");
 }
 
@@ -49,8 +49,9 @@ void TreeReport::Run(
     client_.Work(
         Watch::Kind::data, [&](hostkit::Connection& connection) { outcome = work(connection); },
         tick);
-    meter_.Rename(name_ + ", " + FileCount(operation_.entriesDone));
-    meter_.Finish(outcome == hostkit::TreeOutcome::done && !options_.quiet);
+    const bool movesBytes = meter_.Position() != 0;
+    meter_.Rename(name_ + ", " + EntryCount(operation_.entriesDone));
+    meter_.Finish(outcome == hostkit::TreeOutcome::done && movesBytes && !options_.quiet);
     client_.CheckVerdict();
     Judge(outcome);
 }
@@ -88,7 +89,7 @@ void TreeReport::Judge(hostkit::TreeOutcome outcome) const {
             throw Failure(ExitStatus::failed, name_ + ": cancelled");
         case hostkit::TreeOutcome::failures:
             throw Failure(ExitStatus::failed,
-                          name_ + ": " + FileCount(operation_.failures) + " failed");
+                          name_ + ": " + EntryCount(operation_.failures) + " failed");
         case hostkit::TreeOutcome::done:
             break;
     }

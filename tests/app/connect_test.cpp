@@ -189,7 +189,7 @@ TEST(Connect, WantsATerminal) {
     for (const char* streams : {"</dev/null", ">connected", "</dev/null >/dev/null"}) {
         const RunResult result = Shell(home, std::string("\"$0\" connect ") + streams);
         EXPECT_EQ(result.status, exitFailed);
-        EXPECT_EQ(result.errors, "quennet: the connection dialog wants a terminal\n");
+        EXPECT_EQ(result.errors, "quennet: the dialog wants a terminal\n");
         EXPECT_EQ(result.output, "");
     }
 }
