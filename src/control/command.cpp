@@ -55,11 +55,10 @@ int WaitUntilTaken(WindowNumber console, SocketNumber socket, const SharedWord* 
     }
 }
 
-/// Logs in again and sends the line once more.
+/// Logs in again and sends the line once more, if the session stands where it stood.
 int RepairAndResend(Session* session, const char* line) {
     constexpr int done = 2;
-    Reconnect(session);
-    if (session->controlSocket == noSocket) {
+    if (!Reconnect(session)) {
         return -1;
     }
     if (line[0] == 0) {

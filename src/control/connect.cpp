@@ -104,15 +104,19 @@ DWORD WINAPI ConnectWorker(void* argument) {
     return 0;
 }
 
-void Reconnect(Session* session) {
+bool Reconnect(Session* session) {
+    constexpr int done = 2;
     if (session->reconnecting.Exchange(1) != 0) {
-        return;
+        return session->controlSocket != noSocket;
     }
+    bool isBack = true;
     session->backgroundJobs.Store(0);
     session->controlSocket = CloseSocketGracefully(session, session->controlSocket, shutdownBoth);
     if (LoginSession(session) == loginDone) {
-        if (session->site.directory[0] != 0) {
-            ChangeDir(session, session->site.directory);
+        if (session->site.directory[0] != 0 &&
+            ChangeDir(session, session->site.directory) != done) {
+            CoreConsolePrintText(session->console, "The directory could not be entered again.");
+            isBack = false;
         }
     } else {
         session->backgroundJobs.Store(0);
@@ -120,6 +124,7 @@ void Reconnect(Session* session) {
         Notify(Notification::reconnectFailed, SignedPanelId(session));
     }
     session->reconnecting.Subtract(1);
+    return isBack && session->controlSocket != noSocket;
 }
 
 }  // namespace quennet
