@@ -108,6 +108,15 @@ bool SameContent(const fs::path& left, const fs::path& right) {
     return true;
 }
 
+std::map<std::string, std::string> TreeOf(const fs::path& folder) {
+    std::map<std::string, std::string> tree;
+    for (const auto& entry : fs::recursive_directory_iterator(folder)) {
+        tree[entry.path().lexically_relative(folder)] =
+            entry.is_regular_file() ? ReadBytes(entry.path()) : "/";
+    }
+    return tree;
+}
+
 void SetFileTime(const fs::path& path, std::int64_t seconds) {
     timespec times[2] = {};
     times[0].tv_sec = static_cast<time_t>(seconds);

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <map>
 #include <string>
 
 namespace quennet::interop {
@@ -40,6 +41,9 @@ std::string ManyFilesName(int number);
 
 /// Compares as streams: for files that don't fit memory.
 bool SameContent(const std::filesystem::path& left, const std::filesystem::path& right);
+
+/// All that is below a folder, by relative paths: the bytes of files, «/» for a folder.
+std::map<std::string, std::string> TreeOf(const std::filesystem::path& folder);
 
 /// Sets the time of the last change, in seconds since 1970, UTC.
 void SetFileTime(const std::filesystem::path& path, std::int64_t seconds);

@@ -114,6 +114,54 @@ TEST_P(InteropProgram, FilesGoUpAndThingsAreMadeRenamedAndRemoved) {
     EXPECT_EQ(Run({"rm", Url("new/moved")}).status, exitFailed);
 }
 
+// A thousand files in a hundred folders go up, come down, change their permissions, and go.
+TEST_P(InteropProgram, WholeTreesAreCopiedChangedAndRemoved) {
+    fs::permissions(served.Path(), fs::perms::all);
+    const char* const names[] = {"plain",    "a blank", "-dash", ".dot",   "..dots",
+                                 "\xC3\xA4", "~tilde",  "100%",  "a\"b\"", "#?&"};
+    for (int folder = 0; folder < 100; ++folder) {
+        const fs::path path = local / "tree" / (names[folder % 10] + std::to_string(folder / 10)) /
+                              (folder % 3 == 0 ? "-deep er" : "");
+        fs::create_directories(path);
+        for (const char* name : names) {
+            WriteBytes(path / name, MixedBytes(static_cast<std::size_t>(folder) * 17));
+        }
+    }
+    ProgramResult result = Run({"put", "-r", "tree", Url("")});
+    // No walk can tell where a directory is whose name holds a quotation mark.
+    EXPECT_EQ(result.status, exitFailed);
+    for (int folder = 0; folder < 10; ++folder) {
+        fs::remove_all(local / "tree" / ("a\"b\"" + std::to_string(folder)));
+    }
+    EXPECT_TRUE(TreeOf(local / "tree") == TreeOf(served / "tree")) << result.errors;
+
+    SetFileTime(served / "tree" / "plain0" / "-deep er" / "plain", 995544000);
+    result = Run({"get", "-r", "-o", "back", Url("tree")});
+    EXPECT_EQ(result.status, exitDone) << result.errors;
+    EXPECT_TRUE(TreeOf(local / "back") == TreeOf(local / "tree"));
+    // A listing tells minutes, and of an old file days.
+    for (const auto& [path, minutes] :
+         {std::pair("plain0/-deep er/plain", 24 * 60), {"-dash2/.dot", 1}}) {
+        const auto lost = fs::last_write_time(served / "tree" / path) -
+                          fs::last_write_time(local / "back" / path);
+        EXPECT_TRUE(lost >= lost.zero() && lost < std::chrono::minutes(minutes)) << path;
+    }
+
+    fs::create_directory(served / "kept");
+    WriteBytes(served / "kept" / "file", "kept");
+    fs::create_symlink("../kept", served / "tree" / "link");
+    result = Run({"chmod", "-R", "go-rwx", Url("tree")});
+    EXPECT_EQ(result.status, exitDone) << result.errors;
+    EXPECT_EQ(fs::status(served / "tree" / "plain1" / ".dot").permissions() & fs::perms::all,
+              fs::perms::owner_read | fs::perms::owner_write);
+    EXPECT_NE(fs::status(served / "kept" / "file").permissions() & fs::perms::all,
+              fs::perms::owner_read | fs::perms::owner_write);
+    result = Run({"rm", "-r", Url("tree")});
+    EXPECT_EQ(result.status, exitDone) << result.errors;
+    EXPECT_FALSE(fs::exists(served / "tree"));
+    EXPECT_EQ(ReadBytes(served / "kept" / "file"), "kept");
+}
+
 TEST_P(InteropProgram, GetTreatsAnExistingFileAsItIsTold) {
     const std::string bytes = MixedBytes(2'000'000);
     const std::string partial = bytes.substr(0, 700'000);
