@@ -18,8 +18,6 @@ using quennet::FtpHandle;
 using quennet::MessageNumber;
 using quennet::SiteRecord;
 
-constexpr std::size_t pathSize = 260;
-
 constexpr auto disconnectPatience = std::chrono::seconds(2);
 constexpr auto changePause = std::chrono::milliseconds(100);
 // A change of directory that the server refused has no callback: it has failed when this much time

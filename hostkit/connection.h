@@ -103,6 +103,9 @@ struct TransferResult {
     bool Done() const { return outcome == TransferOutcome::done; }
 };
 
+struct ServerCopyRequest;
+struct ServerCopyResult;
+
 struct ConnectionOptions {
     Console::Sink console;  // the log
     /// Instead of the host's; nothing is a cancel.
@@ -185,6 +188,9 @@ class Connection final : private Panel {
 
   private:
     class Use;
+    friend ServerCopyResult CopyBetween(Connection& source, Connection& destination,
+                                        const ServerCopyRequest& request,
+                                        TransferOperation& operation);
     enum class State { idle, connecting, connected, failed, closing };
 
     // Panel: what the module tells.

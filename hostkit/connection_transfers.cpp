@@ -3,7 +3,6 @@
 #include <sys/stat.h>
 #include <time.h>
 
-#include <algorithm>
 #include <cstring>
 
 #include "hostkit/connection_use.h"
@@ -15,9 +14,6 @@ namespace {
 using quennet::FtpHandle;
 using quennet::MessageNumber;
 using quennet::TransferItem;
-
-constexpr std::size_t pathSize = 260;
-constexpr char pathTooLong[] = "the path is longer than 259 characters";
 
 /// What is known of an existing local file; fields of a missing one stay as they are.
 void DescribeLocalFile(const char* path, u64& size, u16& date, u16& time) {
@@ -33,14 +29,6 @@ void DescribeLocalFile(const char* path, u64& size, u16& date, u16& time) {
     }
     date = static_cast<u16>((local.tm_year - 80) << 9 | (local.tm_mon + 1) << 5 | local.tm_mday);
     time = static_cast<u16>(local.tm_hour << 11 | local.tm_min << 5 | local.tm_sec / 2);
-}
-
-bool CopyPath(char (&target)[pathSize], const std::string& path) {
-    if (path.size() >= pathSize) {
-        return false;
-    }
-    std::copy_n(path.c_str(), path.size() + 1, target);
-    return true;
 }
 
 TransferResult Failed(const char* text) {

@@ -1,11 +1,27 @@
 #pragma once
 // What the files that carry out a connection's operations share.
 
+#include <algorithm>
+#include <string>
+
 #include "hostkit/connection.h"
 
 namespace hostkit {
 
 constexpr char notConnected[] = "not connected";
+
+/// Bytes of a path's field in the records of the module.
+constexpr std::size_t pathSize = 260;
+constexpr char pathTooLong[] = "the path is longer than 259 characters";
+
+/// False, with the field as it was, when the path does not fit.
+inline bool CopyPath(char (&target)[pathSize], const std::string& path) {
+    if (path.size() >= pathSize) {
+        return false;
+    }
+    std::copy_n(path.c_str(), path.size() + 1, target);
+    return true;
+}
 
 /// An operation that looks at the handle, as long as it lives: the handle is not given back before.
 class Connection::Use {

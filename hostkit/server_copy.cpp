@@ -1,0 +1,83 @@
+#include "hostkit/server_copy.h"
+
+#include <cstring>
+
+#include "hostkit/connection_use.h"
+#include "hostkit/display_text.h"
+
+namespace hostkit {
+
+namespace {
+
+using quennet::FtpHandle;
+
+/// Puts the path of one side into its field. Gives what speaks against it, empty for nothing.
+std::string TakePath(const FtpHandle* handle, const std::string& path, char (&field)[pathSize]) {
+    if (handle == nullptr) {
+        return notConnected;
+    }
+    if (NameOffset(path) == path.size()) {
+        return "the path names no file";
+    }
+    return CopyPath(field, path) ? "" : pathTooLong;
+}
+
+/// Goes to the directory of a path, if it has one. Gives why that failed, empty when it did not.
+std::string EnterDirectoryOf(Connection& connection, const std::string& path) {
+    const std::size_t name = NameOffset(path);
+    if (name == 0) {
+        return {};
+    }
+    const bool isRoot = name == 1;
+    const DirectoryResult result =
+        connection.ChangeDirectory(path.substr(0, isRoot ? name : name - 1));
+    return result.Done() || !result.text.empty() ? result.text : "the directory was not entered";
+}
+
+std::string ErrorTextOf(const FtpHandle* handle) {
+    return {handle->errorText, strnlen(handle->errorText, sizeof handle->errorText)};
+}
+
+}  // namespace
+
+ServerCopyResult CopyBetween(Connection& source, Connection& destination,
+                             const ServerCopyRequest& request, TransferOperation& operation) {
+    const Connection::Use useOfSource(source);
+    const Connection::Use useOfDestination(destination);
+    FtpHandle* from = useOfSource.Handle();
+    FtpHandle* to = useOfDestination.Handle();
+    quennet::TransferItem item = {};
+    ServerCopyResult result;
+    result.sourceText = TakePath(from, request.source, item.source);
+    result.destinationText = TakePath(to, request.destination, item.destination);
+    if (result.HasText()) {
+        return result;
+    }
+    result.sourceText = EnterDirectoryOf(source, request.source);
+    result.destinationText =
+        result.HasText() ? "" : EnterDirectoryOf(destination, request.destination);
+    if (result.HasText()) {
+        return result;
+    }
+    item.record = quennet::WordFromPointer(&operation.record);
+    operation.record.sourceHandle = quennet::WordFromPointer(from);
+    operation.record.destinationHandle = quennet::WordFromPointer(to);
+    source.BeginOperation();
+    destination.BeginOperation();
+    // The module leaves the text of a side alone that has done its part.
+    from->errorText[0] = 0;
+    to->errorText[0] = 0;
+    result.done =
+        source.host_.Send(quennet::MessageNumber::copyBetweenServers, &item, from, to) == 0;
+    if (!result.done) {
+        result.sourceText = ErrorTextOf(from);
+        result.destinationText = ErrorTextOf(to);
+    }
+    if (!result.done && !result.HasText()) {
+        // It did not begin, and the log tells why.
+        result.sourceText = source.LastWords();
+    }
+    return result;
+}
+
+}  // namespace hostkit
