@@ -23,19 +23,8 @@ bool StartsWith(const char* text, const char* beginning) {
     return std::strncmp(text, beginning, std::strlen(beginning)) == 0;
 }
 
-/// What speaks against sending a line as it is; null when nothing does.
-const char* Objection(const char* line) {
-    if (std::strlen(line) + lineEndSize >= lineSize) {
-        return "Line too long, not sent.";
-    }
-    if (std::strpbrk(line, "\r\n") != nullptr) {
-        return "Line holds a line end, not sent.";
-    }
-    return nullptr;
-}
-
 bool RefusesLine(Session* session, const char* line) {
-    const char* objection = Objection(line);
+    const char* objection = ObjectionTo(line);
     if (objection != nullptr) {
         CoreConsolePrintText(session->console, objection);
     }
@@ -44,15 +33,16 @@ bool RefusesLine(Session* session, const char* line) {
 
 /// Waits until the peer takes something: 1, 0 when aborted, below 0 after a failure.
 int WaitUntilTaken(WindowNumber console, SocketNumber socket, const SharedWord* abortFlag) {
-    for (;;) {
+    while (!abortFlag->IsSet()) {
         const int writable = SocketWritable(socket);
         if (writable < 0) {
             ReportSocketError(console);
         }
-        if (writable != 0 || abortFlag->IsSet()) {
+        if (writable != 0) {
             return writable;
         }
     }
+    return 0;
 }
 
 /// Logs in again and sends the line once more, if the session stands where it stood.
@@ -71,6 +61,16 @@ int RepairAndResend(Session* session, const char* line) {
 }
 
 }  // namespace
+
+const char* ObjectionTo(const char* line) {
+    if (std::strlen(line) + lineEndSize >= lineSize) {
+        return "Line too long, not sent.";
+    }
+    if (std::strpbrk(line, "\r\n") != nullptr) {
+        return "Line holds a line end, not sent.";
+    }
+    return nullptr;
+}
 
 int SendBlock(WindowNumber console, SocketNumber socket, const char* data, int length,
               const SharedWord* abortFlag) {

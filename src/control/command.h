@@ -18,9 +18,13 @@ namespace quennet {
 
 /// Sends `length` bytes in pieces of at most 1024. Returns the number of bytes sent; 0 or below
 /// when a send or the wait for it failed, which is printed, or when `abortFlag`, which may be null,
-/// was set while the peer took nothing.
+/// was set before all was sent.
 int SendBlock(WindowNumber console, SocketNumber socket, const char* data, int length,
               const SharedWord* abortFlag);
+
+/// What speaks against sending a line as it is, a text for a person: it holds CR or LF, or does not
+/// fit the buffer of SendLine. Null when nothing does.
+const char* ObjectionTo(const char* line);
 
 /// Sends a line, whole or not at all. Refuses one that holds CR or LF or does not fit its buffer of
 /// 4096 bytes with CR LF, and any line during an exchange, unless `abortFlag` is set: so ABOR gets

@@ -181,20 +181,6 @@ bool TakeReplyLine(Session* session, const Line& line) {
     return more || (session->firstCode > 0 && !isFirstLine && code != session->firstCode);
 }
 
-/// True when the server's next byte comes within two seconds, or is there already.
-bool ComesSoon(Session* session) {
-    for (int second = 0; second < 2; ++second) {
-        const int readable = SocketReadable(session->controlSocket);
-        if (readable != 0) {
-            return readable > 0;
-        }
-        if (session->abortFlag.IsSet()) {
-            return false;
-        }
-    }
-    return false;
-}
-
 }  // namespace
 
 int ReadReplyLine(Session* session) {
@@ -227,6 +213,19 @@ int ReadReply(Session* session) {
     return IsReplyCode(session->firstCode) ? session->firstCode / 100 : 0;
 }
 
+bool ReplyComesSoon(Session* session) {
+    for (int second = 0; second < 2; ++second) {
+        const int readable = SocketReadable(session->controlSocket);
+        if (readable != 0) {
+            return readable > 0;
+        }
+        if (session->abortFlag.IsSet()) {
+            return false;
+        }
+    }
+    return false;
+}
+
 bool SettleOwedReplies(Session* session) {
     constexpr int mostReplies = 16;
     constexpr int preliminary = 1;
@@ -241,7 +240,7 @@ bool SettleOwedReplies(Session* session) {
     session->doubtfulReplies = 0;
     for (int reply = 0; reply < mostReplies; ++reply) {
         const bool comes =
-            awaited > 0 ? ComesSoon(session) : SocketReadableNow(session->controlSocket) > 0;
+            awaited > 0 ? ReplyComesSoon(session) : SocketReadableNow(session->controlSocket) > 0;
         const int result = comes ? ReadReply(session) : 0;
         if (result <= 0) {
             break;

@@ -33,6 +33,9 @@ int ReadReplyLine(Session* session);
 /// `firstCode`. An abort or a time-out counts as code 421. Format: RFC 959, section 4.2.
 int ReadReply(Session* session);
 
+/// True when the server's next byte comes within two seconds, or is there already.
+bool ReplyComesSoon(Session* session);
+
 /// Brings the session in step with the server before the next command: waits up to two seconds for
 /// each reply that is still owed for what is over, takes what else already stands on the socket,
 /// and prints it all. Does nothing, and reads nothing, when no reply is owed. False when one is

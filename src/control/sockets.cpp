@@ -189,8 +189,9 @@ int WaitSocketWritable(WindowNumber console, SocketNumber socket, const SharedWo
         if (test > 0) {
             Sleep(pauseMilliseconds);
         }
-        const int writable = SocketWritable(socket);
-        if (writable > 0 || (abortFlag != nullptr && abortFlag->IsSet())) {
+        const bool aborted = abortFlag != nullptr && abortFlag->IsSet();
+        const int writable = aborted ? 0 : SocketWritable(socket);
+        if (writable > 0 || aborted) {
             return 0;
         }
         if (writable < 0) {

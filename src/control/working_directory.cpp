@@ -83,7 +83,8 @@ bool ChangeSessionDir(Session* session, const char* path) {
     if (result == done) {
         std::memcpy(session->site.directory, directory, pathSize);
         session->currentCacheIndex = 0;
-    } else if (result == workingDirRefused && session->site.directory[0] != 0) {
+    } else if (session->firstCode / 100 == done && session->site.directory[0] != 0) {
+        // The server has a directory that this side refuses.
         ChangeDir(session, session->site.directory);
     }
     return result == done;

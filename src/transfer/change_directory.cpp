@@ -108,7 +108,9 @@ i32 ChangeDirSync(const char* path, FtpHandle* handle, char* out) {
     if (result == done && out != nullptr && directory != nullptr &&
         !StoreText(out, pathSize, directory)) {
         result = RefuseDirectory(session);
-        ChangeDir(session, session->site.directory);
+        if (session->site.directory[0] != 0) {
+            ChangeDir(session, session->site.directory);
+        }
     }
     session->backgroundJobs.Store(0);
     // A server that closed instead of answering has class 0, which would say that all went well.

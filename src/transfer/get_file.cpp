@@ -50,14 +50,7 @@ bool Download(Session* session, const TransferItem* item, u32 resumeOffset) {
     return result == confirmed;
 }
 
-i32 GetConfirmedFile(Session* session, TransferItem* item, ConfirmCallback confirm) {
-    u32 resumeOffset = 0;
-    if (ShellFileCheck(item->destination) == 0) {
-        resumeOffset = ResumeOffset(item->destination, item->sourceSize);
-        if (!GoesOn(item, confirm, resumeOffset)) {
-            return 0;
-        }
-    }
+i32 GetConfirmedFile(Session* session, const TransferItem* item, u32 resumeOffset) {
     if (!Download(session, item, resumeOffset)) {
         SetErrorText(session, session->replyBuffer);
         return 1;
@@ -74,13 +67,20 @@ i32 GetFile(TransferItem* item, FtpHandle* handle, ConfirmCallback confirm) {
     if (session == nullptr) {
         return -1;
     }
-    // The transfer that is under way keeps its record, its reply buffer and its abort flag.
-    if (IsBusy(session)) {
-        SetErrorText(session, commandInProgress);
-        return 1;
+    if (IsBusy(session, Exchange(session))) {
+        return RefuseBusyTransfer(session);
+    }
+    // While the host asks, the connection is free.
+    const bool exists = ShellFileCheck(item->destination) == 0;
+    const u32 resumeOffset = exists ? ResumeOffset(item->destination, item->sourceSize) : 0;
+    const bool leftOut = exists && !GoesOn(item, confirm, resumeOffset);
+    // A transfer that is under way keeps its record, its reply buffer and its abort flag.
+    const Exchange exchange(session);
+    if (IsBusy(session, exchange)) {
+        return RefuseBusyTransfer(session);
     }
     session->progress = PointerFromWord<TransferRecord>(item->record);
-    const i32 result = GetConfirmedFile(session, item, confirm);
+    const i32 result = leftOut ? 0 : GetConfirmedFile(session, item, resumeOffset);
     session->progress = nullptr;
     session->abortFlag.Store(0);
     return result;

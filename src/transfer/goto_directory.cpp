@@ -57,7 +57,7 @@ GotoRequest* NewRequest(Session* session, const char* name, const char* director
 void GotoDirectory(Session* session, const char* name, const char* directory, u16 cookie,
                    GotoBeginsCallback begins, GotoDoneCallback done) {
     const SessionUse use(session);
-    if (session == nullptr || IsBusy(session)) {
+    if (session == nullptr || IsBusy(session, Exchange(session))) {
         return;
     }
     GotoRequest* request = NewRequest(session, name, directory);

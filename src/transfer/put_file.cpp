@@ -46,15 +46,19 @@ i32 PutFile(TransferItem* item, FtpHandle* handle, ConfirmCallback confirm, cons
     if (session == nullptr) {
         return -1;
     }
-    // The transfer that is under way keeps its record, its reply buffer and its abort flag.
-    if (IsBusy(session)) {
-        SetErrorText(session, commandInProgress);
-        return 1;
+    if (IsBusy(session, Exchange(session))) {
+        return RefuseBusyTransfer(session);
     }
+    // While the host asks, the connection is free.
     const char* name = item->destination + ShellNameOffset(item->destination);
-    session->progress = PointerFromWord<TransferRecord>(item->record);
     const bool leftOut =
         list != nullptr && FindTargetEntry(item, name, list) && !GoesOn(item, confirm, 0);
+    // A transfer that is under way keeps its record, its reply buffer and its abort flag.
+    const Exchange exchange(session);
+    if (IsBusy(session, exchange)) {
+        return RefuseBusyTransfer(session);
+    }
+    session->progress = PointerFromWord<TransferRecord>(item->record);
     i32 result = 0;
     if (!leftOut && !Upload(session, item, name)) {
         SetErrorText(session, session->replyBuffer);

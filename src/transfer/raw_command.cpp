@@ -36,16 +36,24 @@ void ForgetTypedType(Session* session, const char* text) {
     }
 }
 
-void RunRawCommand(Session* session, const RawCommandRequest* request) {
+int SendTypedText(Session* session, const char* text) {
     constexpr int moreFollows = 1;
-    constexpr int done = 2;
-    const int result = SendCommandText(session, request->text);
-    ForgetTypedType(session, request->text);
+    const Exchange exchange(session);
+    if (exchange.IsRefused()) {
+        return -1;
+    }
+    const int result = SendCommandText(session, text);
+    ForgetTypedType(session, text);
     if (result == moreFollows) {
         // Nobody waits for the rest of it: it is taken before the next command.
         const FinalReply owed(session);
     }
-    if (result == done) {
+    return result;
+}
+
+void RunRawCommand(Session* session, const RawCommandRequest* request) {
+    constexpr int done = 2;
+    if (SendTypedText(session, request->text) == done) {
         session->hostCookie = request->cookie;
         InvalidateDirCache(request->handle);
         ShellRefreshPanel(request->cookie);
@@ -81,7 +89,7 @@ RawCommandRequest* NewRequest(Session* session, const char* text) {
 void RawCommand(HostWord word, FtpHandle* handle, const char* text, u16 cookie) {
     Session* session = SessionFromHandle(handle);
     const SessionUse use(session);
-    if (session == nullptr || IsBusy(session)) {
+    if (session == nullptr || IsBusy(session, Exchange(session))) {
         return;
     }
     RawCommandRequest* request = NewRequest(session, text);

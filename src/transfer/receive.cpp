@@ -235,7 +235,7 @@ int ReceiveFile(Session* session, const char* command, const char* path, GrowBuf
     constexpr int aborted = 5;
     // The exchange that occupies the connection goes on with what the session holds.
     const Exchange exchange(session);
-    if (IsOccupied(session)) {
+    if (IsOccupied(session, exchange) || RefusesToSend(session, command)) {
         return 0;
     }
     session->firstCode = 0;

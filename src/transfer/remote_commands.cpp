@@ -83,7 +83,8 @@ i32 MakePreparedDir(Session* session, const char* path) {
 i32 RemoteDelete(const char* name, FtpHandle* handle) {
     Session* session = SessionFromHandle(handle);
     const SessionUse use(session);
-    if (session == nullptr || IsBusy(session)) {
+    const Exchange exchange(session);
+    if (session == nullptr || IsBusy(session, exchange)) {
         return -1;
     }
     const int result = DeleteRemoteFile(session, name);
@@ -95,10 +96,10 @@ i32 RemoteRemoveDir(const char* name, FtpHandle* handle) {
     constexpr int refusedForGood = 5;
     Session* session = SessionFromHandle(handle);
     const SessionUse use(session);
-    if (session == nullptr || IsBusy(session)) {
+    const Exchange exchange(session);
+    if (session == nullptr || IsBusy(session, exchange)) {
         return -1;
     }
-    const Exchange exchange(session);
     int result = SendCommandAltArg(session, "RMD", "XRMD", name);
     if (result == refusedForGood) {
         result = DeleteRemoteFile(session, name);
@@ -110,13 +111,13 @@ i32 RemoteRemoveDir(const char* name, FtpHandle* handle) {
 i32 RemoteMakeDir(char* path, FtpHandle* handle) {
     Session* session = SessionFromHandle(handle);
     const SessionUse use(session);
+    const Exchange exchange(session);
     if (session == nullptr) {
         return -1;
     }
-    if (IsBusy(session)) {
+    if (IsBusy(session, exchange)) {
         return makeDirFailed;
     }
-    const Exchange exchange(session);
     session->backgroundJobs.Add(1);
     ShellPreparePath(path);
     const i32 result = MakePreparedDir(session, path);
@@ -129,10 +130,13 @@ i32 RemoteRename(const char* oldName, const char* newName, FtpHandle* handle) {
     constexpr int wantsNewName = 3;
     Session* session = SessionFromHandle(handle);
     const SessionUse use(session);
-    if (session == nullptr || IsBusy(session)) {
+    const Exchange exchange(session);
+    if (session == nullptr || IsBusy(session, exchange)) {
         return -1;
     }
-    const Exchange exchange(session);
+    if (RefusesToSend(session, newName)) {
+        return -1;  // before the server waits for it
+    }
     int result = SendCommand(session, "%s %s", "RNFR", oldName);
     if (result == wantsNewName) {
         result = SendCommand(session, "%s %s", "RNTO", newName);

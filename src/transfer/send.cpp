@@ -73,20 +73,25 @@ int SendData(Session* session, const char* path) {
     }
     TransferClock progress(session);
     const int result = SendBlocks(session, &file, &progress);
-    ShellCloseFile(&file);
+    if (ShellCloseFile(&file) != 0) {
+        NoteLocalFailure(session, LocalFailure::close);
+    }
     WaitSocketWritable(session->console, session->dataSocket, &session->abortFlag);
     progress.PrintSpeed("Transmitted ", "");
     return result;
 }
 
-/// Reads the final reply and weighs it against what failed on this side.
-int EndOfSend(Session* session, FinalReply* finalReply, int sendResult, bool aborted) {
+/// Reads the final reply and weighs it against what failed on this side. After an abort nobody
+/// waits longer than a moment for it: then it is owed.
+int EndOfSend(Session* session, FinalReply* finalReply, int sendResult) {
     constexpr int confirmed = 2;
-    const int result = finalReply->Read();
+    const bool aborted = session->abortFlag.IsSet();
+    const bool answered = !aborted || SocketReadable(session->controlSocket) != 0;
+    const int result = answered ? finalReply->Read() : -1;
     if (FailedLocally(session)) {
         return -1;
     }
-    if (result == confirmed && aborted) {
+    if (aborted && (result == confirmed || !answered)) {
         SetFailureText(session, "The transfer was aborted.");
         return -1;
     }
@@ -104,7 +109,7 @@ int SendFile(Session* session, const char* command, const char* path, char type)
     constexpr int shutdownSending = 1;
     // The exchange that occupies the connection goes on with what the session holds.
     const Exchange exchange(session);
-    if (IsOccupied(session)) {
+    if (IsOccupied(session, exchange) || RefusesToSend(session, command)) {
         return -1;
     }
     session->firstCode = 0;
@@ -122,9 +127,8 @@ int SendFile(Session* session, const char* command, const char* path, char type)
         return -1;
     }
     const int sent = SendData(session, path);
-    const bool aborted = session->abortFlag.IsSet();
     session->dataSocket = CloseSocketGracefully(session, session->dataSocket, shutdownSending);
-    return EndOfSend(session, &finalReply, sent, aborted);
+    return EndOfSend(session, &finalReply, sent);
 }
 
 }  // namespace quennet

@@ -66,10 +66,10 @@ bool JoinServers(Session* source, Session* destination, char type) {
     return true;
 }
 
-/// Sends a transfer command with the last component of a path. False unless data follows.
-bool Begins(Session* session, const char* verb, const char* path) {
+/// Sends a transfer command. False unless data follows.
+bool Begins(Session* session, const char* verb, const char* name) {
     const u32 login = session->logins;
-    if (SendCommand(session, "%s %s", verb, path + ShellNameOffset(path)) != dataFollows) {
+    if (SendCommand(session, "%s %s", verb, name) != dataFollows) {
         return false;
     }
     if (session->logins == login) {
@@ -81,11 +81,20 @@ bool Begins(Session* session, const char* verb, const char* path) {
     return false;
 }
 
-/// Calls the destination back: its data will not come.
+/// Calls the destination back: its data will not come. Some servers read no command before the
+/// other one has let go of them, which may take minutes. Such a one owes its replies.
 void AbortStore(Session* destination, FinalReply* finalReply) {
+    constexpr char abort[] = "ABOR";
+    CoreConsolePrintText(destination->console, abort);
     destination->abortFlag.Add(1);
-    SendCommandText(destination, "ABOR");
-    finalReply->SetDoubtful();
+    const bool sent = SendLine(destination, abort) != -1;
+    destination->abortFlag.Store(0);
+    FinalReply answer(destination);
+    if (sent && ReplyComesSoon(destination) && answer.Read() > 0) {
+        finalReply->SetDoubtful();
+    } else {
+        answer.SetDoubtful();
+    }
 }
 
 /// Reads the last word of one side, however long it takes. An abort of this side that came while
@@ -106,14 +115,18 @@ int LastWord(Session* session, Session* other, FinalReply* finalReply) {
 }
 
 Outcome Copy(Session* source, Session* destination, const TransferItem* item, char type) {
+    const char* from = item->source + ShellNameOffset(item->source);
+    const char* to = item->destination + ShellNameOffset(item->destination);
+    if (RefusesToSend(source, from) || RefusesToSend(destination, to)) {
+        return {};
+    }
     TellType(source, type);
     TellType(destination, type);
-    if (!JoinServers(source, destination, type) ||
-        !Begins(destination, "STOR", item->destination)) {
+    if (!JoinServers(source, destination, type) || !Begins(destination, "STOR", to)) {
         return {};
     }
     FinalReply destinationReply(destination);
-    if (!Begins(source, "RETR", item->source)) {
+    if (!Begins(source, "RETR", from)) {
         AbortStore(destination, &destinationReply);
         return {};
     }

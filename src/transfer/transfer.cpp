@@ -2,6 +2,7 @@
 
 #include <cstdio>
 
+#include "control/command.h"
 #include "host/process_clock.h"
 #include "host/services.h"
 
@@ -53,8 +54,7 @@ void TransferClock::PrintSpeed(const char* beforeCount, const char* behindCount)
     CoreConsolePrintText(session_->console, text);
 }
 
-bool IsBusy(Session* session) {
-    const Exchange exchange(session);
+bool IsBusy(Session* session, const Exchange& exchange) {
     if (exchange.IsRefused()) {
         return true;
     }
@@ -64,8 +64,23 @@ bool IsBusy(Session* session) {
     return session->busy.IsSet();
 }
 
-bool IsOccupied(Session* session) {
-    return session->controlSocket == noSocket || IsBusy(session);
+bool IsOccupied(Session* session, const Exchange& exchange) {
+    return session->controlSocket == noSocket || IsBusy(session, exchange);
+}
+
+bool RefusesToSend(Session* session, const char* line) {
+    const char* objection = ObjectionTo(line);
+    if (objection != nullptr) {
+        CoreConsolePrintText(session->console, objection);
+        SetFailureText(session, objection);
+    }
+    return objection != nullptr;
+}
+
+i32 RefuseBusyTransfer(Session* session) {
+    constexpr i32 failed = 1;
+    SetErrorText(session, commandInProgress);
+    return failed;
 }
 
 void NoteLocalFailure(Session* session, LocalFailure failure) {

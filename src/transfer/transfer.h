@@ -30,12 +30,16 @@ class TransferClock {
     u64 bytes_ = 0;
 };
 
-/// True, with a line on the console, while an exchange is under way, on this thread or another.
-bool IsBusy(Session* session);
+/// True, with a line on the console, when `exchange` was not granted, and while a command or a
+/// transfer is under way that the same thread has begun.
+bool IsBusy(Session* session, const Exchange& exchange);
 
-/// True when no transfer may start: without a control connection, and while another exchange is
-/// under way.
-bool IsOccupied(Session* session);
+/// True when no transfer may start: without a control connection, and when busy.
+bool IsOccupied(Session* session, const Exchange& exchange);
+
+/// Refuses a line that can't be sent as it is, before anything goes out for it: says why on the
+/// console and in `replyBuffer`.
+bool RefusesToSend(Session* session, const char* line);
 
 /// Notes what failed locally. The first failure of a transfer stays.
 void NoteLocalFailure(Session* session, LocalFailure failure);
@@ -46,6 +50,9 @@ bool FailedLocally(Session* session);
 
 /// Puts a text of the module into `replyBuffer`, where the host's error text comes from.
 void SetFailureText(Session* session, const char* text);
+
+/// Tells the host that something else is under way. Gives the result of its message.
+i32 RefuseBusyTransfer(Session* session);
 
 /// Tells the host why a transfer failed: `errorText` of the session's handle, cut to its size. An
 /// empty text is the reply that never came.

@@ -87,7 +87,9 @@ extern "C" void NothingBegins(u16, u8) {}
 extern "C" void NothingIsDone(u16, const char*) {}
 
 TEST_F(ModuleTest, AnEndWaitsForTheWorkersOfTypedLinesAndOfDirectories) {
-    for (const bool typed : {true, false}) {
+    for (const auto message :
+         {MessageNumber::rawCommand, MessageNumber::gotoDirectory, MessageNumber::changeDirAsync}) {
+        const bool typed = message == MessageNumber::rawCommand;
         Wire server;
         server.Start(std::string(login) + (typed ? "-> NOOP\n" : "-> CWD /a\n") +
                      "mark sent\npause 0.5\n<- 550 late\n" + quit);
@@ -95,11 +97,13 @@ TEST_F(ModuleTest, AnEndWaitsForTheWorkersOfTypedLinesAndOfDirectories) {
         ASSERT_TRUE(Await("connected 7"));
         notices.Clear();
         if (typed) {
-            Host().Send(MessageNumber::rawCommand, 0, Handle(), "NOOP", 1);
-        } else {
-            Host().Send(MessageNumber::gotoDirectory, SessionOfHandle(), "a", "/a", 1,
+            Host().Send(message, 0, Handle(), "NOOP", 1);
+        } else if (message == MessageNumber::gotoDirectory) {
+            Host().Send(message, SessionOfHandle(), "a", "/a", 1,
                         reinterpret_cast<HostWord>(NothingBegins),
                         reinterpret_cast<HostWord>(NothingIsDone));
+        } else {
+            Host().Send(message, "/a", 1, Handle(), reinterpret_cast<HostWord>(NothingIsDone));
         }
         EXPECT_TRUE(server.AwaitMark("sent"));
         Disconnect();

@@ -4,10 +4,14 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sched.h>
+#include <sys/mount.h>
 
+#include <fstream>
 #include <thread>
 
 #include "apps/loopback/server.h"
+#include "hostkit/child_process.h"
 #include "hostkit/sites.h"
 #include "support/dialog_user.h"
 #include "support/temp_folder.h"
@@ -412,3 +416,63 @@ TEST_F(ConnectionTest, ManyConnectionsAtOnce) {
     });
     EXPECT_EQ(*host.SocketUseCounter(), 0u);
 }
+
+namespace {
+
+bool WriteNumberMap(const char* path, const std::string& text) {
+    return (std::ofstream(path) << text << std::flush).good();
+}
+
+/// Gives the process, which must have one thread, a disk of its own with room for 200,000 bytes.
+bool MountSmallDisk(const std::string& folder) {
+    const std::string user = "0 " + std::to_string(geteuid()) + " 1\n";
+    const std::string group = "0 " + std::to_string(getegid()) + " 1\n";
+    return unshare(CLONE_NEWUSER | CLONE_NEWNS) == 0 &&
+           WriteNumberMap("/proc/self/setgroups", "deny") &&
+           WriteNumberMap("/proc/self/uid_map", user) &&
+           WriteNumberMap("/proc/self/gid_map", group) &&
+           mount("none", folder.c_str(), "tmpfs", 0, "size=200k") == 0;
+}
+
+class SmallDiskUser : public ConnectionTest {
+  public:
+    explicit SmallDiskUser(const std::string& disk) : disk_(disk) {}
+
+    void TestBody() override {
+        RunJob(loop, [&] {
+            Connection connection(host, Logged());
+            ASSERT_TRUE(connection.Connect(request).Connected());
+            TransferOperation operation;
+            DownloadRequest download = Download();
+            download.destination = disk_ + "/local";
+            const TransferResult full = connection.Download(download, operation);
+            EXPECT_EQ(full.outcome, TransferOutcome::failed);
+            EXPECT_EQ(full.text, "The local file could not be written.");
+            ASSERT_TRUE(full.localFailure);
+            EXPECT_THAT(full.localFailure->Text(), HasSubstr("/local: No space left on device"));
+            EXPECT_TRUE(connection.List().done);
+        });
+    }
+
+  private:
+    const std::string disk_;
+};
+
+TEST(SmallDiskTest, ADiskThatFillsUpDuringADownloadIsNamed) {
+    constexpr int notMounted = 77;
+    const TempFolder folder;
+    ChildProcess child([&] {
+        if (!MountSmallDisk(folder / "")) {
+            return notMounted;
+        }
+        SmallDiskUser(folder / "").TestBody();
+        return ::testing::Test::HasFailure() ? 1 : 0;
+    });
+    const int status = child.Wait();
+    if (status == notMounted) {
+        GTEST_SKIP() << "no disk can be mounted here";
+    }
+    EXPECT_EQ(status, 0);
+}
+
+}  // namespace

@@ -1,6 +1,8 @@
 // Runs one real FTP server in the foreground over one folder.
 //
-//   interop_server [--port PORT] [--foreign] KIND ROOT
+//   interop_server [--port PORT] [--foreign] [--rate BYTES] KIND ROOT
+//
+// The rate is that of each data connection, in bytes a second.
 //
 // Prints what a client needs, a line each: "port NUMBER", "user NAME", "password TEXT",
 // "anonymous yes" or "no", "log PATH", and "ready" at the end. Whatever the server has started ends
@@ -290,7 +292,7 @@ int Serve(ServeRequest request) {
 }
 
 int Usage() {
-    std::cerr << "usage: interop_server [--port PORT] [--foreign] KIND ROOT\n"
+    std::cerr << "usage: interop_server [--port PORT] [--foreign] [--rate BYTES] KIND ROOT\n"
                  "KIND is vsftpd, pure-ftpd, proftpd or pyftpdlib\n";
     return exitUsage;
 }
@@ -305,6 +307,8 @@ int Main(const std::vector<std::string>& arguments) {
             request.foreignAddresses = true;
         } else if (arguments[index] == "--port" && index + 1 < arguments.size()) {
             request.port = std::atoi(arguments[++index].c_str());
+        } else if (arguments[index] == "--rate" && index + 1 < arguments.size()) {
+            request.bytesPerSecond = std::strtoull(arguments[++index].c_str(), nullptr, 10);
         } else {
             words.push_back(arguments[index]);
         }

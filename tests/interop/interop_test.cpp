@@ -16,11 +16,6 @@ using hostkit::RunJob;
 
 namespace {
 
-bool SkipsAreFailures() {
-    const char* value = std::getenv("QUENNET_REQUIRE_INTEROP");
-    return value != nullptr && std::string_view(value) == "1";
-}
-
 std::vector<InteropCase> Cases(std::initializer_list<bool> ways) {
     std::vector<InteropCase> cases;
     for (ServerKind kind : allServerKinds) {
@@ -34,6 +29,11 @@ std::vector<InteropCase> Cases(std::initializer_list<bool> ways) {
 constexpr const char* stepText = "this and nothing else\n";
 
 }  // namespace
+
+bool SkipsAreFailures() {
+    const char* value = std::getenv("QUENNET_REQUIRE_INTEROP");
+    return value != nullptr && std::string_view(value) == "1";
+}
 
 std::ostream& operator<<(std::ostream& stream, const InteropCase& interopCase) {
     return stream << ServerName(interopCase.kind) << (interopCase.passive ? "_passive" : "_active");

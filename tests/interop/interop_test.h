@@ -29,6 +29,9 @@ struct InteropCase {
 std::string CaseName(const testing::TestParamInfo<InteropCase>& info);
 std::ostream& operator<<(std::ostream& stream, const InteropCase& interopCase);
 
+/// Whether CI wants every server to be there.
+bool SkipsAreFailures();
+
 /// Every server, passive and active; and every server, passive alone, for what has nothing to do
 /// with the way data connections are made.
 std::vector<InteropCase> AllCases();

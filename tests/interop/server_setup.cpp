@@ -24,6 +24,8 @@ constexpr const char* testPassword = "50% of a:secret";
 constexpr const char* testPasswordHash =
     "$5$interopsalt$Cm8dsCJmNPem5qpYcnz0nWNHWOwWyLYXBkw0S8O0QP1";
 
+constexpr std::uint64_t kibibyte = 1024;
+
 constexpr const char* systemPython = "/usr/bin/python3";
 
 enum class Needs { nothing, root, more };
@@ -113,6 +115,8 @@ std::vector<std::string> PrepareVsftpd(const ServeRequest& request, const fs::pa
     text += "local_enable=" + YesNo(root) + "\nrun_as_launching_user=" + YesNo(!root) + "\n";
     text += "pasv_promiscuous=" + YesNo(request.foreignAddresses) + "\n";
     text += "port_promiscuous=" + YesNo(request.foreignAddresses) + "\n";
+    const std::string rate = std::to_string(request.bytesPerSecond);
+    text += "local_max_rate=" + rate + "\nanon_max_rate=" + rate + "\n";
     WriteFile(settings, text);
     return {program, settings};
 }
@@ -138,6 +142,10 @@ std::vector<std::string> PreparePureFtpd(const ServeRequest& request, const fs::
         "--pidfile=" + (request.state / "pid").string()};
     if (request.foreignAddresses) {
         arguments.push_back("--allowuserfxp");
+    }
+    if (request.bytesPerSecond != 0) {
+        const std::string rate = std::to_string(request.bytesPerSecond / kibibyte);
+        arguments.push_back("--userbandwidth=" + rate + ":" + rate);
     }
     return arguments;
 }
@@ -165,6 +173,10 @@ std::vector<std::string> PrepareProFtpd(const ServeRequest& request, const fs::p
     text += "AuthUserFile " + accounts.string() + "\n";
     text += std::string("PassivePorts ") + passiveFirst + " " + passiveLast + "\n";
     text += std::string("AllowForeignAddress ") + (request.foreignAddresses ? "on" : "off") + "\n";
+    if (request.bytesPerSecond != 0) {
+        text +=
+            "TransferRate RETR,STOR " + std::to_string(request.bytesPerSecond / kibibyte) + "\n";
+    }
     if (!RunByRoot()) {
         // Whoever is not root can't shut a session into the folder.
         WriteFile(settings, text);
@@ -188,7 +200,8 @@ std::vector<std::string> PreparePyftpdlib(const ServeRequest& request) {
             testPassword,
             LogOf(request),
             std::string(passiveFirst) + "-" + passiveLast,
-            request.foreignAddresses ? "1" : "0"};
+            request.foreignAddresses ? "1" : "0",
+            std::to_string(request.bytesPerSecond)};
 }
 
 }  // namespace

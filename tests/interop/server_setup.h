@@ -2,6 +2,7 @@
 // What each real FTP server needs to serve one folder on 127.0.0.1: settings, command line,
 // account.
 
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -43,6 +44,7 @@ struct ServeRequest {
     std::filesystem::path state;    // an empty folder for settings and log
     int port;                       // of the control connection
     bool foreignAddresses;          // a client may name another host for a data connection
+    std::uint64_t bytesPerSecond;   // of each data connection, at least 1024; 0: no limit
 };
 
 /// Why this server can't run here; empty when it can.

@@ -23,7 +23,7 @@ constexpr int answerMilliseconds = 60000;
 }  // namespace
 
 Server::Server(ServerKind kind, const std::filesystem::path& root, Options options)
-    : kind_(kind), root_(root), foreignAddresses_(options.foreignAddresses) {
+    : kind_(kind), root_(root), options_(options) {
     Start(options.port);
 }
 
@@ -36,8 +36,11 @@ void Server::Start(int port) {
     if (port != 0) {
         words.insert(words.end(), {"--port", std::to_string(port)});
     }
-    if (foreignAddresses_) {
+    if (options_.foreignAddresses) {
         words.push_back("--foreign");
+    }
+    if (options_.bytesPerSecond != 0) {
+        words.insert(words.end(), {"--rate", std::to_string(options_.bytesPerSecond)});
     }
     words.insert(words.end(), {std::string(ServerName(kind_)), root_.string()});
     std::vector<char*> arguments;

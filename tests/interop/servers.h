@@ -3,6 +3,7 @@
 
 #include <sys/types.h>
 
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -20,8 +21,9 @@ namespace quennet::interop {
 class Server {
   public:
     struct Options {
-        bool foreignAddresses = false;  // a client may name another host for a data connection
-        int port = 0;                   // 0: any free one
+        bool foreignAddresses = false;     // a client may name another host for a data connection
+        int port = 0;                      // 0: any free one
+        std::uint64_t bytesPerSecond = 0;  // of each data connection, at least 1024; 0: no limit
     };
 
     Server(ServerKind kind, const std::filesystem::path& root) : Server(kind, root, Options()) {}
@@ -60,7 +62,7 @@ class Server {
 
     const ServerKind kind_;
     const std::filesystem::path root_;
-    const bool foreignAddresses_;
+    const Options options_;
     pid_t process_ = -1;
     int output_ = -1;  // what interop_server prints
     std::string unread_;

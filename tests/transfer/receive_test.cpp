@@ -460,14 +460,20 @@ class GetFileTest : public ReceiveTest {
 
 TEST_F(GetFileTest, OnlyAPartOfMoreThan1024BytesIsResumed) {
     struct {
-        std::size_t local;
+        u64 local;
         u64 source;
         u32 offset;
-    } cases[] = {{1024, 5000, 0}, {1025, 5000, 1025}, {5000, 5000, 0}, {5001, 5000, 0}};
+    } cases[] = {{1024, 5000, 0},
+                 {1025, 5000, 1025},
+                 {5000, 5000, 0},
+                 {5001, 5000, 0},
+                 {0xFFFFFFFE, u64{5} << 32, 0xFFFFFFFE},
+                 {0xFFFFFFFF, u64{5} << 32, 0}};
     confirmStatus = 1;  // leaves every file out
     LogIn("");
     for (const auto& row : cases) {
-        folder.Write("f", std::string(row.local, 'x'));
+        folder.Write("f", "");
+        std::filesystem::resize_file(Path("f"), row.local);
         EXPECT_EQ(Get("f", row.source), 0);
         EXPECT_EQ(confirmedOffsets.back(), row.offset) << row.local;
     }

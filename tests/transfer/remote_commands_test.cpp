@@ -46,7 +46,8 @@ const CommandRow commandRows[] = {
     {renaming, "a", "RNFR a=350;RNTO b=553", 5, "b"},
     {renaming, "a", "RNFR a=550", 5, "b"},
     {renaming, "a", "RNFR a=250", 2, "b"},
-    {renaming, "a", "RNFR a=350", -1, "b\n"},
+    {renaming, "a", "", -1, "b\n"},
+    {renaming, "a\r", "", -1, "b"},
 };
 
 std::string ScriptOf(const CommandRow& row) {

@@ -1,14 +1,51 @@
 #include "transfer/send.h"
 
+#include <filesystem>
+
 #include "control/command.h"
+#include "host/services.h"
 #include "support/session_test.h"
 #include "support/temp_folder.h"
 
 using namespace quennet;
-using testing::Contains;
-using testing::HasSubstr;
-
 namespace {
+
+/// Puts another service in the host's place while it stands.
+class OtherService {
+  public:
+    OtherService(ShellService service, HostWord function)
+        : shell_(hostTables.shell), other_(*shell_) {
+        if (service != ShellService::count) {
+            other_.words[static_cast<u32>(service)] = function;
+        }
+        original = shell_;
+        reads = 0;
+        hostTables.shell = &other_;
+    }
+    ~OtherService() { hostTables.shell = shell_; }
+
+    static inline const ShellServices* original;
+    static inline int reads;
+
+  private:
+    const ShellServices* shell_;
+    ShellServices other_;
+};
+
+template <typename Function>
+Function Original(ShellService service) {
+    return reinterpret_cast<Function>(OtherService::original->words[static_cast<u32>(service)]);
+}
+
+extern "C" i32 FailTheThirdRead(ShellFile* file, void* buffer, u32 size) {
+    const auto read = Original<ShellReadFileFunction>(ShellService::readFile);
+    return ++OtherService::reads == 3 ? 5 : read(file, buffer, size);
+}
+
+extern "C" i32 FailToClose(ShellFile* file) {
+    Original<ShellCloseFileFunction>(ShellService::closeFile)(file);
+    return 5;
+}
 
 class SendTest : public SessionTest {
   protected:
@@ -69,20 +106,54 @@ TEST_F(SendTest, AMissingLocalFileIsAFailureWhateverTheServerSays) {
     wire.Finish();
 }
 
-TEST_F(SendTest, AnAbortEndsAnUploadThatNobodyReadsWithinTwoSeconds) {
+TEST_F(SendTest, ALocalFileThatFailsInTheMiddleIsAFailureWhateverTheServerSays) {
+    const struct {
+        ShellService service;  // none: the file shrinks
+        HostWord function;
+        const char* text;
+    } rows[] = {
+        {ShellService::readFile, reinterpret_cast<HostWord>(FailTheThirdRead),
+         "The local file could not be read."},
+        {ShellService::closeFile, reinterpret_cast<HostWord>(FailToClose),
+         "The local file could not be closed."},
+        {ShellService::count, 0, "The local file could not be read."},
+    };
+    const std::string next =
+        "-> PASV\n<- 227 ({pasv})\n-> STOR f\n<- 150 go\ndata accept\ndata expect close\n"
+        "<- 226 stored\n";
+    LogIn(Stor("<- 150 go\ndata accept\ndata expect close\n<- 226 stored\n") + next +
+          "-> PASV\n<- 227 ({pasv})\n-> STOR f\n<- 150 go\ndata accept\nmark full\n"
+          "await shrunk\ndata expect close\n<- 226 stored\n-> NOOP\n<- 200 mine\n");
+    for (const auto& row : rows) {
+        const bool shrinks = row.service == ShellService::count;
+        folder.Write("f", Wire::Pattern(shrinks ? 64 << 20 : 20'000));
+        std::thread owner([&] {
+            if (shrinks && wire.AwaitMark("full")) {
+                std::filesystem::resize_file(folder / "f", 20'000);
+                wire.Signal("shrunk");
+            }
+        });
+        const OtherService other(row.service, row.function);
+        EXPECT_EQ(Send("f"), -1);
+        owner.join();
+        EXPECT_STREQ(session->replyBuffer, row.text);
+    }
+    EXPECT_EQ(SendCommandText(session, "NOOP"), 2);
+    wire.Finish();
+}
+
+TEST_F(SendTest, AnAbortEndsAnUploadToASilentServerWithinTwoSeconds) {
     folder.Write("f", Wire::Pattern(64 << 20));
-    LogIn(Stor("<- 150 go\ndata accept\nawait aborted\n<- 226 looks fine\n"));
-    AbortAfter(std::chrono::milliseconds(500));
-    std::thread later([this] {
-        std::this_thread::sleep_for(std::chrono::milliseconds(2500));
-        wire.Signal("aborted");
-    });
+    LogIn(Stor("<- 150 go\ndata accept\nawait ended\n<- 426 late\n-> NOOP\n<- 200 mine\n"));
+    constexpr auto delay = std::chrono::milliseconds(700);
+    AbortAfter(delay);
     const auto start = std::chrono::steady_clock::now();
-    const int result = Send("f");
-    const auto waited = std::chrono::steady_clock::now() - start;
-    later.join();
-    EXPECT_NE(result, 0);
-    EXPECT_LT(waited, std::chrono::milliseconds(3500)) << "the abort, then the reply at 2.5 s";
+    EXPECT_EQ(Send("f"), -1);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, delay + std::chrono::seconds(2));
+    EXPECT_STREQ(session->replyBuffer, "The transfer was aborted.");
+    wire.Signal("ended");
+    EXPECT_EQ(SendCommandText(session, "NOOP"), 2);
+    EXPECT_STREQ(session->replyBuffer, "200 mine");
     wire.Finish();
 }
 

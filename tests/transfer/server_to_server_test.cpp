@@ -160,10 +160,29 @@ TEST_F(ServerToServerTest, AnAbortOfASideEndsItsWaitAlsoWhenTheOtherOneIsWaitedF
     Finish();
 }
 
+TEST_F(ServerToServerTest, ADestinationThatIsDeafToABORIsLeftSoonForANewConnection) {
+    Join(passive + "-> RETR a.txt\n<- 550 none\n",
+         port + "<- 200 ok\n-> STOR b.txt\n<- 150 go\n-> ABOR\naccept\n<- 220 again\n" +
+             "-> USER anna\n<- 230 in\n-> DELE y\n<- 250 ok\n");
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(Copy(), -1);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+    EXPECT_EQ(SourceError(), "550 none");
+    EXPECT_EQ(Host().Send(MessageNumber::remoteDelete, "y", destination->handle), 0);
+    Finish();
+}
+
 TEST_F(ServerToServerTest, WhatCannotBeCopiedSendsNothing) {
     LogIn("");
     EXPECT_EQ(Copy(), -1) << "the destination is not connected";
     EXPECT_EQ(SourceError(), "");
+    destination->controlSocket = 4711;
+    for (char* path : {item.destination, item.source}) {
+        std::strcpy(path, "a\nDELE b");
+        EXPECT_EQ(Copy(), -1);
+        EXPECT_EQ(path == item.source ? SourceError() : DestinationError(),
+                  "Line holds a line end, not sent.");
+    }
     destination->controlSocket = session->controlSocket;
     EXPECT_EQ(Copy(), -1);
     EXPECT_EQ(SourceError(), "FxP between same hosts not supported.");

@@ -80,6 +80,78 @@ TEST_F(WorkerTest, ThePanelHearsOfTheBeginAndOfSuccess) {
     wire.Finish();
 }
 
+struct ChangeRow {
+    std::string before;  // the session's directory
+    std::string path;
+    std::string script;
+    std::string after;
+    std::vector<std::string> heard;
+};
+
+TEST_F(WorkerTest, AChangeOfDirectoryNamesWhatWasLeftByGoingUp) {
+    const std::string up = "-> CDUP\n<- 250 ok\n-> PWD\n<- 257 \"/a\"\n";
+    const std::string tooLong(pathSize, 'd');
+    const ChangeRow rows[] = {
+        {"/a/X", "..", up, "/a", {"done 5 X"}},
+        {"/a/X/", "..", up, "/a", {"done 5 X"}},
+        {"/a",
+         "..",
+         "-> CDUP\n<- 502 no\n-> CWD ..\n<- 250 ok\n-> PWD\n<- 257 \"/\"\n",
+         "/",
+         {"done 5 a"}},
+        {"/a", "s", "-> CWD s\n<- 250 ok\n-> PWD\n<- 257 \"/a/s/\"\n", "/a/s", {"done 5 "}},
+        {"/a", "\\", "-> CWD /\n<- 250 ok\n-> PWD\n<- 257 \"/\"\n", "/", {"done 5 "}},
+        {"D:", "\\", "-> CWD \\\\\n<- 250 ok\n-> PWD\n<- 257 \"D:\"\n", "D:", {"done 5 "}},
+        {"/a", "s", "-> CWD s\n<- 550 no\n", "/a", {}},
+        {"/a", "s", "-> CWD s\n<- 250 ok\n-> PWD\n<- 550 no\n", "/a", {}},
+        {"/a",
+         "s",
+         "-> CWD s\n<- 250 ok\n-> PWD\n<- 257 \"" + tooLong + "\"\n-> CWD /a\n<- 250 ok\n",
+         "/a",
+         {}},
+        {"/a", "s\nDELE x", "", "/a", {}},
+    };
+    std::string script;
+    for (const ChangeRow& row : rows) {
+        script += row.script;
+    }
+    LogIn(script);
+    for (const ChangeRow& row : rows) {
+        StoreText(session->site.directory, pathSize, row.before.c_str());
+        session->currentCacheIndex = 3;
+        Host().Send(MessageNumber::changeDirAsync, row.path.c_str(), 0xABC0005u, session->handle,
+                    reinterpret_cast<HostWord>(HearDone));
+        EXPECT_EQ(Heard(), row.heard) << row.script;
+        EXPECT_EQ(session->site.directory, row.after);
+        EXPECT_EQ(session->currentCacheIndex, row.heard.empty() ? 3u : 0u);
+    }
+    wire.Finish();
+}
+
+TEST_F(WorkerTest, AChangeAtOnceLeavesTheSessionWhereItStands) {
+    StoreText(session->site.directory, pathSize, "/old");
+    const std::string tooLong(pathSize, 'd');
+    LogIn(
+        "-> CWD a\n<- 250 ok\n-> PWD\n<- 257 \"/a\"\n-> CWD b\n<- 550 no\n"
+        "-> CWD c\n<- 250 ok\n-> PWD\n<- 450 no\n"
+        "-> CWD d\n<- 250 ok\n-> PWD\n<- 257 \"" +
+        tooLong + "\"\n-> CWD /old\n<- 250 ok\n-> CWD e\n<- 250 ok\n-> PWD\n<- 257 \"/e\"\n");
+    char out[pathSize] = "?";
+    const struct {
+        const char* path;
+        i32 result;
+        const char* out;
+    } rows[] = {{"", 0, "?"}, {"a", 0, "/a"}, {"b", 5, "/a"}, {"c", 4, "/a"}, {"d", 5, "/a"}};
+    for (const auto& row : rows) {
+        EXPECT_EQ(Host().Send(MessageNumber::changeDirSync, row.path, session->handle, out),
+                  row.result);
+        EXPECT_STREQ(out, row.out);
+    }
+    EXPECT_EQ(Host().Send(MessageNumber::changeDirSync, "e", session->handle, nullptr), 0);
+    EXPECT_STREQ(session->site.directory, "/old");
+    wire.Finish();
+}
+
 TEST_F(WorkerTest, ATypedLineGoesOutWholeOrNotAtAll) {
     const std::string longest = "SITE %s%n" + std::string(1014, 'x');
     ASSERT_EQ(longest.size(), 1023u);
