@@ -1,17 +1,21 @@
 // A host that does one thing to one anonymous server, to be measured from outside.
 //
 //   bench_host HOST:PORT DIRECTORY get-all FOLDER   downloads all files of the directory
+//   bench_host HOST:PORT DIRECTORY put-all FOLDER   uploads all files of the folder, unasked
 //   bench_host HOST:PORT DIRECTORY list-memory      lists it, and compares the memory that took
 //                                                   with the listing's text, at most twice of it
 //
 // Exit status: 0; 1 when something failed or the limit is exceeded; 2 usage.
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <string>
+#include <string_view>
 
 #include "hostkit/connection.h"
 #include "hostkit/host.h"
@@ -63,7 +67,21 @@ int GetAll(Connection& connection, const fs::path& folder) {
     return EXIT_SUCCESS;
 }
 
-int ListMemory(Connection& connection) {
+int PutAll(Connection& connection, const fs::path& folder) {
+    hostkit::TransferOperation operation;
+    const hostkit::Listing nothingThere;
+    for (const fs::directory_entry& file : fs::directory_iterator(folder)) {
+        const hostkit::UploadRequest request = {file.path(), file.path().filename()};
+        const hostkit::TransferResult result = connection.Upload(request, nothingThere, operation);
+        if (!result.Done()) {
+            std::fprintf(stderr, "%s: %s\n", request.source.c_str(), result.text.c_str());
+            return EXIT_FAILURE;
+        }
+    }
+    return EXIT_SUCCESS;
+}
+
+int ListMemory(Connection& connection, const fs::path&) {
     const double idle = PeakMemory();
     const hostkit::ListResult listing = connection.List();
     if (!listing.done) {
@@ -88,7 +106,29 @@ int ListMemory(Connection& connection) {
     return kept ? EXIT_SUCCESS : EXIT_FAILURE;
 }
 
-int Run(hostkit::Host& host, int count, char** arguments) {
+/// What the third argument asks for. `folder` is empty when none is given.
+struct Work {
+    const char* name;
+    bool takesFolder;
+    int (*run)(Connection& connection, const fs::path& folder);
+};
+
+constexpr Work works[] = {
+    {"get-all", true, GetAll},
+    {"put-all", true, PutAll},
+    {"list-memory", false, ListMemory},
+};
+
+const Work* FindWork(int count, char** arguments) {
+    const auto* const found =
+        std::find_if(std::begin(works), std::end(works), [&](const Work& work) {
+            return count == (work.takesFolder ? 5 : 4) &&
+                   std::string_view(arguments[3]) == work.name;
+        });
+    return found != std::end(works) ? found : nullptr;
+}
+
+int Run(hostkit::Host& host, const Work& work, char** arguments) {
     Connection connection(host);
     hostkit::ConnectRequest request;
     request.host = arguments[1];
@@ -98,23 +138,24 @@ int Run(hostkit::Host& host, int count, char** arguments) {
         std::fprintf(stderr, "%s\n", connected.text.c_str());
         return EXIT_FAILURE;
     }
-    return count == 5 ? GetAll(connection, arguments[4]) : ListMemory(connection);
+    return work.run(connection, work.takesFolder ? arguments[4] : "");
 }
 
 }  // namespace
 
 int main(int count, char** arguments) {
-    const std::string work = count > 3 ? arguments[3] : "";
-    if (!(work == "get-all" && count == 5) && !(work == "list-memory" && count == 4)) {
+    const Work* const work = FindWork(count, arguments);
+    if (work == nullptr) {
         std::fprintf(stderr,
-                     "usage: bench_host HOST:PORT DIRECTORY get-all FOLDER | list-memory\n");
+                     "usage: bench_host HOST:PORT DIRECTORY "
+                     "get-all FOLDER | put-all FOLDER | list-memory\n");
         return 2;
     }
     try {
         hostkit::MessageLoop loop;
         hostkit::Host host(loop, hostkit::HostOptions());
         host.LoadModule(QUENNET_MODULE);
-        return hostkit::RunJob(loop, [&] { return Run(host, count, arguments); });
+        return hostkit::RunJob(loop, [&] { return Run(host, *work, arguments); });
     } catch (const std::exception& failure) {
         std::fprintf(stderr, "%s\n", failure.what());
         return EXIT_FAILURE;

@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # transfer_bench.sh BUILD_FOLDER [ROUNDS]
 #
-# Compares this client with curl and lftp on one vsftpd on 127.0.0.1, in one run: a download of
-# 1 GiB into memory, 2,000 files of 1 KiB over one connection, and the memory that a listing of
-# 100,000 entries takes. Prints medians, ratios and whether the limits are kept.
+# Compares this client with curl and lftp on one vsftpd on 127.0.0.1, in one run: 1 GiB down into
+# memory and up from there, 2,000 files of 1 KiB each way over one connection, and the memory that a
+# listing of 100,000 entries takes. Prints medians, ratios and whether the limits are kept.
 #
 # Exit status: 0 when all limits are kept, 1 when one is exceeded, 3 when something can't be run.
 set -u
@@ -34,6 +34,7 @@ trap finish EXIT
 trap 'exit 3' INT TERM
 
 served=$folder/served
+incoming=$served/incoming
 mkdir -p "$served/small" "$served/many" "$folder/local"
 chmod 755 "$folder" "$served" "$served/small" "$served/many"
 head -c 1073741824 /dev/zero >"$served/gibibyte"
@@ -54,7 +55,8 @@ url=ftp://127.0.0.1:$port
 
 status=0
 compare() {
-    "$bin/side_by_side" --rounds "$rounds" --before "rm -rf '$folder/local' && mkdir '$folder/local'" "$@"
+    "$bin/side_by_side" --rounds "$rounds" \
+        --before "rm -rf '$folder/local' '$incoming' && mkdir '$folder/local' && mkdir -m 777 '$incoming'" "$@"
     local result=$?
     [ $result -gt $status ] && status=$result
 }
@@ -68,10 +70,23 @@ compare --cpu-limit 1.25 --wall-limit 1.1 \
     curl "exec curl -sS -o local/file $url/gibibyte" \
     lftp "exec lftp -c 'set ftp:ssl-allow no; get $url/gibibyte -o local/file'"
 
+echo "1 GiB from memory to vsftpd"
+compare --cpu-limit 1.5 --wall-limit 1.25 \
+    quennet "exec '$bin/quennet' put served/gibibyte $url/incoming/file" \
+    curl "exec curl -sS -T served/gibibyte $url/incoming/file" \
+    lftp "exec lftp -c 'set ftp:ssl-allow no; open $url; put -O incoming served/gibibyte -o file'"
+
 echo "2,000 files of 1 KiB over one connection"
 compare --wall-limit 1.25 \
     quennet "exec '$bin/bench_host' 127.0.0.1:$port small get-all local" \
     lftp "exec lftp -c 'set ftp:ssl-allow no; open $url; cd small; mget -O local *'"
+
+# Without what else lftp does for each file: the server refuses both to anonymous clients.
+echo "2,000 files of 1 KiB up over one connection"
+compare --wall-limit 1.25 \
+    quennet "exec '$bin/bench_host' 127.0.0.1:$port incoming put-all served/small" \
+    lftp "exec lftp -c 'set ftp:ssl-allow no; set ftp:use-site-utime no; set ftp:use-site-utime2 no;
+        open $url; mirror -R --no-perms served/small incoming'"
 
 echo "listing of 100,000 entries"
 "$bin/bench_host" "127.0.0.1:$port" many list-memory

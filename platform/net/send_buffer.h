@@ -4,11 +4,13 @@
 #include <cstddef>
 #include <memory>
 
+#include "net/visible.h"
+
 namespace quennet::net {
 
 class SendBuffer {
   public:
-    static constexpr std::size_t capacity = 64 * 1024;
+    static constexpr std::size_t capacity = 256 * 1024;
 
     /// Takes what there is room for. Returns the number of bytes taken.
     std::size_t Append(const char* data, std::size_t length);
@@ -34,7 +36,7 @@ class SendBuffer {
     std::unique_ptr<char[]> bytes_;
     std::size_t begin_ = 0;
     std::size_t end_ = 0;
-    bool stalled_ = false;
+    Visible<bool> stalled_ = false;
 };
 
 }  // namespace quennet::net

@@ -66,6 +66,12 @@ void CloseLocked(Socket* socket) {
 
 }  // namespace
 
+bool IsKnownWritable(SOCKET number) {
+    const Socket* const socket = FindSlot(number);
+    return socket != nullptr && socket->open && socket->state.link == Link::connected &&
+           !socket->state.unsent.Stalled();
+}
+
 SOCKET AdoptDescriptor(int descriptor, const SocketState& model) {
     Socket* const socket = MakeSlot(static_cast<std::size_t>(descriptor));
     if (socket == nullptr) {

@@ -14,6 +14,7 @@
 
 #include "net/read_ahead.h"
 #include "net/send_buffer.h"
+#include "net/visible.h"
 
 namespace quennet::net {
 
@@ -34,7 +35,7 @@ struct SocketState {
     bool shutdownOwed = false;  // the system is told when the last unsent byte is out
     bool sentSinceWait = false;
     bool failureShown = false;  // `select` has come back early for a failed connect
-    Link link = Link::none;
+    Visible<Link> link = Link::none;
     int error = 0;  // found beside the calls, for the next one to report
     int64_t lastSendMilliseconds = 0;
     ReadAhead received;
@@ -44,7 +45,7 @@ struct SocketState {
 struct Socket {
     std::mutex lock;
     int descriptor = -1;
-    bool open = false;
+    Visible<bool> open = false;
     bool descriptorOwed = false;  // closed, but somebody still sleeps on the descriptor
     uint32_t generation = 0;      // rises with each close
     unsigned sleepers = 0;
@@ -84,6 +85,11 @@ class SocketUse {
     SocketReference reference_{};
     std::unique_lock<std::mutex> lock_;
 };
+
+/// Whether the number is a connected stream that is ready to be written to by what the layer knows:
+/// the system took all at the last attempt. Takes no lock: who sends in pieces asks this for each
+/// of them. False says nothing.
+bool IsKnownWritable(SOCKET number);
 
 /// Makes a new descriptor a socket. INVALID_SOCKET, with the last error set, when there is no room
 /// for one more; the descriptor is closed then.

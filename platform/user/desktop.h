@@ -18,7 +18,8 @@
 // and hands nothing out), the first posted message, WM_QUIT, a timer that is due. A timer is not a
 // message in a queue but a due time; WM_TIMER is made at the moment it is taken, so it cannot pile
 // up, and a timer that was killed or set again is gone at once. A thread with nothing to take
-// waits on the `wake` of its queue, until the next timer is due at most.
+// waits on the `wake` of its queue, until the next timer is due at most; a timer that is set for
+// later than that does not wake it.
 //
 // Sends. A send to a window of the same thread is a call. A send to another thread is put into the
 // target's `sent`, and the sender waits for its answer. While it waits it serves what is sent to
@@ -92,6 +93,9 @@ struct Timer {
 struct MessageQueue {
     DWORD thread = 0;
     std::condition_variable wake;
+    /// When the thread looks at its timers without being woken; the least of all times while it
+    /// does not wait for them.
+    Clock::time_point sleepsUntil = Clock::time_point::min();
     std::deque<std::shared_ptr<SentMessage>> sent;
     std::vector<std::shared_ptr<SentMessage>> serving;  // taken from `sent`, not yet answered
     std::deque<MSG> posted;

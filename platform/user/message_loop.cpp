@@ -133,11 +133,13 @@ void WaitForWork(DesktopLock& desktop, MessageQueue& queue, const MessageFilter&
             due = timer.due;
         }
     }
+    queue.sleepsUntil = due;
     if (due == Clock::time_point::max()) {
         queue.wake.wait(desktop.Lock());
     } else {
         queue.wake.wait_until(desktop.Lock(), due);
     }
+    queue.sleepsUntil = Clock::time_point::min();
 }
 
 }  // namespace quennet::user

@@ -38,7 +38,9 @@ void Arm(MessageQueue& queue, const Timer& armed) {
     } else {
         *timer = armed;
     }
-    queue.wake.notify_all();
+    if (armed.due < queue.sleepsUntil) {
+        queue.wake.notify_all();
+    }
 }
 
 /// The queue of a window's thread, the caller's own without a window, null when it is gone.

@@ -149,6 +149,9 @@ TEST_P(InteropAbort, EndsAListingFromAServerThatHasFallenSilent) {
         abort.reset();
         server->Resume();
         // The first command may be the one that finds the old connection closed, and end with it.
+        // vsftpd takes long here: the half of it that guards a session's rights takes a stopped
+        // process for one that has ended, and waits for its end. The listing's 426 still comes,
+        // then nothing, so the command has to run into the time-out of its reply.
         connection.CheckDirectory(connection.Directory());
         const hostkit::ListResult result = connection.List();
         EXPECT_TRUE(result.done) << result.text;

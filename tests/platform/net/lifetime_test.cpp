@@ -30,7 +30,13 @@ TEST(StartupTest, NothingWorksBeforeTheStartAndAfterTheLastCleanup) {
 }
 
 TEST_F(LifetimeTest, AClosedSocketIsNone) {
+    EXPECT_TRUE(Writable(socket_, 0));
     EXPECT_EQ(closesocket(socket_), 0);
+    fd_set writers;
+    FD_ZERO(&writers);
+    FD_SET(socket_, &writers);
+    EXPECT_EQ(select(0, nullptr, &writers, nullptr, nullptr), SOCKET_ERROR);
+    EXPECT_EQ(WSAGetLastError(), WSAENOTSOCK);
     EXPECT_EQ(Receive(socket_, 1), "error 10038");
     EXPECT_EQ(closesocket(socket_), SOCKET_ERROR);
     EXPECT_EQ(Receive(INVALID_SOCKET, 1), "error 10038");

@@ -64,6 +64,26 @@ TEST(Timer, BeginsAnewWhenItIsSetAgain) {
     KillTimer(timed.Window(), 1);
 }
 
+TEST(Timer, FiresInTimeWhateverItsThreadSleepsFor) {
+    TimedThread timed;
+    SetTimer(timed.Window(), 1, 60000, nullptr);
+    SetTimer(timed.Window(), 2, 20, nullptr);
+    EXPECT_TRUE(timed.WaitFor(1)) << "behind one that is due much later";
+    KillTimer(timed.Window(), 2);
+    KillTimer(timed.Window(), 1);
+    // What was taken before the kill is through when this returns.
+    SendMessageA(timed.Window(), WM_NULL, 0, 0);
+
+    SetTimer(timed.Window(), 1, 50, nullptr);
+    KillTimer(timed.Window(), 1);
+    const int before = timed.fired;
+    const auto start = Clock::now();
+    SetTimer(timed.Window(), 1, 200, nullptr);
+    EXPECT_TRUE(timed.WaitFor(before + 1)) << "behind one that was killed and due sooner";
+    EXPECT_GE(Clock::now() - start, 200ms);
+    KillTimer(timed.Window(), 1);
+}
+
 TEST(Timer, DoesNotPileUpAndComesBehindAllPostedMessages) {
     std::string order;
     const Handler note = [&](HWND, UINT message, WPARAM, LPARAM) {
