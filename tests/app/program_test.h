@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-#include "app/program_run.h"
 #include "loopback/server.h"
+#include "support/program_run.h"
 
 constexpr int exitDone = 0;
 constexpr int exitFailed = 1;

@@ -35,6 +35,8 @@ class TempFolder {
     TempFolder(const TempFolder&) = delete;
     TempFolder& operator=(const TempFolder&) = delete;
 
+    const std::filesystem::path& Path() const { return path_; }
+    operator const std::filesystem::path&() const { return path_; }
     std::filesystem::path operator/(const std::string& name) const { return path_ / name; }
 
     void Write(const std::string& name, const std::string& bytes) const {

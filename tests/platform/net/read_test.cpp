@@ -44,7 +44,7 @@ TEST_F(ReadTest, APeekSeesBytesThatCameBehindThoseAlreadySeen) {
     EXPECT_EQ(Receive(socket_, 82, MSG_PEEK), "220 re");
     peer.Write("ady\r\n");
     std::string line;
-    for (int turn = 0; turn < 200 && line.size() < 11; ++turn) {
+    for (int turn = 0; turn < 4000 && line.size() < 11; ++turn) {
         line = Receive(socket_, 82, MSG_PEEK);
         Sleep(5);
     }
