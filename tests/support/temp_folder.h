@@ -1,6 +1,7 @@
 #pragma once
-// A folder of a test's own, gone with it, and whole files.
+// A folder of a test's own, gone with it, whole files, and bytes to fill them with.
 
+#include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -17,6 +18,16 @@ inline void WriteWhole(const std::filesystem::path& path, std::string_view bytes
 inline std::string ReadWhole(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
+}
+
+/// Bytes without a pattern that repeats soon; the same for the same seed.
+inline std::string MixedBytes(std::size_t count, std::uint32_t seed = 1) {
+    std::string bytes(count, '\0');
+    for (char& byte : bytes) {
+        seed = seed * 1664525 + 1013904223;
+        byte = static_cast<char>(seed >> 24);
+    }
+    return bytes;
 }
 
 class TempFolder {
