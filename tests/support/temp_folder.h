@@ -1,11 +1,13 @@
 #pragma once
 // A folder of a test's own, gone with it, whole files, and bytes to fill them with.
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -16,16 +18,20 @@ inline void WriteWhole(const std::filesystem::path& path, std::string_view bytes
 
 /// The bytes of a file; none when there is no such file.
 inline std::string ReadWhole(const std::filesystem::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
+    std::ostringstream bytes;
+    bytes << std::ifstream(path, std::ios::binary).rdbuf();
+    return bytes.str();
 }
 
-/// Bytes without a pattern that repeats soon; the same for the same seed.
-inline std::string MixedBytes(std::size_t count, std::uint32_t seed = 1) {
+/// Bytes without a pattern that repeats; the same for the same seed.
+inline std::string MixedBytes(std::size_t count, std::uint64_t seed = 1) {
     std::string bytes(count, '\0');
-    for (char& byte : bytes) {
-        seed = seed * 1664525 + 1013904223;
-        byte = static_cast<char>(seed >> 24);
+    std::uint64_t number = (seed + 1) * 0x9E3779B97F4A7C15;
+    for (std::size_t offset = 0; offset < count; offset += sizeof number) {
+        number ^= number << 13;
+        number ^= number >> 7;
+        number ^= number << 17;
+        std::memcpy(bytes.data() + offset, &number, std::min(sizeof number, count - offset));
     }
     return bytes;
 }
