@@ -177,9 +177,14 @@ TEST_F(LifecycleTest, TwoEndsAreOne) {
 }
 
 TEST_F(LifecycleTest, AnEndDuringTheLoginWaitsForItAndLeavesNoConnection) {
-    wire.Start("<- 220 ready\n-> USER anna\nmark user\npause 0.5\n<- 230 in\nexpect close\n");
+    wire.Start("<- 220 ready\n-> USER anna\nmark user\nawait ended\n<- 230 in\nexpect close\n");
     Connect({.host = WireHost()});
     ASSERT_TRUE(wire.AwaitMark("user"));
+    Host().Send(MessageNumber::disconnect, &holder);
+    while (!SessionOfHandle()->stopRetrying.IsSet()) {
+        Sleep(1);
+    }
+    wire.Signal("ended");
     Disconnect();
     EXPECT_THAT(notices.All(), Not(Contains("connected 7")));
     wire.Finish();
@@ -192,7 +197,7 @@ TEST_F(LifecycleTest, AnEndWaitsForTheWorkersOfTypedLinesAndOfDirectories) {
     for (const bool typed : {true, false}) {
         Wire server;
         server.Start(std::string(login) + (typed ? "-> NOOP\n" : "-> CWD /a\n") +
-                     "mark sent\npause 0.5\n<- 550 late\n" + quit);
+                     "mark sent\nawait ended\n<- 550 late\n" + quit);
         Connect({.host = "127.0.0.1:" + std::to_string(server.port())});
         ASSERT_TRUE(notices.AwaitNotice("connected 7"));
         notices.Clear();
@@ -204,6 +209,8 @@ TEST_F(LifecycleTest, AnEndWaitsForTheWorkersOfTypedLinesAndOfDirectories) {
                         reinterpret_cast<HostWord>(NothingIsDone));
         }
         EXPECT_TRUE(server.AwaitMark("sent"));
+        Host().Send(MessageNumber::disconnect, &holder);
+        server.Signal("ended");
         Disconnect();
         server.Finish();
     }
