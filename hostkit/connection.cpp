@@ -296,7 +296,6 @@ void Connection::TakeLine(const std::string& line) {
         lastLine_ = line;
         lastLineTime_ = std::chrono::steady_clock::now();
         if (IsReply(line)) {
-            lost_ = false;
             lastReply_ = line;
         }
     }
@@ -332,7 +331,6 @@ void Connection::ConnectFailed(const std::string& text) {
 }
 
 void Connection::ReconnectFailed() {
-    lost_ = true;
     if (options_.reconnectFailed) {
         options_.reconnectFailed();
     }

@@ -138,9 +138,6 @@ class Connection final : private Panel {
 
     bool Connected() const { return Handle() != nullptr; }
 
-    /// The connection broke and could not be made again; nothing has come from the server since.
-    bool Lost() const { return lost_; }
-
     /// The directory in which the session stands, with the server's words; empty if not connected.
     std::string Directory();
 
@@ -239,7 +236,6 @@ class Connection final : private Panel {
     HostWord holder_ = 0;  // the module writes it
     quennet::ConnectParams params_ = {};
     std::atomic<bool> abortPending_ = false;
-    std::atomic<bool> lost_ = false;
 
     mutable std::mutex mutex_;  // of all that follows
     std::condition_variable unused_;

@@ -18,19 +18,19 @@ class Collector {
         : connection_(connection), operation_(operation), help_(help) {}
 
     std::optional<RemoteTree> Run(const std::string& root) {
-        const DirectoryResult entered = connection_.ChangeDirectory(ServerPath(root));
+        const DirectoryResult entered = Enter(connection_, operation_, root);
         if (!entered.Done()) {
             TellFailed(operation_, root, CauseOf(entered));
             return std::nullopt;
         }
         const std::string name = root.substr(root.find_last_of('/') + 1);
         Add({entered.directory, name.empty() ? root : name, {}}, noParent);
-        while (!pending_.empty() && !MustEnd(connection_, operation_)) {
+        while (!pending_.empty() && !MustEnd(operation_)) {
             const Pending next = std::move(pending_.back());
             pending_.pop_back();
             EnterChild(next);
         }
-        if (MustEnd(connection_, operation_)) {
+        if (MustEnd(operation_)) {
             return std::nullopt;
         }
         return std::move(tree_);
@@ -86,15 +86,15 @@ class Collector {
             return;
         }
         if (here_ != child.parent) {
-            if (const auto words = EnterAgain(connection_, tree_[child.parent].path)) {
+            if (const auto words = EnterAgain(connection_, operation_, tree_[child.parent].path)) {
                 TellFailed(operation_, name, *words);
                 return;
             }
             here_ = child.parent;
         }
-        DirectoryResult entered = connection_.ChangeDirectory(ServerPath(child.entry.name));
+        DirectoryResult entered = Enter(connection_, operation_, child.entry.name);
         if (!entered.Done() && help_ && help_(child.entry)) {
-            entered = connection_.ChangeDirectory(ServerPath(child.entry.name));
+            entered = Enter(connection_, operation_, child.entry.name);
         }
         if (!entered.Done()) {
             TellFailed(operation_, name, CauseOf(entered));
@@ -153,8 +153,14 @@ std::optional<RemoteTree> CollectTree(Connection& connection, const std::string&
     return Collector(connection, operation, help).Run(root);
 }
 
-std::optional<std::string> EnterAgain(Connection& connection, const std::string& path) {
-    const DirectoryResult entered = connection.ChangeDirectory(ServerPath(path));
+DirectoryResult Enter(Connection& connection, TreeOperation& operation, const std::string& path) {
+    return RunRepairing<DirectoryResult>(
+        connection, operation, [&] { return connection.ChangeDirectory(ServerPath(path)); });
+}
+
+std::optional<std::string> EnterAgain(Connection& connection, TreeOperation& operation,
+                                      const std::string& path) {
+    const DirectoryResult entered = Enter(connection, operation, path);
     if (!entered.Done()) {
         return CauseOf(entered);
     }
@@ -180,36 +186,41 @@ ListResult ListWhole(Connection& connection) {
     return plain.done ? std::move(plain) : std::move(whole);
 }
 
-bool MustEnd(const Connection& connection, const TreeOperation& operation) {
-    return (operation.cancelled && operation.cancelled()) || connection.Lost();
+bool MustEnd(const TreeOperation& operation) {
+    return operation.lost || (operation.cancelled && operation.cancelled());
 }
 
-TreeOutcome OutcomeOf(const Connection& connection, const TreeOperation& operation) {
+TreeOutcome OutcomeOf(const TreeOperation& operation) {
     if (operation.cancelled && operation.cancelled()) {
         return TreeOutcome::cancelled;
     }
-    if (connection.Lost()) {
+    if (operation.lost) {
         return TreeOutcome::lost;
     }
     return operation.failures == 0 ? TreeOutcome::done : TreeOutcome::failures;
 }
 
 bool HasAnswer(const TransferResult& result) {
-    return result.outcome != TransferOutcome::failed || result.localFailure || IsReply(result.text);
+    return result.outcome != TransferOutcome::failed || result.localFailure ||
+           HasAnswer(CommandResult{-1, result.text});
 }
 
 bool HasAnswer(const CommandResult& result) {
-    return result.Done() || IsReply(result.text);
+    // Behind a 421 the server has closed.
+    return result.Done() || (IsReply(result.text) && !result.text.starts_with("421"));
 }
 
-bool Repair(Connection& connection, const TreeOperation& operation) {
+bool Repair(Connection& connection, TreeOperation& operation) {
     constexpr int attempts = 3;  // a connection that was closed in order is only noticed by use
     const std::string directory = connection.Directory();
-    for (int attempt = 0; attempt < attempts && !MustEnd(connection, operation); ++attempt) {
-        if (!EnterAgain(connection, directory)) {
-            return true;
+    DirectoryResult back;
+    for (int attempt = 0; attempt < attempts && !MustEnd(operation); ++attempt) {
+        back = connection.ChangeDirectory(ServerPath(directory));
+        if (HasAnswer(back)) {
+            return back.Done() && back.directory == directory;
         }
     }
+    operation.lost = true;
     return false;
 }
 

@@ -43,7 +43,11 @@ std::optional<RemoteTree> CollectTree(Connection& connection, const std::string&
 
 /// Makes a directory of the tree the session's own again. The server's words when it can't, or when
 /// it is not the one that was listed.
-std::optional<std::string> EnterAgain(Connection& connection, const std::string& path);
+std::optional<std::string> EnterAgain(Connection& connection, TreeOperation& operation,
+                                      const std::string& path);
+
+/// Makes a directory the session's own, a name in the one where it stands, or a path.
+DirectoryResult Enter(Connection& connection, TreeOperation& operation, const std::string& path);
 
 /// Whether a directory lies below another one, by the names that the server gives. Where its paths
 /// are of another kind nothing can be said against it.
@@ -53,19 +57,19 @@ bool LiesBelow(const std::string& path, const std::string& root);
 ListResult ListWhole(Connection& connection);
 
 /// Whether the operation must end here: cancelled, or the connection lost.
-bool MustEnd(const Connection& connection, const TreeOperation& operation);
-TreeOutcome OutcomeOf(const Connection& connection, const TreeOperation& operation);
+bool MustEnd(const TreeOperation& operation);
+TreeOutcome OutcomeOf(const TreeOperation& operation);
 
 /// Whether it is known why a transfer or command failed: by the server's word, or on this side.
 bool HasAnswer(const TransferResult& result);
 bool HasAnswer(const CommandResult& result);
 
 /// Brings a connection that broke back to the directory that it stood in. False when it did not.
-bool Repair(Connection& connection, const TreeOperation& operation);
+bool Repair(Connection& connection, TreeOperation& operation);
 
 /// Runs an operation, and once more when the connection broke before the server had answered.
 template <typename Result, typename Work>
-Result RunRepairing(Connection& connection, const TreeOperation& operation, const Work& work) {
+Result RunRepairing(Connection& connection, TreeOperation& operation, const Work& work) {
     const Result result = work();
     return result.Done() || HasAnswer(result) || !Repair(connection, operation) ? result : work();
 }

@@ -27,7 +27,7 @@ class TreeChange {
         if (root.isDirectory) {
             const auto tree = CollectTree(connection_, root.name, operation_, help);
             if (!tree) {
-                return OutcomeOf(connection_, operation_);
+                return OutcomeOf(operation_);
             }
             // A link that the listing does not show as one is still no directory of this tree.
             if (LiesBelow(tree->front().path, start)) {
@@ -35,17 +35,17 @@ class TreeChange {
             }
         }
         ++operation_.entriesTotal;
-        if (MustEnd(connection_, operation_)) {
-            return OutcomeOf(connection_, operation_);
+        if (MustEnd(operation_)) {
+            return OutcomeOf(operation_);
         }
         if (root.isDirectory) {
-            if (const auto words = EnterAgain(connection_, start)) {
+            if (const auto words = EnterAgain(connection_, operation_, start)) {
                 TellFailed(operation_, root.name, *words);
-                return OutcomeOf(connection_, operation_);
+                return OutcomeOf(operation_);
             }
         }
         TakeEntry(root, root.name);
-        return OutcomeOf(connection_, operation_);
+        return OutcomeOf(operation_);
     }
 
   private:
@@ -59,15 +59,15 @@ class TreeChange {
     }
 
     void TakeDirectory(const RemoteDirectory& directory) {
-        if (directory.entries.empty() || MustEnd(connection_, operation_)) {
+        if (directory.entries.empty() || MustEnd(operation_)) {
             return;
         }
-        if (const auto words = EnterAgain(connection_, directory.path)) {
+        if (const auto words = EnterAgain(connection_, operation_, directory.path)) {
             TellFailed(operation_, directory.name, *words);
             return;
         }
         for (const RemoteEntry& entry : directory.entries) {
-            if (MustEnd(connection_, operation_)) {
+            if (MustEnd(operation_)) {
                 return;
             }
             TakeEntry(entry, JoinPath(directory.name, entry.name));
@@ -162,7 +162,7 @@ class PermissionSetter {
 TreeOutcome RemoveTree(Connection& connection, const std::string& name, TreeOperation& operation) {
     const auto root = FindEntry(connection, name, operation);
     if (!root) {
-        return OutcomeOf(connection, operation);
+        return OutcomeOf(operation);
     }
     const Change remove = [&](const RemoteEntry& entry, const std::string& shown) {
         const std::string path = ServerPath(entry.name);
@@ -179,7 +179,7 @@ TreeOutcome ChangeTreePermissions(Connection& connection, const std::string& nam
                                   const PermissionChange& change, TreeOperation& operation) {
     auto root = FindEntry(connection, name, operation);
     if (!root) {
-        return OutcomeOf(connection, operation);
+        return OutcomeOf(operation);
     }
     root->isDirectory = root->isDirectory && change.recursive;
     PermissionSetter setter(connection, operation, change);

@@ -67,7 +67,7 @@ class TreeDownload {
                 TakeDirectory(directory, FolderOf(directory, tree->front(), target));
             }
         }
-        return cancelled_ ? TreeOutcome::cancelled : OutcomeOf(connection_, operation_);
+        return cancelled_ ? TreeOutcome::cancelled : OutcomeOf(operation_);
     }
 
   private:
@@ -87,7 +87,7 @@ class TreeDownload {
         return operation_.listsBytes && !entry.IsLink() ? entry.size : 0;
     }
 
-    bool MustEnd() const { return cancelled_ || hostkit::MustEnd(connection_, operation_); }
+    bool MustEnd() const { return cancelled_ || hostkit::MustEnd(operation_); }
 
     void TakeDirectory(const RemoteDirectory& directory, const std::string& folder) {
         std::error_code error;
@@ -106,7 +106,7 @@ class TreeDownload {
                 continue;
             }
             if (!entered) {
-                if (const auto words = EnterAgain(connection_, directory.path)) {
+                if (const auto words = EnterAgain(connection_, operation_, directory.path)) {
                     TellFailed(operation_, directory.name, *words);
                     return;
                 }

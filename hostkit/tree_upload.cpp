@@ -31,7 +31,7 @@ class TreeUpload {
                 operation_.entriesDone += tree[index].files.size();
             }
         }
-        return cancelled_ ? TreeOutcome::cancelled : OutcomeOf(connection_, operation_);
+        return cancelled_ ? TreeOutcome::cancelled : OutcomeOf(operation_);
     }
 
   private:
@@ -42,7 +42,7 @@ class TreeUpload {
         bool isNew = false;
     };
 
-    bool MustEnd() const { return cancelled_ || hostkit::MustEnd(connection_, operation_); }
+    bool MustEnd() const { return cancelled_ || hostkit::MustEnd(operation_); }
 
     /// Enters the directory of a folder, and makes it where it is missing. False when there is
     /// none: then nothing below it can be sent either.
@@ -64,16 +64,17 @@ class TreeUpload {
             TellFailed(operation_, folder.name, "the server has a link of this name");
             return false;
         }
-        const std::string path = ServerPath(name);
         const bool mayBeThere = isRoot || !directories_[folder.parent].isNew;
         DirectoryResult entered;
         if (mayBeThere) {
-            entered = connection_.ChangeDirectory(path);
+            entered = hostkit::Enter(connection_, operation_, name);
         }
-        if (!entered.Done() && !hostkit::MustEnd(connection_, operation_)) {
-            const CommandResult made = connection_.MakeDirectory(path);
+        if (!entered.Done() && !hostkit::MustEnd(operation_)) {
+            const auto made = RunRepairing<CommandResult>(connection_, operation_, [&] {
+                return connection_.MakeDirectory(ServerPath(name));
+            });
             directory.isNew = made.Done();
-            entered = connection_.ChangeDirectory(path);
+            entered = hostkit::Enter(connection_, operation_, name);
             entered.text = made.Done() ? entered.text : made.text;
         }
         here_ = entered.Done() ? entered.directory : std::string();
@@ -89,7 +90,7 @@ class TreeUpload {
         if (path.empty()) {
             return false;
         }
-        if (here_ != path && EnterAgain(connection_, path)) {
+        if (here_ != path && EnterAgain(connection_, operation_, path)) {
             here_.clear();
             return false;
         }

@@ -43,6 +43,8 @@ struct TreeOperation {
     std::atomic<u64> entriesTotal = 0;  // of files; of all entries where all are worked on
     std::atomic<u64> entriesDone = 0;   // with those that failed
     std::atomic<u64> failures = 0;
+
+    bool lost = false;  // the connection broke, and did not come back
 };
 
 enum class TreeOutcome {

@@ -139,30 +139,6 @@ TEST_F(ConnectTest, OkConnectsAndKeepsTheBookAndAnyKeyDisconnects) {
     EXPECT_TRUE(again.HangUp());
 }
 
-TEST_F(ConnectTest, TwoHundredSitesScroll) {
-    std::string book = "[FTP]\n";
-    for (int number = 1; number <= 200; ++number) {
-        const std::string id = std::to_string(number);
-        book +=
-            "M" + id + "=Site " + id + "\nH" + id + "=host" + id + ".example.org\nO" + id + "=0\n";
-    }
-    home.Write(bookPath, book);
-    const TmuxTerminal terminal(80, 30, Program());
-    struct {
-        const char* key;
-        const char* host;
-    } const steps[] = {{"End", "host200."}, {"Up", "host199."},   {"PPage", "host181."},
-                       {"Home", "host1."},  {"NPage", "host19."}, {"Down", "host20."}};
-    EXPECT_SHOWS(terminal, "host1.");
-    for (const auto& step : steps) {
-        terminal.Press({step.key});
-        EXPECT_SHOWS(terminal, step.host);
-    }
-    terminal.Press({"Escape"});
-    EXPECT_SHOWS(terminal, "status 3");
-    EXPECT_EQ(Book(), book);
-}
-
 TEST_F(ConnectTest, ASmallTerminalShowsTheDialogInPartsAndOneThatGoesAwayCancelsIt) {
     home.Write(bookPath, examples);
     TmuxTerminal terminal(20, 5, Program());

@@ -112,16 +112,6 @@ TEST_F(GetTest, AnExistingFileIsTreatedAsTheUserSays) {
     EXPECT_EQ(get(part, {"--overwrite"}).status, exitDone);
     EXPECT_TRUE(home.Read("file") == bytes);
     EXPECT_FALSE(Heard("REST 39488"));
-
-    // With and without a policy a missing file is just fetched.
-    for (const std::vector<std::string>& policy :
-         {std::vector<std::string>{}, {"--resume"}, {"--overwrite"}, {"--skip"}}) {
-        fs::remove(home / "file");
-        std::vector<std::string> arguments = {"get", Url("file")};
-        arguments.insert(arguments.end(), policy.begin(), policy.end());
-        EXPECT_EQ(Quennet(home, arguments).status, exitDone);
-        EXPECT_TRUE(home.Read("file") == bytes);
-    }
 }
 
 TEST_F(GetTest, NoNameLeadsOutOfTheFolder) {

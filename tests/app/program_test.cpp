@@ -10,20 +10,13 @@ using testing::HasSubstr;
 using testing::StartsWith;
 
 TEST_F(ProgramTest, HelpAndVersionAreAnsweredAndTheRestIsUsage) {
-    for (const char* option : {"--help", "-h", "help"}) {
-        const RunResult result = Quennet(home, {option});
-        EXPECT_EQ(result.status, exitDone);
-        EXPECT_THAT(result.output, StartsWith("usage: quennet"));
-        EXPECT_EQ(result.errors, "");
-    }
+    const RunResult help = Quennet(home, {"--help"});
+    EXPECT_EQ(help.status, exitDone);
+    EXPECT_THAT(help.output, StartsWith("usage: quennet"));
     EXPECT_THAT(Quennet(home, {"--version"}).output, StartsWith("quennet "));
     EXPECT_EQ(Shell(home, "\"$0\" --help > /dev/full").status, exitFailed);
-    for (const std::vector<std::string>& arguments : {std::vector<std::string>{},
-                                                      {"ls"},
-                                                      {"frobnicate"},
-                                                      {"ls", "no url at all"},
-                                                      {"get", "ftp://[::1]/x"}}) {
-        const RunResult result = Quennet(home, arguments);
+    for (const char* argument : {"ls", "get ftp://[::1]/x"}) {
+        const RunResult result = Shell(home, std::string("\"$0\" ") + argument);
         EXPECT_EQ(result.status, exitUsage);
         EXPECT_THAT(result.errors, StartsWith("quennet: "));
         EXPECT_EQ(result.output, "");

@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-#include "app/program_run.h"
 #include "loopback/server.h"
+#include "support/program_run.h"
 
 constexpr int exitDone = 0;
 constexpr int exitFailed = 1;
@@ -38,16 +38,7 @@ class ProgramTest : public testing::Test {
         return std::find(commands.begin(), commands.end(), command) != commands.end();
     }
 
-    /// `count` bytes without a pattern that repeats soon.
-    static std::string Bytes(std::size_t count) {
-        std::string bytes(count, '\0');
-        std::uint32_t state = 1;
-        for (char& byte : bytes) {
-            state = state * 1664525 + 1013904223;
-            byte = static_cast<char>(state >> 24);
-        }
-        return bytes;
-    }
+    static std::string Bytes(std::size_t count) { return MixedBytes(count); }
 
     TempFolder served;
     TempFolder home;  // where the program runs

@@ -114,7 +114,6 @@ TEST_P(LossTest, IsRepairedWithOneResend) {
     LogIn(std::string(GetParam().loss) + repairedLogin + "-> NOOP\n<- 200 done\n");
     session->timeoutSeconds = 1;
     wire.AwaitMark("lost");
-    std::this_thread::sleep_for(std::chrono::milliseconds(100));
     EXPECT_EQ(SendCommandText(session, "NOOP"), 2);
     EXPECT_EQ(session->firstCode, 200);
     EXPECT_STREQ(session->replyBuffer, "200 done");

@@ -4,6 +4,7 @@
 #include "control/firewall.h"
 #include "control/reconnect.h"
 #include "control/server_family.h"
+#include "control/sockets.h"
 #include "support/session_test.h"
 
 using namespace quennet;
@@ -109,12 +110,19 @@ INSTANTIATE_TEST_SUITE_P(Logins, LoginTableTest, testing::ValuesIn(loginCases),
 
 class LoginTest : public SessionTest {};
 
-TEST_F(LoginTest, AnEmptyPasswordIsAskedForOnlyWithoutAFirewall) {
+TEST_F(LoginTest, AnEmptyPasswordIsAskedForAndSentWholeOrNotAtAll) {
     session->site.password[0] = 0;
-    passwords = {"asked"};
-    wire.Start("<- 220 a\n-> USER anna\n<- 331 b\n-> PASS asked\n<- 230 c\n");
+    passwords = {std::string(79, 'p'), std::string(80, 'p')};  // and then a cancelled question
+    wire.Start("<- 220 a\n-> USER anna\n<- 331 b\n-> PASS " + passwords[0] +
+               "\n<- 230 c\naccept\n<- 220 a\n-> USER anna\n<- 331 b\nexpect close\n"
+               "accept\n<- 220 a\n-> USER anna\n<- 331 b\nexpect close\n");
     EXPECT_EQ(LoginSession(session), loginDone);
-    EXPECT_THAT(notices.All(), ElementsAre("password for 127.0.0.1"));
+    for (int turn = 0; turn < 2; ++turn) {
+        session->site.password[0] = 0;
+        session->controlSocket = CloseSocketGracefully(session, session->controlSocket, 2);
+        EXPECT_EQ(LoginSession(session), loginCancelled);
+    }
+    EXPECT_EQ(notices.All(), std::vector<std::string>(3, "password for 127.0.0.1"));
     wire.Finish();
 }
 
@@ -125,13 +133,6 @@ TEST_F(LoginTest, AFirewallGetsAnEmptyPasswordUnasked) {
     wire.Start("<- 220 a\n-> USER anna\n<- 331 b\n-> PASS \n<- 230 c\n");
     EXPECT_EQ(LoginSession(session), loginDone);
     EXPECT_THAT(notices.All(), IsEmpty());
-    wire.Finish();
-}
-
-TEST_F(LoginTest, ACancelledQuestionSendsNoPassword) {
-    session->site.password[0] = 0;
-    wire.Start("<- 220 a\n-> USER anna\n<- 331 b\nexpect close\n");
-    EXPECT_EQ(LoginSession(session), loginCancelled);
     wire.Finish();
 }
 
@@ -179,13 +180,10 @@ TEST_F(LoginTest, TheSystemsFamilyIsTheFirstTextFound) {
         const char* reply;
         u32 before;
         u32 after;
-    } cases[] = {{"215 UNIX Type: L8", 0, 12},
-                 {"215 MVS is the operating system", 0, 4},
+    } cases[] = {{"215 MVS is the operating system", 0, 4},
                  {"215 UNIX emulated by MVS", 0, 4},
                  {"215 OS/2 UNIX", 0, 6},
                  {"215 Windows_NT", 11, 16},
-                 {"215 WINDOWS NT Type: L8", 0, 18},
-                 {"215 PC Type: L8", 0, 19},
                  {"215 VMS MultiNet V5", 0, 13},
                  {"215 VMS", 0, 14},
                  {"215 unix", 11, 11},
@@ -202,10 +200,8 @@ TEST_F(LoginTest, TheSystemsFamilyIsTheFirstTextFound) {
 
 class ConnectTest : public SessionTest {
   protected:
-    void Run(const char* script) {
-        if (script != nullptr) {
-            wire.Start(script);
-        }
+    void Run(const std::string& script) {
+        wire.Start(script);
         session->backgroundJobs.Store(1);
         session->users.Add(1);
         ConnectWorker(session);
@@ -240,7 +236,7 @@ TEST_F(ConnectTest, ADirectoryThatDoesNotFitIsNotStored) {
         "<- 220 a\n-> USER anna\n<- 230 in\n-> SYST\n<- 502 no\n-> PWD\n"
         "<- 257 \"/" +
         std::string(300, 'd') + "\"\n";
-    Run(script.c_str());
+    Run(script);
     EXPECT_STREQ(session->site.directory, "");
     EXPECT_THAT(Lines(), Contains("Directory name too long, refused."));
     wire.Finish();
@@ -250,13 +246,6 @@ TEST_F(ConnectTest, TheHostHearsTheServersLastWordsOfAFailure) {
     Run("<- 421 busy\nexpect close\n");
     EXPECT_THAT(notices.Await(1), ElementsAre("connect failed: 421 busy"));
     wire.Finish();
-}
-
-TEST_F(ConnectTest, AnAbortDuringTheLoginClosesTheConnectionThatItMade) {
-    session->stopRetrying.Store(1);
-    Run(nullptr);
-    EXPECT_EQ(session->controlSocket, noSocket);
-    EXPECT_EQ(notices.Await(1).size(), 1u);
 }
 
 TEST_F(ConnectTest, AReconnectGoesBackToTheDirectoryAndIsNotEnteredTwice) {

@@ -37,7 +37,7 @@ TEST_F(TimeoutTest, ASocketThatNobodyReadsIsGivenUpAfterTenTests) {
     abortFlag.Store(1);
     const auto start = std::chrono::steady_clock::now();
     EXPECT_EQ(WaitSocketWritable(session->console, session->controlSocket, &abortFlag), 0);
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(8));
     EXPECT_EQ(WaitSocketWritable(session->console, session->controlSocket, nullptr), 0);
     EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
     EXPECT_THAT(Lines(), IsEmpty());

@@ -21,7 +21,6 @@
 #include <vector>
 
 #include "hostkit/terminal_questions.h"
-#include "hostkit/texts.h"
 
 namespace {
 
@@ -40,9 +39,31 @@ std::string TextOf(HWND dialog, INT id) {
     return text;
 }
 
-void AddEntry(HWND dialog, INT list, const std::string& text, UINT message = LB_ADDSTRING) {
-    SendDlgItemMessageA(dialog, list, message, 0, reinterpret_cast<LPARAM>(text.c_str()));
-}
+enum : WORD { typesDialog = 200, smallDialog = 201 };
+enum : WORD { typeList = 10, nameLabel = 11, nameField = 12, more = 13, note = 14 };
+
+constexpr std::array typesControls = {
+    QuennetControlTemplate{"ComboBox", typeList, CBS_DROPDOWNLIST | WS_TABSTOP, 4, 8, 176, 60},
+    QuennetControlTemplate{"Static", nameLabel, 0, 4, 24, 36, 8},
+    QuennetControlTemplate{"Edit", nameField, ES_AUTOHSCROLL | WS_TABSTOP, 44, 24, 60, 12},
+    QuennetControlTemplate{"Static", note, SS_NOPREFIX, 4, 40, 176, 24},
+    QuennetControlTemplate{"Button", 99, BS_DEFPUSHBUTTON | WS_TABSTOP, 4, 72, 52, 14},
+    QuennetControlTemplate{"Button", 2, WS_TABSTOP, 64, 72, 52, 14},
+    QuennetControlTemplate{"Button", more, WS_TABSTOP, 124, 72, 52, 14},
+};
+constexpr std::array smallControls = {
+    QuennetControlTemplate{"Static", nameLabel, 0, 4, 8, 60, 8},
+    QuennetControlTemplate{"Edit", nameField, ES_AUTOHSCROLL | WS_TABSTOP, 4, 16, 60, 12},
+};
+constexpr DWORD style = WS_POPUP | WS_CAPTION | DS_CENTER;
+constexpr std::array dialogs = {
+    QuennetDialogTemplate{typesDialog, " Types", style, 184, 88, typesControls.data(),
+                          typesControls.size()},
+    QuennetDialogTemplate{smallDialog, " Small", style, 70, 32, smallControls.data(),
+                          smallControls.size()},
+};
+
+const HINSTANCE own = reinterpret_cast<HINSTANCE>(const_cast<QuennetDialogTemplate*>(&dialogs[0]));
 
 using Opening = std::function<void(HWND)>;
 using Command = std::function<void(HWND, INT id, INT code)>;
@@ -79,70 +100,11 @@ INT_PTR CALLBACK Procedure(HWND dialog, UINT message, WPARAM wParam, LPARAM lPar
     return TRUE;
 }
 
-void Run(HINSTANCE instance, WORD id, const Behaviour& behaviour, HWND owner = nullptr) {
-    const INT_PTR result = DialogBoxParamA(instance, MAKEINTRESOURCEA(id), owner, Procedure,
+void Run(WORD id, const Behaviour& behaviour, HWND owner = nullptr) {
+    const INT_PTR result = DialogBoxParamA(own, MAKEINTRESOURCEA(id), owner, Procedure,
                                            reinterpret_cast<LPARAM>(&behaviour));
     Tell("dialog " + std::to_string(id) + ": " + std::to_string(result));
 }
-
-// ---- The dialog of the module -----------------------------------------------------------------
-
-void OpenConnection(HWND dialog) {
-    for (const INT id : {14314, 14318, 14315, 14316, 14317, 14303, 14304, 14305, 14306, 99, 2, 97,
-                         96, 14535, 14536}) {
-        SetDlgItemTextA(dialog, id, hostkit::TextOfId(static_cast<hostkit::u32>(id)));
-    }
-    for (int number = 1; number <= 30; ++number) {
-        AddEntry(dialog, 14301, "Server " + std::to_string(number));
-    }
-    AddEntry(dialog, 14301,
-             "Stra\xC3\x9F"
-             "e \xE6\x97\xA5\xE6\x9C\xAC");
-    SendDlgItemMessageA(dialog, 14301, LB_SETCURSEL, 2, 0);
-    SetDlgItemTextA(dialog, 14202, "Server 3");
-    SetDlgItemTextA(dialog, 14203, "ftp.example.org:2121");
-    SetDlgItemTextA(dialog, 14302, "anonymous");
-    SendDlgItemMessageA(dialog, 14302, EM_SETREADONLY, TRUE, 0);
-    SetDlgItemTextA(dialog, 15202, "secret");
-    CheckDlgButton(dialog, 14303, BST_CHECKED);
-    CheckDlgButton(dialog, 14306, BST_CHECKED);
-    EnableWindow(GetDlgItem(dialog, 96), FALSE);
-    SetFocus(GetDlgItem(dialog, 14301));
-}
-
-const Behaviour connection = {OpenConnection, {}, {14202, 14203, 14302, 15202, 14204}};
-
-void RunConnection() {
-    Run(GetModuleHandleA(nullptr), 14300, connection);
-}
-
-// ---- Dialogs of this program's own ------------------------------------------------------------
-
-enum : WORD { typesDialog = 200, smallDialog = 201 };
-enum : WORD { typeList = 10, nameLabel = 11, nameField = 12, more = 13, note = 14 };
-
-constexpr std::array typesControls = {
-    QuennetControlTemplate{"ComboBox", typeList, CBS_DROPDOWNLIST | WS_TABSTOP, 4, 8, 176, 60},
-    QuennetControlTemplate{"Static", nameLabel, 0, 4, 24, 36, 8},
-    QuennetControlTemplate{"Edit", nameField, ES_AUTOHSCROLL | WS_TABSTOP, 44, 24, 60, 12},
-    QuennetControlTemplate{"Static", note, SS_NOPREFIX, 4, 40, 176, 24},
-    QuennetControlTemplate{"Button", 99, BS_DEFPUSHBUTTON | WS_TABSTOP, 4, 72, 52, 14},
-    QuennetControlTemplate{"Button", 2, WS_TABSTOP, 64, 72, 52, 14},
-    QuennetControlTemplate{"Button", more, WS_TABSTOP, 124, 72, 52, 14},
-};
-constexpr std::array smallControls = {
-    QuennetControlTemplate{"Static", nameLabel, 0, 4, 8, 60, 8},
-    QuennetControlTemplate{"Edit", nameField, ES_AUTOHSCROLL | WS_TABSTOP, 4, 16, 60, 12},
-};
-constexpr DWORD style = WS_POPUP | WS_CAPTION | DS_CENTER;
-constexpr std::array dialogs = {
-    QuennetDialogTemplate{typesDialog, " Types", style, 184, 88, typesControls.data(),
-                          typesControls.size()},
-    QuennetDialogTemplate{smallDialog, " Small", style, 70, 32, smallControls.data(),
-                          smallControls.size()},
-};
-
-const HINSTANCE own = reinterpret_cast<HINSTANCE>(const_cast<QuennetDialogTemplate*>(&dialogs[0]));
 
 void OpenSmall(HWND dialog) {
     SetDlgItemTextA(dialog, nameLabel, "&Inner:");
@@ -155,7 +117,7 @@ void OpenTypes(HWND dialog) {
                              "A very long one that does "
                              "not fit into the list that shows it",
                              "five", "six"}) {
-        AddEntry(dialog, typeList, type, CB_ADDSTRING);
+        SendDlgItemMessageA(dialog, typeList, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(type));
     }
     SendDlgItemMessageA(dialog, typeList, CB_SETCURSEL, 0, 0);
     SetDlgItemTextA(dialog, nameLabel, "&Name:");
@@ -174,13 +136,13 @@ void OpenTypes(HWND dialog) {
 
 void CommandTypes(HWND dialog, INT id, INT code) {
     if (id == more && code == BN_CLICKED) {
-        Run(own, smallDialog, smallOne, dialog);
+        Run(smallDialog, smallOne, dialog);
     }
 }
 const Behaviour types = {OpenTypes, CommandTypes, {typeList, nameField}};
 
 void RunTypes() {
-    Run(own, typesDialog, types);
+    Run(typesDialog, types);
 }
 
 /// A dialog, one of another thread above it, and a thread that changes the first one's texts all
@@ -191,7 +153,7 @@ void RunThreads() {
         while (!IsWindowVisible(FindWindowA(nullptr, " Types")) && !closed) {
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
-        Run(own, smallDialog, smallOne);
+        Run(smallDialog, smallOne);
     });
     std::jthread painter([](std::stop_token stop) {
         for (int number = 0; !stop.stop_requested(); ++number) {
@@ -202,7 +164,7 @@ void RunThreads() {
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
     });
-    Run(own, typesDialog, types);
+    Run(typesDialog, types);
     closed = true;
     other.join();
 }
@@ -268,26 +230,13 @@ void RunPanel() {
 
 // ---- Ends in the middle of a dialog -----------------------------------------------------------
 
-Behaviour EndingWith(std::function<void()> end) {
-    return {OpenTypes,
-            [end = std::move(end)](HWND, INT id, INT code) {
-                if (id == more && code == BN_CLICKED) {
-                    end();
-                }
-            },
-            {}};
-}
-
-void RunEnding(const std::string& how) {
-    Run(own, typesDialog, EndingWith([how] {
-            if (how == "exit") {
-                std::exit(7);
-            } else if (how == "terminate") {
-                std::terminate();
-            } else {
-                raise(how == "crash" ? SIGSEGV : SIGTERM);
-            }
-        }));
+void RunEnding(const std::function<void()>& end) {
+    const auto command = [&](HWND, INT id, INT code) {
+        if (id == more && code == BN_CLICKED) {
+            end();
+        }
+    };
+    Run(typesDialog, {OpenTypes, command, {}});
 }
 
 void RunMessage() {
@@ -302,29 +251,35 @@ void RunPassword() {
     Tell("password: " + (password ? '"' + *password + '"' : "none"));
 }
 
+struct Scene {
+    const char* name;
+    std::function<void()> run;
+};
+
+const Scene scenes[] = {
+    {"types", RunTypes},
+    {"threads", RunThreads},
+    {"panel", RunPanel},
+    {"message", RunMessage},
+    {"password", RunPassword},
+    {"exit", [] { RunEnding([] { std::exit(7); }); }},
+    {"terminate", [] { RunEnding([] { std::terminate(); }); }},
+    {"crash", [] { RunEnding([] { raise(SIGSEGV); }); }},
+};
+
 }  // namespace
 
 int main(int count, char** values) {
-    const std::string scene = count > 1 ? values[1] : "connect";
+    const std::string wanted = count > 1 ? values[1] : "types";
     QuennetRegisterDialogs(own, dialogs.data(), static_cast<UINT>(dialogs.size()));
     if (!quennet::UseTerminalDisplay()) {
         std::puts("no terminal");
         return 2;
     }
-    if (scene == "connect") {
-        RunConnection();
-    } else if (scene == "types") {
-        RunTypes();
-    } else if (scene == "threads") {
-        RunThreads();
-    } else if (scene == "panel") {
-        RunPanel();
-    } else if (scene == "message") {
-        RunMessage();
-    } else if (scene == "password") {
-        RunPassword();
-    } else {
-        RunEnding(scene);
+    for (const Scene& scene : scenes) {
+        if (scene.name == wanted) {
+            scene.run();
+        }
     }
     std::printf("%sdone\n", told.c_str());
 }

@@ -27,32 +27,6 @@ std::string Scene(const std::string& scene,
 
 }  // namespace
 
-TEST_F(ScreenTest, ShowsTheConnectionDialogAndScrollsToTheFocusWhereThereIsNoRoom) {
-    const TmuxTerminal terminal(80, 30, Scene("connect"));
-    terminal.ExpectScreen("connection");
-    EXPECT_EQ(terminal.Cursor(), "5,5") << "the selected entry";
-    terminal.Resize(80, 24);
-    terminal.ExpectScreen("connection-80x24");
-    terminal.Press(Keys(10, "Tab"));
-    terminal.ExpectScreen("connection-80x24-button");
-    terminal.Press({"M-n"});
-    terminal.Resize(34, 5);
-    terminal.ExpectScreen("connection-34x5");
-    terminal.Press({"Home"});
-    terminal.Resize(1, 1);
-    terminal.Resize(3, 2);
-    EXPECT_SHOWS(terminal, "Ser");
-    terminal.Resize(80, 30);
-    terminal.Press({"M-h", "Home", "Delete", "F", "End", "1", "M-w", "x"});
-    terminal.Press({"M-m", "Enter"});
-    EXPECT_SHOWS(terminal, "14202: \"Server 3\"");
-    const std::string screen = terminal.WaitFor("status 0");
-    for (const char* line : {"14203: \"Ftp.example.org:21211\"", "14302: \"anonymous\"",
-                             "15202: \"x\"", "dialog 14300: 1", "done"}) {
-        EXPECT_NE(screen.find(line), std::string::npos) << line << '\n' << screen;
-    }
-}
-
 TEST_F(ScreenTest, WorksListsAndNestedDialogsByKeyboard) {
     const TmuxTerminal terminal(60, 16, Scene("types"));
     EXPECT_SHOWS(terminal, "More");

@@ -159,9 +159,3 @@ void TmuxTerminal::ExpectScreen(const std::string& name) const {
     WaitUntil([&] { return (screen = Screen()) == expected; });
     EXPECT_EQ(screen, expected) << name;
 }
-
-std::string TmuxTerminal::Cursor() const {
-    std::string cursor = Run("display -p '#{cursor_x},#{cursor_y}'");
-    cursor.erase(cursor.find_last_not_of('\n') + 1);
-    return cursor;
-}

@@ -1,4 +1,6 @@
-#include "host/module_test.h"
+// The messages of the module, and the life of a connection.
+
+#include "support/module_test.h"
 
 using namespace quennet;
 using testing::Contains;
@@ -26,14 +28,114 @@ constexpr char quit[] = R"(
     expect close
 )";
 
-TEST_F(ModuleTest, ACancelledDialogLeavesNothing) {
+/// A connection dialog that fills itself in.
+class LifecycleTest : public ModuleTest {
+  protected:
+    LifecycleTest() {
+        hostkit::HostOptions options;
+        options.initDialog = [this](HWND dialog) {
+            // Once it is open, which includes what the book puts into its fields.
+            Host().Loop().Post([this, dialog] { FillIn(dialog); });
+        };
+        StartHost(options);
+    }
+
+    /// What the dialog gets before it is closed with `button` (99 accepts, 2 cancels).
+    struct Entry {
+        std::string name = "site";
+        std::string host = {};
+        std::string user = "anna";
+        std::string password = "secret";
+        std::string directory = {};
+        int button = 99;
+    };
+
+    void Connect(const Entry& entry) {
+        entry_ = entry;
+        Host().Loop().Invoke([this] { SendConnect(); });
+    }
+
+  private:
+    void FillIn(HWND dialog) const {
+        const std::pair<int, std::string> fields[] = {{14202, entry_.name},
+                                                      {14203, entry_.host},
+                                                      {14302, entry_.user},
+                                                      {15202, entry_.password},
+                                                      {14204, entry_.directory}};
+        for (const auto& [id, text] : fields) {
+            SetDlgItemTextA(dialog, id, text.c_str());
+        }
+        CheckDlgButton(dialog, 14306, BST_CHECKED);
+        PostMessageA(dialog, WM_COMMAND, static_cast<WPARAM>(entry_.button), 0);
+    }
+
+    Entry entry_;
+};
+
+TEST_F(LifecycleTest, NumbersWithoutAHandlerGiveMinusOne) {
+    for (const int number : {0, -1, 49, 2, 20, 35, 36, 4711}) {
+        EXPECT_EQ(Host().Send(static_cast<MessageNumber>(number), 1, 2, 3, 4, 5, 6, 7), -1);
+    }
+}
+
+TEST_F(LifecycleTest, AHandleThatIsNotLiveIsLeftAlone) {
+    FtpHandle dead = {};
+    dead.tag = liveHandleTag + 1;
+    char buffer[pathSize] = "as it was";
+    for (FtpHandle* handle : {static_cast<FtpHandle*>(nullptr), &dead}) {
+        EXPECT_EQ(Host().Send(MessageNumber::listDirectory, nullptr, handle, nullptr, 0, 0), -1);
+        EXPECT_EQ(Host().Send(MessageNumber::changeDirSync, "x", handle, buffer), -1);
+        EXPECT_EQ(Host().Send(MessageNumber::getFile, nullptr, handle, nullptr), -1);
+        for (const MessageNumber number :
+             {MessageNumber::remoteDelete, MessageNumber::remoteRemoveDir,
+              MessageNumber::remoteMakeDir}) {
+            EXPECT_EQ(Host().Send(number, buffer, handle), -1);
+        }
+        TransferRecord record = {};
+        record.sourceHandle = WordFromPointer(handle);
+        EXPECT_EQ(Host().Send(MessageNumber::applyPermissions, &record, 0x8000), -1);
+        EXPECT_EQ(u32{record.status}, 0u);
+        EXPECT_EQ(Host().Send(MessageNumber::remoteRename, "x", "y", handle), -1);
+        EXPECT_EQ(Host().Send(MessageNumber::copyBetweenServers, nullptr, handle, handle), -1);
+        EXPECT_EQ(Host().Send(MessageNumber::putFile, nullptr, handle, nullptr, nullptr), -1);
+        Host().Send(MessageNumber::rawCommand, 0, handle, "x", 1);
+        Host().Send(MessageNumber::gotoDirectory, 0, "x", "y", 1, nullptr, nullptr);
+        Host().Send(MessageNumber::getDirectory, handle, buffer, sizeof buffer);
+        Host().Send(MessageNumber::changeDirAsync, "x", 1, handle, nullptr);
+        Host().Send(MessageNumber::abortCommand, handle);
+        Host().Send(MessageNumber::invalidateCache, handle);
+        Host().Send(MessageNumber::saveRawListing, nullptr, nullptr, handle);
+    }
+    EXPECT_STREQ(buffer, "as it was");
+}
+
+TEST_F(LifecycleTest, TheHostsTextStaysWithItsSessionAndIsNeverCut) {
+    wire.Start(
+        "<- 220 a\n-> USER anna\n<- 230 b\n-> SYST\n<- 500 c\n-> PWD\n<- 257 \"/pub\"\n"
+        "-> QUIT\n<- 221 d\n");
+    Connect({.host = WireHost()});
+    ASSERT_TRUE(notices.AwaitNotice("connected 7"));
+    const std::string longest(pathSize - 1, 'x');
+    char buffer[pathSize] = "";
+    Host().Send(MessageNumber::setHostText, SessionOfHandle(), longest.c_str());
+    Host().Send(MessageNumber::setHostText, SessionOfHandle(), (longest + "y").c_str());
+    Host().Send(MessageNumber::getHostText, SessionOfHandle(), buffer);
+    EXPECT_EQ(buffer, longest);
+    char directory[4] = "";
+    Host().Send(MessageNumber::getDirectory, Handle(), directory, sizeof directory);
+    EXPECT_STREQ(directory, "/pu") << "a buffer that is too small is not run over";
+    Disconnect();
+    wire.Finish();
+}
+
+TEST_F(LifecycleTest, ACancelledDialogLeavesNothing) {
     Connect({.host = WireHost(), .button = IDCANCEL});
     EXPECT_EQ(holder, 0u);
     EXPECT_EQ(socketUses, 0u);
     EXPECT_THAT(notices.All(), IsEmpty());
 }
 
-TEST_F(ModuleTest, TheDialogFillsTheSiteWithWhatItsFieldsHold) {
+TEST_F(LifecycleTest, TheDialogFillsTheSiteWithWhatItsFieldsHold) {
     Connect({.name = std::string(30, 'n'),
              .host = "FTP://127.0.0.1:" + std::to_string(ClosedPort()),
              .user = std::string(80, 'u'),
@@ -54,30 +156,35 @@ TEST_F(ModuleTest, TheDialogFillsTheSiteWithWhatItsFieldsHold) {
     Disconnect();
 }
 
-TEST_F(ModuleTest, AFailedLoginIsEndedWithoutAQuit) {
+TEST_F(LifecycleTest, AFailedLoginIsEndedWithoutAQuit) {
     wire.Start("<- 421 busy\nexpect close\n");
     Connect({.host = WireHost()});
-    EXPECT_TRUE(Await("connect failed: 421 busy"));
+    EXPECT_TRUE(notices.AwaitNotice("connect failed: 421 busy"));
     Disconnect();
     EXPECT_EQ(socketUses, 0u);
     EXPECT_THAT(wire.Saw(), IsEmpty());
     wire.Finish();
 }
 
-TEST_F(ModuleTest, TwoEndsAreOne) {
+TEST_F(LifecycleTest, TwoEndsAreOne) {
     wire.Start(std::string(login) + quit);
     Connect({.host = WireHost()});
-    ASSERT_TRUE(Await("connected 7"));
+    ASSERT_TRUE(notices.AwaitNotice("connected 7"));
     Host().Send(MessageNumber::disconnect, &holder);
     Disconnect();
     EXPECT_THAT(notices.All(), ElementsAre("panel connected", "connected 7", "panel closed"));
     wire.Finish();
 }
 
-TEST_F(ModuleTest, AnEndDuringTheLoginWaitsForItAndLeavesNoConnection) {
-    wire.Start("<- 220 ready\n-> USER anna\nmark user\npause 0.5\n<- 230 in\nexpect close\n");
+TEST_F(LifecycleTest, AnEndDuringTheLoginWaitsForItAndLeavesNoConnection) {
+    wire.Start("<- 220 ready\n-> USER anna\nmark user\nawait ended\n<- 230 in\nexpect close\n");
     Connect({.host = WireHost()});
     ASSERT_TRUE(wire.AwaitMark("user"));
+    Host().Send(MessageNumber::disconnect, &holder);
+    while (!SessionOfHandle()->stopRetrying.IsSet()) {
+        Sleep(1);
+    }
+    wire.Signal("ended");
     Disconnect();
     EXPECT_THAT(notices.All(), Not(Contains("connected 7")));
     wire.Finish();
@@ -86,15 +193,15 @@ TEST_F(ModuleTest, AnEndDuringTheLoginWaitsForItAndLeavesNoConnection) {
 extern "C" void NothingBegins(u16, u8) {}
 extern "C" void NothingIsDone(u16, const char*) {}
 
-TEST_F(ModuleTest, AnEndWaitsForTheWorkersOfTypedLinesAndOfDirectories) {
+TEST_F(LifecycleTest, AnEndWaitsForTheWorkersOfTypedLinesAndOfDirectories) {
     for (const auto message :
          {MessageNumber::rawCommand, MessageNumber::gotoDirectory, MessageNumber::changeDirAsync}) {
         const bool typed = message == MessageNumber::rawCommand;
         Wire server;
         server.Start(std::string(login) + (typed ? "-> NOOP\n" : "-> CWD /a\n") +
-                     "mark sent\npause 0.5\n<- 550 late\n" + quit);
+                     "mark sent\nawait ended\n<- 550 late\n" + quit);
         Connect({.host = "127.0.0.1:" + std::to_string(server.port())});
-        ASSERT_TRUE(Await("connected 7"));
+        ASSERT_TRUE(notices.AwaitNotice("connected 7"));
         notices.Clear();
         if (typed) {
             Host().Send(message, 0, Handle(), "NOOP", 1);
@@ -106,15 +213,17 @@ TEST_F(ModuleTest, AnEndWaitsForTheWorkersOfTypedLinesAndOfDirectories) {
             Host().Send(message, "/a", 1, Handle(), reinterpret_cast<HostWord>(NothingIsDone));
         }
         EXPECT_TRUE(server.AwaitMark("sent"));
+        Host().Send(MessageNumber::disconnect, &holder);
+        server.Signal("ended");
         Disconnect();
         server.Finish();
     }
 }
 
-TEST_F(ModuleTest, ANewConnectionEndsTheOneThatStandsInItsHolder) {
+TEST_F(LifecycleTest, ANewConnectionEndsTheOneThatStandsInItsHolder) {
     wire.Start(std::string(login) + quit + "accept\n" + login + quit);
     Connect({.host = WireHost()});
-    ASSERT_TRUE(Await("connected 7"));
+    ASSERT_TRUE(notices.AwaitNotice("connected 7"));
     Connect({.host = WireHost()});
     EXPECT_EQ(socketUses, 1u);
     while (wire.Saw().size() < 9) {
@@ -124,13 +233,13 @@ TEST_F(ModuleTest, ANewConnectionEndsTheOneThatStandsInItsHolder) {
     wire.Finish();
 }
 
-TEST_F(ModuleTest, AQuitOnADeadConnectionGoesOutOnANewOne) {
+TEST_F(LifecycleTest, AQuitOnADeadConnectionGoesOutOnANewOne) {
     wire.Start(std::string(login) +
                "reset\nmark reset\naccept\n<- 220 again\n-> USER anna\n<- 230 in\n-> CWD /\n"
                "<- 250 ok\n" +
                quit);
     Connect({.host = WireHost()});
-    ASSERT_TRUE(Await("connected 7"));
+    ASSERT_TRUE(notices.AwaitNotice("connected 7"));
     ASSERT_TRUE(wire.AwaitMark("reset"));
     Disconnect();
     wire.Finish();

@@ -1,4 +1,4 @@
-// Bounded text, growing buffers and entry lists.
+// Bounded text, growing buffers, entry lists, masks, names and lines for a terminal.
 
 #include "hostkit/memory.h"
 
@@ -9,23 +9,23 @@
 #include <limits>
 #include <string>
 
+#include "hostkit/console.h"
+#include "hostkit/display_text.h"
 #include "hostkit/listing.h"
+#include "hostkit/masks.h"
 
+using hostkit::MatchesMasks;
 using quennet::GrowBuffer;
 
 TEST(MemoryTest, AppendedTextStaysInsideItsBounds) {
-    struct Case {
+    struct {
         const char* target;
         const char* text;
         std::size_t size;
         const char* result;
-    };
-    constexpr Case cases[] = {
-        {"", "text", 8, "text"}, {"ab", "cd", 5, "abcd"}, {"ab", "cd", 4, "abc"},
-        {"ab", "cd", 3, "ab"},   {"ab", "cd", 2, "ab"},   {"ab", "cd", 0, "ab"},
-        {"abc", "", 8, "abc"},   {"", "text", 1, ""},
-    };
-    for (const Case& one : cases) {
+    } const cases[] = {{"", "text", 8, "text"}, {"ab", "cd", 5, "abcd"}, {"ab", "cd", 4, "abc"},
+                       {"ab", "cd", 3, "ab"},   {"ab", "cd", 2, "ab"},   {"", "text", 1, ""}};
+    for (const auto& one : cases) {
         char buffer[16];
         std::memset(buffer, '#', sizeof(buffer));
         std::strcpy(buffer, one.target);
@@ -34,56 +34,30 @@ TEST(MemoryTest, AppendedTextStaysInsideItsBounds) {
         EXPECT_EQ(buffer[15], '#');
     }
     // Without a terminator inside the bounds nothing is touched.
-    char full[] = {'a', 'b', 'c', 'd', '\0'};
+    char full[] = "abcd";
     hostkit::AppendBounded(full, "x", 4);
     EXPECT_STREQ(full, "abcd");
-}
-
-TEST(MemoryTest, ABufferKeepsWhatWasAppended) {
-    GrowBuffer record = {};
-    std::string expected;
-    for (unsigned i = 0; i < 3000; ++i) {
-        const std::string piece(i % 97, static_cast<char>('a' + i % 26));
-        ASSERT_TRUE(
-            hostkit::AppendToBuffer(record, piece.data(), static_cast<hostkit::u32>(piece.size())));
-        expected += piece;
-        ASSERT_EQ(record.count, i + 1);
-        ASSERT_EQ(record.used, expected.size());
-    }
-    char* base = quennet::PointerFromWord<char>(record.base);
-    EXPECT_EQ(std::string(base, record.used), expected);
-    EXPECT_LE(record.host, expected.size() * 3 / 2 + 256);
-    std::free(base);
 }
 
 TEST(MemoryTest, AFailedAppendLeavesTheRecordAsItWas) {
     GrowBuffer record = {};
     ASSERT_TRUE(hostkit::AppendToBuffer(record, "text", 4));
-    const hostkit::HostWord base = record.base;
-    const hostkit::HostWord capacity = record.host;
+    const GrowBuffer before = record;
     record.used = static_cast<hostkit::HostWord>(std::numeric_limits<std::ptrdiff_t>::max()) - 1;
-    const hostkit::HostWord used = record.used;
     EXPECT_FALSE(hostkit::AppendToBuffer(record, "text", 4));
-    EXPECT_EQ(record.base, base);
+    EXPECT_EQ(record.base, before.base);
     EXPECT_EQ(record.count, 1u);
-    EXPECT_EQ(record.host, capacity);
-    EXPECT_EQ(record.used, used);
-    std::free(quennet::PointerFromWord<void>(base));
+    EXPECT_EQ(record.host, before.host);
+    std::free(quennet::PointerFromWord<void>(record.base));
 }
 
 TEST(MemoryTest, AListingHoldsLargeSizesAndRefusesNamesThatFitNoRecord) {
     hostkit::Listing listing;
     const std::string names[] = {"a", std::string(300, 'b'), "c"};
     for (const std::string& name : names) {
-        hostkit::ListingEntry entry;
-        entry.name = name;
-        entry.size = hostkit::u64{name.size()} << 33;
-        ASSERT_TRUE(listing.Append(entry));
+        ASSERT_TRUE(listing.Append({name, 0, 0, 0, hostkit::u64{name.size()} << 33}));
     }
-    hostkit::ListingEntry tooLong;
-    const std::string name(65001, 'x');
-    tooLong.name = name;
-    EXPECT_FALSE(listing.Append(tooLong));
+    EXPECT_FALSE(listing.Append({std::string(65001, 'x'), 0, 0, 0, 0}));
     std::size_t count = 0;
     for (const hostkit::ListingEntry& entry : listing) {
         ASSERT_LT(count, std::size(names));
@@ -91,4 +65,66 @@ TEST(MemoryTest, AListingHoldsLargeSizesAndRefusesNamesThatFitNoRecord) {
         EXPECT_EQ(entry.size, hostkit::u64{entry.name.size()} << 33);
     }
     EXPECT_EQ(count, std::size(names));
+}
+
+TEST(TextTest, MasksMatchWithoutCaseAndInReasonableTime) {
+    struct {
+        const char* name;
+        const char* masks;
+        bool matches;
+    } const cases[] = {{"README.TXT", "*.txt", true},
+                       {"readme.doc", "*.txt; *.doc", true},
+                       {"readme.htm", "*.txt;*.doc", false},
+                       {"readme", "*.*", true},
+                       {"anything", ".", true},
+                       {"anything", ";;", true},
+                       {"ab", "?b", true},
+                       {"b", "?b", false},
+                       {"ab", "?", false},
+                       {"", "*", true},
+                       {"", "?", false},
+                       {"abcabcabd", "a*c*d", true},
+                       {"abcabcabd", "a*c*e", false},
+                       {"names", "name", false},
+                       {"[x]", "[x]", true}};
+    for (const auto& one : cases) {
+        EXPECT_EQ(MatchesMasks(one.name, one.masks), one.matches) << one.name << " " << one.masks;
+    }
+    // A mask of many stars takes no more than name times mask steps.
+    std::string mask;
+    for (int i = 0; i < 2000; ++i) {
+        mask += "*a";
+    }
+    EXPECT_FALSE(MatchesMasks(std::string(20000, 'a') + "b", mask + "c"));
+}
+
+TEST(TextTest, AFilterLooksAtNameDateSizeAndKind) {
+    hostkit::FilterRecord filter = {};
+    std::strcpy(filter.masks, "*.txt");
+    EXPECT_FALSE(PassesFilter(filter, "a.doc", 0, 100, 5));
+    EXPECT_FALSE(PassesFilter(filter, "a.txt", 0x10, 100, 5));
+    filter.flags = 0x8000 | hostkit::filterTakesFolders;
+    filter.firstDate = 100;
+    filter.lastDate = 200;
+    filter.smallest = 10;
+    filter.largest = 20;
+    EXPECT_TRUE(PassesFilter(filter, "a.txt", 0x10, 150, 5));
+    EXPECT_FALSE(PassesFilter(filter, "a.txt", 0, 150, 5));
+    EXPECT_TRUE(PassesFilter(filter, "a.txt", 0, 100, 20));
+    EXPECT_FALSE(PassesFilter(filter, "a.txt", 0, 99, 15));
+    EXPECT_FALSE(PassesFilter(filter, "a.txt", 0, 201, 15));
+    EXPECT_FALSE(PassesFilter(filter, "a.txt", 0, 150, 21));
+}
+
+TEST(TextTest, ANameBeginsBehindTheLastSeparatorThatIsOne) {
+    EXPECT_EQ(hostkit::NameOffset("/pub/file"), 5u);
+    EXPECT_EQ(hostkit::NameOffset("C:\\dir\\file"), 7u);
+    EXPECT_EQ(hostkit::NameOffset("C:file"), 2u);
+    EXPECT_EQ(hostkit::NameOffset("file:with"), 0u);
+}
+
+TEST(TextTest, ALineForATerminalHoldsNoControls) {
+    EXPECT_EQ(hostkit::HarmlessLine("a\x1B[31m\r\tb\x7F"), "a?[31m? b?");
+    EXPECT_EQ(hostkit::HarmlessLine("gr\xC3\xBC\xC3\x9F\x65 \xC2\x9B"), "gr\xC3\xBC\xC3\x9F\x65 ?");
+    EXPECT_EQ(hostkit::HarmlessLine("\xC2"), "\xC2");
 }

@@ -8,25 +8,7 @@
 #include <stdexcept>
 #include <vector>
 
-#include "hostkit/window.h"
-
-using namespace std::chrono_literals;
 using hostkit::MessageLoop;
-
-namespace {
-
-std::atomic<int> timerTicks = 0;
-
-LRESULT CALLBACK CountTimers(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-    if (message == WM_TIMER) {
-        ++timerTicks;
-        reinterpret_cast<MessageLoop*>(GetWindowLongPtrA(window, GWLP_USERDATA))->Wake();
-        return 0;
-    }
-    return DefWindowProcA(window, message, wParam, lParam);
-}
-
-}  // namespace
 
 TEST(MessageLoopTest, AJobRunsBesideTheLoopAndHandsOnItsResult) {
     MessageLoop loop;
@@ -39,17 +21,6 @@ TEST(MessageLoopTest, AJobRunsBesideTheLoopAndHandsOnItsResult) {
     EXPECT_THROW(RunJob(loop, [] { throw std::out_of_range("of the job"); }), std::out_of_range);
     EXPECT_THROW(RunJob(loop, [&] { loop.Invoke([] { throw std::logic_error("of the loop"); }); }),
                  std::logic_error);
-}
-
-TEST(MessageLoopTest, WindowsAreServedWhileTheJobWaits) {
-    MessageLoop loop;
-    const HWND window = hostkit::MakeWindow("hostkit timer test", CountTimers, &loop);
-    RunJob(loop, [&] {
-        EXPECT_EQ(SetTimer(window, 1, 10, nullptr), 1u);
-        EXPECT_TRUE(loop.WaitUntil([] { return timerTicks >= 3; }, 10s));
-        KillTimer(window, 1);
-    });
-    DestroyWindow(window);
 }
 
 TEST(MessageLoopTest, ManyThreadsPostInTheirOrder) {

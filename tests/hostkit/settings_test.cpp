@@ -1,20 +1,19 @@
-// Settings in a file: faults, crashes, and other processes.
+// Settings and the password key in files: faults, crashes, and other processes.
 
 #include "hostkit/settings.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
-#include <sys/stat.h>
 
 #include <chrono>
 #include <thread>
 
 #include "hostkit/child_process.h"
+#include "hostkit/host.h"
+#include "hostkit/services.h"
 #include "support/temp_folder.h"
 
 using hostkit::FileSettings;
-using hostkit::MemorySettings;
 using hostkit::SettingsBatch;
 using ::testing::Eq;
 using ::testing::Optional;
@@ -22,11 +21,6 @@ using ::testing::Optional;
 namespace {
 
 const std::string foreign = "; of another program\n[Other]\nkey = value\n";
-
-mode_t ModeOf(const std::filesystem::path& path) {
-    struct stat status;
-    return stat(path.c_str(), &status) == 0 ? status.st_mode & 07777 : 0;
-}
 
 int CounterIn(hostkit::SettingsStore& settings) {
     return std::stoi(settings.Read("FTP", "counter").value_or("0"));
@@ -40,27 +34,6 @@ class SettingsTest : public ::testing::Test {
     std::filesystem::path file = folder / "settings.ini";
 };
 
-TEST_F(SettingsTest, TheFirstWriteMakesFileAndFoldersForTheOwnerAlone) {
-    const auto nested = folder / "a/b/settings.ini";
-    FileSettings settings(nested);
-    EXPECT_EQ(settings.Read("FTP", "M1"), std::nullopt);
-    EXPECT_FALSE(std::filesystem::exists(nested.parent_path()));
-    ASSERT_TRUE(settings.Write("FTP", "M1", "site")) << settings.ErrorText();
-    EXPECT_EQ(ReadWhole(nested), "[FTP]\nM1=site\n");
-    EXPECT_EQ(ModeOf(nested), 0600u);
-    EXPECT_EQ(ModeOf(nested.parent_path()), 0700u);
-    EXPECT_EQ(ModeOf(nested.parent_path().parent_path()), 0700u);
-}
-
-TEST_F(SettingsTest, AWriteSeesWhatOthersWroteAndKeepsIt) {
-    FileSettings mine(file);
-    ASSERT_TRUE(mine.Write("FTP", "M1", "mine"));
-    WriteWhole(file, foreign);
-    EXPECT_EQ(mine.Read("FTP", "M1"), std::nullopt);
-    ASSERT_TRUE(mine.Write("FTP", "M2", "second"));
-    EXPECT_EQ(ReadWhole(file), foreign + "[FTP]\nM2=second\n");
-}
-
 TEST_F(SettingsTest, ALinkStaysALink) {
     const auto target = folder / "elsewhere.ini";
     WriteWhole(target, foreign);
@@ -73,14 +46,6 @@ TEST_F(SettingsTest, ALinkStaysALink) {
 
 TEST_F(SettingsTest, WhatCannotBeReplacedIsLeftAloneAndReported) {
     WriteWhole(file, foreign);
-    chmod(file.c_str(), 0400);
-    FileSettings readOnly(file);
-    EXPECT_FALSE(readOnly.Write("FTP", "M1", "x"));
-    EXPECT_NE(readOnly.ErrorText(), "");
-    EXPECT_FALSE(readOnly.WriteSection("Other", ""));
-    EXPECT_EQ(readOnly.Read("FTP", "M1"), std::nullopt);
-    EXPECT_EQ(ReadWhole(file), foreign);
-
     FileSettings isFolder(folder / "");
     EXPECT_FALSE(isFolder.Write("FTP", "M1", "x"));
 
@@ -91,53 +56,8 @@ TEST_F(SettingsTest, WhatCannotBeReplacedIsLeftAloneAndReported) {
     std::filesystem::create_symlink("/dev/full", folder / "device.ini");
     FileSettings device(folder / "device.ini");
     EXPECT_FALSE(device.Write("FTP", "M1", "x"));
-}
-
-TEST_F(SettingsTest, AFullDiskLosesNothing) {
-    WriteWhole(file, foreign + std::string(3000, ';') + "\n");
-    const std::string before = ReadWhole(file);
-    ChildProcess child([&] {
-        signal(SIGXFSZ, SIG_IGN);
-        const rlimit limit = {2000, 2000};
-        setrlimit(RLIMIT_FSIZE, &limit);
-        FileSettings settings(file);
-        const bool refused = !settings.Write("FTP", "M1", "x");
-        const bool asBefore = !settings.Read("FTP", "M1").has_value();
-        return refused && asBefore ? 0 : 1;
-    });
-    EXPECT_EQ(child.Wait(), 0);
-    EXPECT_EQ(ReadWhole(file), before);
-    EXPECT_FALSE(std::filesystem::exists(folder / "settings.ini.new"));
-}
-
-TEST_F(SettingsTest, ABatchIsOneReplacementOrNone) {
-    FileSettings settings(file);
-    ASSERT_TRUE(settings.Write("FTP", "M1", "old"));
-    ino_t number = 0;
-    {
-        SettingsBatch batch(settings);
-        struct stat status;
-        ASSERT_EQ(stat(file.c_str(), &status), 0);
-        number = status.st_ino;
-        EXPECT_TRUE(settings.Write("FTP", "M1", "new"));
-        {
-            SettingsBatch inner(settings);
-            EXPECT_TRUE(settings.Write("FTP", "M2", "second"));
-            EXPECT_TRUE(inner.Commit());
-        }
-        EXPECT_THAT(settings.Read("FTP", "M2"), Optional(Eq("second")));
-        EXPECT_EQ(ReadWhole(file), "[FTP]\nM1=old\n");
-        ASSERT_EQ(stat(file.c_str(), &status), 0);
-        EXPECT_EQ(status.st_ino, number);
-        EXPECT_TRUE(batch.Commit());
-    }
-    EXPECT_EQ(ReadWhole(file), "[FTP]\nM1=new\nM2=second\n");
-
-    SettingsBatch failing(settings);
-    EXPECT_TRUE(settings.Write("FTP", "M1", "lost"));
-    chmod(file.c_str(), 0400);
-    EXPECT_FALSE(failing.Commit());
-    EXPECT_THAT(settings.Read("FTP", "M1"), Optional(Eq("new")));
+    EXPECT_NE(device.ErrorText(), "");
+    EXPECT_EQ(ReadWhole(file), foreign);
 }
 
 TEST_F(SettingsTest, AWriterKilledAtAnyMomentLeavesTheOldOrTheNewText) {
@@ -207,12 +127,17 @@ TEST_F(SettingsTest, ThreadsShareAStore) {
     }
 }
 
-TEST_F(SettingsTest, APrivateCopyIsNeverWrittenBack) {
-    WriteWhole(file, foreign);
-    FileSettings settings(file);
-    const auto copy = settings.PrivateCopy();
-    EXPECT_THAT(copy->Read("Other", "key"), Optional(Eq("value")));
-    EXPECT_TRUE(copy->Write("Other", "key", "changed"));
-    EXPECT_THAT(copy->Read("Other", "key"), Optional(Eq("changed")));
-    EXPECT_EQ(ReadWhole(file), foreign);
+TEST_F(SettingsTest, ThePasswordKeyIsMadeOnceForItsOwnerAlone) {
+    using std::filesystem::perms;
+    hostkit::HostOptions options;
+    options.passwordKeyFile = folder / "private/password.key";
+    const auto key = [&] { return *hostkit::Services(options).PasswordKey(); };
+    const quennet::u32 first = key();
+    EXPECT_NE(first, 0u);
+    EXPECT_EQ(std::filesystem::status(options.passwordKeyFile).permissions(),
+              perms::owner_read | perms::owner_write);
+    EXPECT_EQ(key(), first);
+    WriteWhole(options.passwordKeyFile, "no key\n");
+    EXPECT_EQ(key(), 0u);
+    EXPECT_EQ(ReadWhole(options.passwordKeyFile), "no key\n");
 }

@@ -216,26 +216,5 @@ TEST_P(InteropAbort, AServerThatDiesInADownloadEndsItAndIsFoundAgainWhenItIsBack
     });
 }
 
-TEST_P(InteropAbort, AServerThatDiesInAListingEndsIt) {
-    MakeManyFiles(served / "many", 100000);
-    Converse([&](Connection& connection) {
-        ASSERT_TRUE(connection.ChangeDirectory("many").Done());
-        std::atomic<bool> once = false;
-        transcript.OnLine([&](const std::string& line) {
-            if (AnnouncesData(line) && !once.exchange(true)) {
-                server->Stop();
-            }
-        });
-        EXPECT_FALSE(connection.List().done);
-        loop.Invoke([&] { server->Restart(); });
-        ASSERT_TRUE(server->Running()) << server->Failure();
-        // The first command may be the one that finds the old connection closed, and end with it.
-        connection.CheckDirectory(connection.Directory());
-        const hostkit::ListResult result = connection.List();
-        EXPECT_TRUE(result.done) << result.text;
-        EXPECT_EQ(ByName(result).size(), 100000u);
-    });
-}
-
 }  // namespace
 }  // namespace quennet::interop

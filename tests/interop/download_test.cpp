@@ -5,9 +5,7 @@
 namespace quennet::interop {
 namespace {
 
-namespace fs = std::filesystem;
 using hostkit::Connection;
-using hostkit::TransferOutcome;
 
 class InteropDownload : public InteropTest {};
 INSTANTIATE_TEST_SUITE_P(Servers, InteropDownload, testing::ValuesIn(AllCases()), CaseName);
@@ -73,20 +71,6 @@ TEST_P(InteropDownload, APartialFileThatIsAnotherOneIsReplacedWhole) {
     EXPECT_EQ(transcript.Count("Not the same file!"), 2);
 }
 
-TEST_P(InteropDownload, AFileThatIsNotThereLeavesLocalFilesAlone) {
-    WriteBytes(local / "missing", "precious");
-    Converse([&](Connection& connection) {
-        hostkit::TransferResult result = Download(connection, "missing");
-        EXPECT_EQ(result.outcome, TransferOutcome::failed);
-        EXPECT_EQ(result.text.substr(0, 3), "550") << result.text;
-        result = Download(connection, "missing too");
-        EXPECT_EQ(result.outcome, TransferOutcome::failed);
-        ExpectInStep(connection);
-    });
-    EXPECT_EQ(ReadBytes(local / "missing"), "precious");
-    EXPECT_FALSE(fs::exists(local / "missing too"));
-}
-
 TEST_P(InteropDownload, ManyFilesInARowOnOneConnection) {
     constexpr int count = 100;
     for (int number = 0; number < count; ++number) {
@@ -100,18 +84,6 @@ TEST_P(InteropDownload, ManyFilesInARowOnOneConnection) {
             ASSERT_TRUE(SameContent(local / name, served / name)) << name;
         }
     });
-}
-
-TEST_P(InteropDownload, AFileThatIsLeftOutCostsNothing) {
-    WriteBytes(served / "file", MixedBytes(5000));
-    WriteBytes(local / "file", "mine");
-    hostkit::TransferOperation operation;
-    operation.confirm = [](const TransferItem&, u32) { return hostkit::ConfirmAnswer::leaveOut; };
-    Converse([&](Connection& connection) {
-        EXPECT_EQ(Download(connection, "file", operation).outcome, TransferOutcome::leftOut);
-    });
-    EXPECT_TRUE(ReadBytes(local / "file") == "mine");
-    EXPECT_EQ(transcript.Count("RETR"), 0);
 }
 
 }  // namespace

@@ -5,12 +5,8 @@
 #include <unistd.h>
 
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <fstream>
-#include <random>
-#include <sstream>
-#include <stdexcept>
 #include <vector>
 
 namespace quennet::interop {
@@ -22,41 +18,6 @@ namespace {
 constexpr std::uint64_t mebibyte = 1 << 20;
 
 }  // namespace
-
-TestFolder::TestFolder() {
-    std::string name = (fs::temp_directory_path() / "interop-test-XXXXXX").string();
-    if (mkdtemp(name.data()) == nullptr) {
-        throw std::runtime_error("no folder for the test");
-    }
-    path_ = name;
-    constexpr auto othersRead = fs::perms(0755);
-    fs::permissions(path_, othersRead);
-}
-
-TestFolder::~TestFolder() {
-    std::error_code ignored;
-    fs::remove_all(path_, ignored);
-}
-
-std::string MixedBytes(std::size_t count, std::uint32_t seed) {
-    std::mt19937 numbers(seed);
-    std::string bytes(count, '\0');
-    for (std::size_t offset = 0; offset < count; offset += sizeof(std::uint32_t)) {
-        const auto number = static_cast<std::uint32_t>(numbers());
-        std::memcpy(bytes.data() + offset, &number, std::min(sizeof(number), count - offset));
-    }
-    return bytes;
-}
-
-void WriteBytes(const fs::path& path, const std::string& bytes) {
-    std::ofstream(path, std::ios::binary) << bytes;
-}
-
-std::string ReadBytes(const fs::path& path) {
-    std::ostringstream bytes;
-    bytes << std::ifstream(path, std::ios::binary).rdbuf();
-    return bytes.str();
-}
 
 void WriteSparse(const fs::path& path, std::uint64_t size) {
     WriteBytes(path, "");

@@ -6,30 +6,19 @@
 #include <map>
 #include <string>
 
+#include "support/temp_folder.h"
+
 namespace quennet::interop {
 
-/// A folder below the system's temporary one, gone with the object. The sessions of every server
-/// may read it. vsftpd serves nothing anonymously that they may write to, so uploads want a folder
-/// in it.
-class TestFolder {
+/// A folder that the sessions of every server may read. vsftpd serves nothing anonymously that they
+/// may write to, so uploads want a folder in it.
+class TestFolder : public TempFolder {
   public:
-    TestFolder();
-    ~TestFolder();
-    TestFolder(const TestFolder&) = delete;
-    TestFolder& operator=(const TestFolder&) = delete;
-
-    const std::filesystem::path& Path() const { return path_; }
-    std::filesystem::path operator/(const std::string& name) const { return path_ / name; }
-
-  private:
-    std::filesystem::path path_;
+    TestFolder() { std::filesystem::permissions(Path(), std::filesystem::perms(0755)); }
 };
 
-/// Bytes without a pattern that repeats; the same for the same seed.
-std::string MixedBytes(std::size_t count, std::uint32_t seed = 1);
-
-void WriteBytes(const std::filesystem::path& path, const std::string& bytes);
-std::string ReadBytes(const std::filesystem::path& path);
+constexpr auto WriteBytes = WriteWhole;
+constexpr auto ReadBytes = ReadWhole;
 
 /// A file of that many bytes which takes up little room: zeros, but for a different mark in every
 /// MiB and one at the end.

@@ -35,6 +35,7 @@
 #include <unordered_map>
 
 #include "interop/server_setup.h"
+#include "support/temp_folder.h"
 
 namespace quennet::interop {
 namespace {
@@ -45,28 +46,6 @@ using Clock = std::chrono::steady_clock;
 constexpr int exitUsage = 2;
 constexpr int exitUnavailable = 77;
 constexpr auto greetingTime = std::chrono::seconds(10);
-
-// A folder of our own that goes when the program ends.
-class StateFolder {
-  public:
-    StateFolder() {
-        std::string name = (fs::temp_directory_path() / "interop-server-XXXXXX").string();
-        if (mkdtemp(name.data()) != nullptr) {
-            path_ = name;
-        }
-    }
-    ~StateFolder() {
-        std::error_code ignored;
-        fs::remove_all(path_, ignored);
-    }
-    StateFolder(const StateFolder&) = delete;
-    StateFolder& operator=(const StateFolder&) = delete;
-
-    const fs::path& Path() const { return path_; }
-
-  private:
-    fs::path path_;
-};
 
 // The signals that this program waits for; all of them stay blocked outside the wait.
 sigset_t AwaitedSignals() {
@@ -271,7 +250,7 @@ int Serve(ServeRequest request) {
         std::cerr << reason << "\n";
         return exitUnavailable;
     }
-    const StateFolder state;
+    const TempFolder state;
     request.state = state.Path();
 
     const sigset_t awaited = AwaitedSignals();

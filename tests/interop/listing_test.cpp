@@ -93,15 +93,6 @@ TEST_P(InteropListing, AHundredThousandEntriesAllArrive) {
     });
 }
 
-TEST_P(InteropListing, AnEmptyFolderIsNoFailure) {
-    Converse([&](Connection& connection) {
-        ASSERT_TRUE(connection.ChangeDirectory("sub").Done());
-        const hostkit::ListResult result = connection.List();
-        EXPECT_TRUE(result.done) << result.text;
-        EXPECT_TRUE(ByName(result).empty());
-    });
-}
-
 class InteropDirectories : public InteropTest {};
 INSTANTIATE_TEST_SUITE_P(Servers, InteropDirectories, testing::ValuesIn(PassiveCases()), CaseName);
 
@@ -154,17 +145,6 @@ TEST_P(InteropDirectories, AnonymousClientsAreServedWhereTheServerServesThem) {
         const hostkit::ConnectResult connected = connection.Connect(request);
         ASSERT_TRUE(connected.Connected()) << connected.text;
         EXPECT_TRUE(ByName(connection.List()).contains("step.txt"));
-    });
-}
-
-TEST_P(InteropDirectories, AnUnknownUserIsRefusedWithTheServersWords) {
-    hostkit::ConnectRequest request = Request();
-    request.user = "nobody-of-that-name";
-    hostkit::RunJob(loop, [&] {
-        Connection connection(host, transcript.Options());
-        const hostkit::ConnectResult connected = connection.Connect(request);
-        EXPECT_FALSE(connected.Connected());
-        EXPECT_EQ(connected.text.substr(0, 3), "530") << connected.text;
     });
 }
 

@@ -175,27 +175,6 @@ TEST_F(CacheTest, WithoutMemoryForANewEntryTheOldOneStays) {
     wire.Finish();
 }
 
-TEST_F(CacheTest, FreesEverything) {
-    LogIn(Fetch("fone") + Fetch("ftwo"));
-    List("/a");
-    List("/b");
-    AddCacheEntry(session, "/never listed");
-    FreeDirCache(session);
-    EXPECT_EQ(session->cacheBlock.base | session->cacheBlock.count | session->cacheBlock.host |
-                  session->cacheBlock.used,
-              0u);
-    wire.Finish();
-}
-
-TEST_F(CacheTest, AHandleThatIsNotLiveDoesNothing) {
-    FtpHandle dead = {};
-    EXPECT_EQ(ListDirectory(nullptr, nullptr, KeepName, 0, 0), -1);
-    EXPECT_EQ(ListDirectory(nullptr, &dead, KeepName, 0, 0), -1);
-    InvalidateCacheEntry(&dead, "x");
-    InvalidateDirCache(&dead);
-    SaveRawListing(nullptr, nullptr, &dead);
-}
-
 // While a directory is received, the lock is free: a request for the same directory shows what is
 // there, one for another directory finds the connection occupied.
 TEST_F(CacheTest, OtherRequestsDuringAFetchAreNotHeldUp) {

@@ -112,8 +112,7 @@ TEST(LineParserTest, KnowsEnglishAndGermanMonthsInAnyCase) {
         {"Sept"},
         {"Oct", "Okt"},
         {"Nov"},
-        {"Dec", "Dez"},
-    };
+        {"Dec", "Dez"}};
     for (u32 month = 1; month <= names.size(); ++month) {
         for (const char* name : names[month - 1]) {
             EXPECT_EQ(Read(std::string("-rw-r--r-- 1 u g 100 ") + name + " 2 2001 a",
@@ -263,22 +262,20 @@ TEST(LineParserTest, ReadsDashDates) {
     struct {
         const char* token;
         u32 month, day, year;
-    } const cases[] = {
-        {"01-15-02", 1, 15, 2002},
-        {"12-31-99", 12, 31, 2099},
-        {"1-1-102", 1, 1, 2002},
-        {"1-1-207", 1, 1, 2107},
-        {"1-1-208", 1, 1, 208},
-        {"1-1-2002", 1, 1, 2002},
-        {"1-1-2147483647", 1, 1, 65535},  // as written, in 16 bits
-        {"13-32-0", 4, 9, 2003},
-        {"0-0--1", 4, 9, 2003},
-        {"7", 4, 9, 2003},
-        {"7-8", 7, 8, 2003},
-        {"-", 4, 9, 2003},
-        {"7-8-", 7, 8, 2003},
-        {"7--8-9", 7, 9, 2008},
-    };
+    } const cases[] = {{"01-15-02", 1, 15, 2002},
+                       {"12-31-99", 12, 31, 2099},
+                       {"1-1-102", 1, 1, 2002},
+                       {"1-1-207", 1, 1, 2107},
+                       {"1-1-208", 1, 1, 208},
+                       {"1-1-2002", 1, 1, 2002},
+                       {"1-1-2147483647", 1, 1, 65535},
+                       {"13-32-0", 4, 9, 2003},
+                       {"0-0--1", 4, 9, 2003},
+                       {"7", 4, 9, 2003},
+                       {"7-8", 7, 8, 2003},
+                       {"-", 4, 9, 2003},
+                       {"7-8-", 7, 8, 2003},
+                       {"7--8-9", 7, 9, 2008}};
     for (const auto& one : cases) {
         SYSTEMTIME calendar = {2003, 4, 0, 9, 0, 0, 0, 0};
         ParseDashDate(one.token, &calendar);
@@ -307,27 +304,6 @@ TEST(LineParserTest, ReadsClockTimes) {
     SYSTEMTIME calendar = {};
     EXPECT_FALSE(ParseClockTime("1234PM", &calendar));
     EXPECT_EQ(calendar.wHour, 0u);
-}
-
-TEST(LineParserTest, TakesTheLocalDateForToday) {
-    const std::string line = "-rw-r--r-- 1 u g 1 Dec 31 00:00 a";
-    SYSTEMTIME now = {};
-    u16 before = 0;
-    u16 after = 0;
-    u16 date = 0;
-    u16 time = 0;
-    u16 attributes = 0;
-    u32 size = 0;
-    std::string buffer = line;
-    GetLocalTime(&now);
-    ParseListLineOn(now, buffer.data(), &size, &before, &time, &attributes, ServerFamily::unixLike);
-    buffer = line;
-    ParseListLine(buffer.data(), &size, &date, &time, &attributes, ServerFamily::unixLike);
-    GetLocalTime(&now);
-    buffer = line;
-    ParseListLineOn(now, buffer.data(), &size, &after, &time, &attributes, ServerFamily::unixLike);
-    EXPECT_NE(date, 0);
-    EXPECT_TRUE(date == before || date == after);
 }
 
 std::vector<std::string> Lines(const char* text, u32 limit) {

@@ -2,16 +2,12 @@
 
 #include <algorithm>
 
-using loopback::Clock;
-using loopback::Milliseconds;
-using loopback::Ready;
-
 namespace {
 
 constexpr std::uint32_t localhost = 0x7F000001;
 
-Clock::time_point Soon() {
-    return Clock::now() + Milliseconds(10'000);
+loopback::Clock::time_point Soon() {
+    return loopback::Clock::now() + std::chrono::seconds(20);
 }
 
 }  // namespace
@@ -23,34 +19,27 @@ void RawClient::SendBytes(std::string_view bytes) {
     loopback::SendAll(control_.Number(), bytes, Soon(), never_);
 }
 
-std::string RawClient::Line() {
-    std::size_t end = 0;
-    while ((end = incoming_.find("\r\n")) == std::string::npos) {
-        if (loopback::WaitReady(control_.Number(), false, Soon(), never_) != Ready::yes) {
-            return "(nothing)";
-        }
-        char block[4096];
-        std::ptrdiff_t count = loopback::ReadSome(control_.Number(), block, sizeof block);
-        if (count <= 0) {
-            return count == 0 ? "(closed)" : "(reset)";
-        }
-        incoming_.append(block, static_cast<std::size_t>(count));
+// False at the end of the connection.
+bool RawClient::ReadSome(const loopback::Descriptor& from, std::string* text) {
+    char block[4096];
+    std::ptrdiff_t count = 0;
+    if (loopback::WaitReady(from.Number(), false, Soon(), never_) == loopback::Ready::yes) {
+        count = std::max<std::ptrdiff_t>(loopback::ReadSome(from.Number(), block, sizeof block), 0);
     }
-    std::string line = incoming_.substr(0, end);
-    incoming_.erase(0, end + 2);
-    return line;
+    text->append(block, static_cast<std::size_t>(count));
+    return count > 0;
 }
 
 std::string RawClient::Reply() {
-    std::string reply = Line();
-    std::string code = reply.substr(0, 3);
-    bool more = reply.size() > 3 && reply[3] == '-';
-    while (more) {
-        std::string line = Line();
-        reply += '\n' + line;
-        more = !line.starts_with('(') && !line.starts_with(code + ' ');
+    while (incoming_.find("\r\n") == std::string::npos) {
+        if (!ReadSome(control_, &incoming_)) {
+            return "";
+        }
     }
-    return reply;
+    const std::size_t end = incoming_.find("\r\n");
+    std::string line = incoming_.substr(0, end);
+    incoming_.erase(0, end + 2);
+    return line;
 }
 
 std::string RawClient::Command(std::string_view line) {
@@ -58,89 +47,45 @@ std::string RawClient::Command(std::string_view line) {
     return Reply();
 }
 
-bool RawClient::Login(std::string_view user, std::string_view password) {
+void RawClient::Login() {
     Reply();
-    Command("USER " + std::string(user));
-    return Command("PASS " + std::string(password)).starts_with("230");
+    Command("USER anonymous");
+    Command("PASS me@here");
 }
 
 bool RawClient::OpenPassive() {
-    std::string reply = Command("PASV");
-    std::size_t open = reply.find('(');
-    std::size_t close = reply.find(')');
+    const std::string named = Command("PASV");
+    const std::size_t begin = named.find('(') + 1;
     std::uint32_t address = 0;
     std::uint16_t port = 0;
-    if (!reply.starts_with("227 ") || open == std::string::npos || close == std::string::npos ||
-        !loopback::ParseHostPort(std::string_view(reply).substr(open + 1, close - open - 1),
-                                 &address, &port)) {
-        return false;
+    if (loopback::ParseHostPort(std::string_view(named).substr(begin, named.find(')') - begin),
+                                &address, &port)) {
+        data_ = loopback::Connect(address, port, Soon(), never_);
     }
-    data_ = loopback::Connect(address, port, Soon(), never_);
     return data_.Valid();
 }
 
-bool RawClient::OpenActive() {
-    active_ = loopback::Listen(0);
-    return Command("PORT " + loopback::HostPortText(localhost, active_.port)).starts_with("200");
-}
-
-bool RawClient::AcceptActive() {
-    if (loopback::WaitReady(active_.socket.Number(), false, Soon(), never_) != Ready::yes) {
-        return false;
-    }
-    data_ = loopback::Accept(active_);
-    return data_.Valid();
-}
-
-std::string RawClient::ReadData() {
-    std::string all;
-    for (;;) {
-        std::string block = ReadData(65536);
-        if (block.empty() || block == "(reset)") {
-            data_.Close();
-            return all + block;
-        }
-        all += block;
-    }
-}
-
-std::string RawClient::ReadData(std::size_t count) {
-    std::string block(count, '\0');
-    if (loopback::WaitReady(data_.Number(), false, Soon(), never_) != Ready::yes) {
-        return "";
-    }
-    std::ptrdiff_t size = loopback::ReadSome(data_.Number(), block.data(), block.size());
-    if (size < 0) {
-        return "(reset)";
-    }
-    block.resize(static_cast<std::size_t>(size));
-    return block;
-}
-
-bool RawClient::SendData(std::string_view bytes) {
-    return loopback::SendAll(data_.Number(), bytes, Soon(), never_) == loopback::Sent::all;
+void RawClient::SendData(std::string_view bytes) {
+    loopback::SendAll(data_.Number(), bytes, Soon(), never_);
 }
 
 std::string RawClient::Fetch(std::string_view command) {
-    if (!OpenPassive()) {
-        return "(no data connection)";
+    std::string data;
+    OpenPassive();
+    reply = Command(command);
+    if (reply.starts_with('1')) {
+        while (ReadSome(data_, &data)) {
+        }
+        Reply();
     }
-    lastReplies = Command(command);
-    if (!lastReplies.starts_with('1')) {
-        return "";
-    }
-    std::string data = ReadData();
-    lastReplies += '\n' + Reply();
     return data;
 }
 
 std::string RawClient::Store(std::string_view command, std::string_view bytes) {
-    if (!OpenPassive()) {
-        return "(no data connection)";
-    }
-    std::string reply = Command(command);
-    if (!reply.starts_with('1')) {
-        return reply;
+    OpenPassive();
+    const std::string answer = Command(command);
+    if (!answer.starts_with('1')) {
+        return answer;
     }
     SendData(bytes);
     data_.Close();

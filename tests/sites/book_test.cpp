@@ -1,17 +1,9 @@
 #include "sites/book_test.h"
 
-#include "control/watchdog.h"
 #include "hostkit/ini_document.h"
 #include "hostkit/settings.h"
 
 using namespace quennet;
-
-BookTest::~BookTest() {
-    if (thread_ != nullptr) {
-        Disconnect();
-        Host().GetPanels().Remove(panelId_);
-    }
-}
 
 void BookTest::Start(const std::string& settings) {
     WriteWhole(file, settings);
@@ -30,21 +22,13 @@ void BookTest::Start() {
         notices.Add("error " + std::to_string(id));
         EXPECT_THAT(text, testing::Not(testing::HasSubstr("secret")));
     };
-    thread_ = std::make_unique<HostThread>(options);
-    console_ = std::make_unique<hostkit::Console>(Host(), [this](const std::string& line) {
-        const std::lock_guard lock(mutex_);
-        lines_.push_back(line);
-    });
-    panelId_ = Host().GetPanels().Add(panel_);
+    StartHost(options);
 }
 
 OpenDialog BookTest::Open() {
     returned_ = false;
     Host().Loop().Post([this] {
-        params_.section = WordFromPointer("Quennet");
-        params_.instance = params_.watchdogInstance = WordFromPointer(GetModuleHandleA(nullptr));
-        Host().Send(MessageNumber::connect, 0, &holder, console_->Number(), panelId_, &socketUses_,
-                    7, &params_);
+        SendConnect();
         returned_ = true;
     });
     return Find(directoryField);
@@ -95,22 +79,10 @@ void BookTest::AwaitEnd() {
     ASSERT_TRUE(returned_) << "the dialog is still open";
 }
 
-void BookTest::Disconnect() {
-    Host().Send(MessageNumber::disconnect, &holder);
-    while (HandleInHolder(&holder) != nullptr) {
-        Sleep(2);
-    }
-}
-
 std::string BookTest::Book() const {
     return hostkit::IniDocument(File()).Section("FTP");
 }
 
 const SiteRecord& BookTest::Site() const {
-    return *PointerFromWord<const SiteRecord>(params_.site);
-}
-
-std::vector<std::string> BookTest::Console() const {
-    const std::lock_guard lock(mutex_);
-    return lines_;
+    return *PointerFromWord<const SiteRecord>(params.site);
 }

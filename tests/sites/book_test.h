@@ -4,9 +4,8 @@
 #include <atomic>
 #include <string>
 
-#include "hostkit/console.h"
 #include "support/dialog_user.h"
-#include "support/session_test.h"
+#include "support/module_test.h"
 #include "support/temp_folder.h"
 
 // Controls of dialog 14300.
@@ -33,10 +32,8 @@ constexpr int okButton = 99;
 constexpr int cancelButton = 2;
 
 /// The key word of these tests is 0x12345678.
-class BookTest : public ::testing::Test {
+class BookTest : public ModuleTest {
   protected:
-    ~BookTest() override;
-
     /// Writes the settings file, unless there is to be none, and starts the host.
     void Start(const std::string& settings);
     void Start();
@@ -49,31 +46,17 @@ class BookTest : public ::testing::Test {
     void Close(const OpenDialog& dialog, int button);
     /// Waits until the message has returned.
     void AwaitEnd();
-    void Disconnect();
 
     std::string File() const { return ReadWhole(file); }
     /// The section of the sites as it stands in the file.
     std::string Book() const;
     /// What the last dialog filled, while its connection stands.
     const quennet::SiteRecord& Site() const;
-    std::vector<std::string> Console() const;
-    hostkit::Host& Host() { return thread_->Host(); }
 
     TempFolder folder;
     std::filesystem::path file = folder / "settings.ini";
-    Wire wire;
-    Notices notices;
-    quennet::HostWord holder = 0;
 
   private:
-    mutable std::mutex mutex_;
-    std::vector<std::string> lines_;
-    NoticePanel panel_{notices};
-    std::unique_ptr<HostThread> thread_;
-    std::unique_ptr<hostkit::Console> console_;
-    quennet::ConnectParams params_ = {};
-    quennet::u32 socketUses_ = 0;
-    quennet::u8 panelId_ = 0;
     std::atomic<bool> returned_ = true;
 };
 

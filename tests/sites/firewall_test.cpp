@@ -6,10 +6,7 @@
 #include "sites/book_test.h"
 
 using namespace quennet;
-using testing::Contains;
 using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::Not;
 
 namespace {
 
@@ -105,55 +102,5 @@ TEST_F(FirewallTest, ASiteWithTheBitTakesTheBooksFirewallAndKeepsItWithoutTheBit
     EXPECT_STREQ(Site().firewallHost, "");
     EXPECT_EQ(Book(), "M1=site\nH1=127.0.0.1:1\nO1=0\n" + keys);
 }
-
-// --- The logins ---------------------------------------------------------------------------------
-
-struct SchemeCase {
-    std::string rule;
-    int row;  // in the dialog's list; -1: no dialog, a site without a type
-    std::string login;
-
-    friend void PrintTo(const SchemeCase& row, std::ostream* stream) { *stream << row.rule; }
-};
-
-class SchemeTest : public FirewallTest, public testing::WithParamInterface<SchemeCase> {};
-
-TEST_P(SchemeTest, LogsInThroughAFirewallThatADialogNamed) {
-    const SchemeCase& row = GetParam();
-    wire.Start("<- 220 gate\n" + row.login +
-               "-> SYST\n<- 215 UNIX\n-> CWD /pub\n<- 250 ok\n-> PWD\n<- 257 \"/pub\"\n-> QUIT\n"
-               "<- 221 bye\nexpect close\n");
-    const std::string gate = "127.0.0.1:" + std::to_string(wire.port());
-    Start("[FTP]\nM1=site\nH1=server\nU1=anna\nW1=8497BBEB1234CADD\nD1=/pub\nO1=" +
-          std::string(row.row < 0 ? "14" : "10") + "\nG1=" + gate + "\n");
-    const OpenDialog dialog = Open();
-    if (row.row >= 0) {
-        const OpenDialog firewall = OpenFirewall(dialog);
-        firewall.SetField(userField, "guard");
-        firewall.SetField(passwordField, "hidden");
-        firewall.Choose(typeList, row.row);
-        CloseFirewall(firewall, okButton);
-    }
-    Close(dialog, okButton);
-    EXPECT_THAT(notices.Await(2), ElementsAre("panel connected", "connected 7"));
-    Disconnect();
-    wire.Finish();
-    EXPECT_THAT(Console(), Not(Contains(testing::AnyOf(HasSubstr("secret"), HasSubstr("hidden")))));
-}
-
-const SchemeCase schemeCases[] = {
-    {"NoType", -1, "-> USER anna\n<- 331 b\n-> PASS secret\n<- 230 c\n"},
-    {"UserAtHost", 0, "-> USER anna@server\n<- 331 b\n-> PASS secret\n<- 230 c\n"},
-    {"LoginFirst", 1, "-> USER guard\n<- 230 b\n-> USER anna@server\n<- 230 c\n"},
-    {"Site", 2, "-> USER guard\n<- 202 b\n-> SITE server\n<- 220 c\n"},
-    {"Open", 3, "-> USER guard\n<- 230 b\n-> OPEN server\n<- 220 c\n"},
-    {"UserAtUserAtHost", 4,
-     "-> USER anna@guard@server\n<- 331 b\n-> PASS secret@hidden\n<- 230 c\n"},
-    {"FirewallUserAtHost", 5,
-     "-> USER guard@server\n<- 331 b\n-> PASS hidden\n<- 230 c\n-> USER guard@server\n<- 230 d\n"},
-};
-
-INSTANTIATE_TEST_SUITE_P(Schemes, SchemeTest, testing::ValuesIn(schemeCases),
-                         [](const auto& info) { return info.param.rule; });
 
 }  // namespace

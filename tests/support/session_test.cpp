@@ -47,10 +47,21 @@ void Notices::Clear() {
 }
 
 std::vector<std::string> Notices::Await(std::size_t count) const {
-    for (int turn = 0; turn < 1000 && All().size() < count; ++turn) {
+    for (int turn = 0; turn < 3000 && All().size() < count; ++turn) {
         Sleep(10);
     }
     return All();
+}
+
+bool Notices::AwaitNotice(const std::string& notice) const {
+    for (int turn = 0; turn < 3000; ++turn) {
+        const std::vector<std::string> all = All();
+        if (std::find(all.begin(), all.end(), notice) != all.end()) {
+            return true;
+        }
+        Sleep(10);
+    }
+    return false;
 }
 
 void NoticePanel::Connected(u16 cookie) {
@@ -132,27 +143,25 @@ void SessionTest::MakeSession() {
 }
 
 void SessionTest::Open(std::string_view script) {
-    wire.Start(script);
-    char host[] = "127.0.0.1";
-    session->controlSocket = OpenControlSocket(session, host);
-    ASSERT_NE(session->controlSocket, noSocket);
-    const std::lock_guard lock(mutex_);
-    lines_.clear();
+    Open(LinesOf(script));
 }
 
-void SessionTest::Open(std::vector<std::string> steps) {
-    wire.Start(std::move(steps));
+void SessionTest::Open(const std::vector<std::string>& steps) {
+    wire.Start(steps);
     char host[] = "127.0.0.1";
     session->controlSocket = OpenControlSocket(session, host);
     ASSERT_NE(session->controlSocket, noSocket);
-    const std::lock_guard lock(mutex_);
-    lines_.clear();
+    ClearLines();
 }
 
 void SessionTest::LogIn(const std::string& script) {
     wire.Start("<- 220 ready\n-> USER anna\n<- 331 password\n-> PASS secret\n<- 230 welcome\n" +
                script);
     ASSERT_EQ(LoginSession(session), loginDone);
+    ClearLines();
+}
+
+void SessionTest::ClearLines() {
     const std::lock_guard lock(mutex_);
     lines_.clear();
 }

@@ -41,8 +41,10 @@ class Notices {
     void Add(std::string notice);
     std::vector<std::string> All() const;
     void Clear();
-    /// Waits until there are so many, for ten seconds at most, and gives all.
+    /// Waits until there are so many, for thirty seconds at most, and gives all.
     std::vector<std::string> Await(std::size_t count) const;
+    /// Waits for one; false when it does not come.
+    bool AwaitNotice(const std::string& notice) const;
 
   private:
     mutable std::mutex mutex_;
@@ -78,7 +80,7 @@ class SessionTest : public ::testing::Test {
 
     /// Starts the script and opens the control connection without reading from it.
     void Open(std::string_view script);
-    void Open(std::vector<std::string> steps);
+    void Open(const std::vector<std::string>& steps);
 
     /// The same for a server whose login is not the point: the script begins behind it.
     void LogIn(const std::string& script);
@@ -99,6 +101,7 @@ class SessionTest : public ::testing::Test {
 
   private:
     void MakeSession();
+    void ClearLines();
 
     mutable std::mutex mutex_;
     std::vector<std::string> lines_;

@@ -1,10 +1,13 @@
 #pragma once
-// A folder of a test's own, gone with it, and whole files.
+// A folder of a test's own, gone with it, whole files, and bytes to fill them with.
 
+#include <algorithm>
+#include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -15,8 +18,22 @@ inline void WriteWhole(const std::filesystem::path& path, std::string_view bytes
 
 /// The bytes of a file; none when there is no such file.
 inline std::string ReadWhole(const std::filesystem::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
+    std::ostringstream bytes;
+    bytes << std::ifstream(path, std::ios::binary).rdbuf();
+    return bytes.str();
+}
+
+/// Bytes without a pattern that repeats; the same for the same seed.
+inline std::string MixedBytes(std::size_t count, std::uint64_t seed = 1) {
+    std::string bytes(count, '\0');
+    std::uint64_t number = (seed + 1) * 0x9E3779B97F4A7C15;
+    for (std::size_t offset = 0; offset < count; offset += sizeof number) {
+        number ^= number << 13;
+        number ^= number >> 7;
+        number ^= number << 17;
+        std::memcpy(bytes.data() + offset, &number, std::min(sizeof number, count - offset));
+    }
+    return bytes;
 }
 
 class TempFolder {
@@ -35,6 +52,8 @@ class TempFolder {
     TempFolder(const TempFolder&) = delete;
     TempFolder& operator=(const TempFolder&) = delete;
 
+    const std::filesystem::path& Path() const { return path_; }
+    operator const std::filesystem::path&() const { return path_; }
     std::filesystem::path operator/(const std::string& name) const { return path_ / name; }
 
     void Write(const std::string& name, const std::string& bytes) const {

@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr int patienceSeconds = 2;
+constexpr int patienceSeconds = 20;
 
 int Listen(int receiveBuffer, unsigned short* port) {
     const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);

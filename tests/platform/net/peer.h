@@ -25,7 +25,7 @@ class Peer {
     void StopListening();
 
     void Write(std::string_view bytes);
-    /// Reads `count` bytes; fewer at the end, or when none has come for two seconds.
+    /// Reads `count` bytes; fewer at the end, or when none has come for twenty seconds.
     std::string Read(std::size_t count);
     /// Reads to the end of the stream; `ended` tells whether it came without an error.
     std::string ReadToEnd(bool* ended = nullptr);

@@ -21,7 +21,7 @@ TEST_F(ReadTest, BytesComeInOrderHoweverTheyArePeekedTakenAndCounted) {
     });
     std::minstd_rand random(11);
     std::size_t offset = 0;
-    while (Readable(socket_, 2000)) {
+    while (Readable(socket_, 20'000)) {
         const int length = random() % 4 == 0 ? 1 : static_cast<int>(random() % 9'000 + 1);
         u_long waiting = 0;
         ASSERT_EQ(ioctlsocket(socket_, FIONREAD, &waiting), 0);
@@ -44,7 +44,7 @@ TEST_F(ReadTest, APeekSeesBytesThatCameBehindThoseAlreadySeen) {
     EXPECT_EQ(Receive(socket_, 82, MSG_PEEK), "220 re");
     peer.Write("ady\r\n");
     std::string line;
-    for (int turn = 0; turn < 200 && line.size() < 11; ++turn) {
+    for (int turn = 0; turn < 4000 && line.size() < 11; ++turn) {
         line = Receive(socket_, 82, MSG_PEEK);
         Sleep(5);
     }
@@ -57,7 +57,7 @@ TEST_F(ReadTest, AnEndStaysAnEnd) {
     peer.Write("last");
     peer.Close();
     EXPECT_EQ(Receive(socket_, 100), "last");
-    EXPECT_TRUE(Readable(socket_, 2000));
+    EXPECT_TRUE(Readable(socket_, 20'000));
     EXPECT_EQ(Receive(socket_, 100, MSG_PEEK), "");
     EXPECT_EQ(Receive(socket_, 100), "");
     EXPECT_TRUE(Readable(socket_, 0));
@@ -65,7 +65,7 @@ TEST_F(ReadTest, AnEndStaysAnEnd) {
 
 TEST_F(ReadTest, BytesBeforeAResetAreDeliveredBeforeIt) {
     peer.Write("421 bye\r\n");
-    ASSERT_TRUE(Readable(socket_, 2000));
+    ASSERT_TRUE(Readable(socket_, 20'000));
     peer.Reset();
     EXPECT_EQ(Receive(socket_, 100), "421 bye\r\n");
     EXPECT_EQ(Receive(socket_, 100), "error 10054");
@@ -77,7 +77,7 @@ TEST_F(ReadTest, WithoutBlockingAnEmptySocketSaysSo) {
     SetBlocking(socket_, false);
     EXPECT_EQ(Receive(socket_, 10), "error 10035");
     peer.Write("x");
-    ASSERT_TRUE(Readable(socket_, 2000));
+    ASSERT_TRUE(Readable(socket_, 20'000));
     EXPECT_EQ(Receive(socket_, 10), "x");
     EXPECT_EQ(Receive(socket_, 10), "error 10035");
 }

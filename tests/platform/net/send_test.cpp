@@ -132,7 +132,7 @@ TEST_F(StalledPeerTest, APeerThatStopsReadingShowsAsNotWritableUntilItReads) {
     EXPECT_EQ(peer.Read(sent / 2), Pattern(0, sent / 2));
     std::string rest;
     std::thread reader([&] { rest = peer.Read(sent - sent / 2); });
-    EXPECT_TRUE(Writable(socket_, 2000));
+    EXPECT_TRUE(Writable(socket_, 20'000));
     Readable(socket_, 0);
     reader.join();
     EXPECT_EQ(rest, Pattern(sent / 2, sent - sent / 2));
@@ -173,7 +173,7 @@ TEST_F(StalledPeerTest, TheRestGoesOutWhileTheCallerDrainsAHalfClosedSocket) {
     const std::size_t sent = SendWhileWritable(socket_, most);
     const DWORD start = GetTickCount();
     EXPECT_EQ(shutdown(socket_, 1), 0);
-    EXPECT_LT(GetTickCount() - start, 1000u) << "a peer that does not read must not hold us";
+    EXPECT_LT(GetTickCount() - start, 5000u) << "a peer that does not read must not hold us";
     EXPECT_EQ(SendText(socket_, "more"), SOCKET_ERROR);
     EXPECT_EQ(WSAGetLastError(), WSAESHUTDOWN);
     std::string received;
@@ -208,7 +208,7 @@ TEST_F(StalledPeerTest, ACloseWithoutLingerThrowsTheRestAwayAtOnce) {
     SetResetAtClose(socket_);
     const DWORD start = GetTickCount();
     EXPECT_EQ(closesocket(socket_), 0);
-    EXPECT_LT(GetTickCount() - start, 1000u);
+    EXPECT_LT(GetTickCount() - start, 5000u);
     bool ended = true;
     EXPECT_LT(peer.ReadToEnd(&ended).size(), sent);
     EXPECT_FALSE(ended) << "the peer sees a reset";
@@ -220,7 +220,7 @@ TEST_F(SendTest, AnErrorMetOnTheWayIsTheResultOfALaterCall) {
     int result = 0;
     for (int piece = 0; piece < 1000 && result != SOCKET_ERROR; ++piece) {
         result = SendText(socket_, Pattern(0, pieceSize));
-        ASSERT_TRUE(result == SOCKET_ERROR || Writable(socket_, 1000));
+        ASSERT_TRUE(result == SOCKET_ERROR || Writable(socket_, 20'000));
     }
     EXPECT_EQ(result, SOCKET_ERROR);
     EXPECT_EQ(WSAGetLastError(), WSAECONNRESET);

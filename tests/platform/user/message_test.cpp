@@ -1,6 +1,6 @@
-// Messages: posted, sent across threads, and what becomes of them when a window or thread ends.
+// Messages: posted, sent across threads, sent by timers, and what becomes of them when a window or
+// thread ends.
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -9,25 +9,14 @@
 
 #include "platform/user/window_support.h"
 
-using testing::ElementsAre;
-
 namespace {
 
 constexpr UINT ping = WM_APP + 1;
 constexpr UINT pong = WM_APP + 2;
 
-std::vector<UINT> TakeAll() {
-    std::vector<UINT> messages;
-    MSG message = {};
-    while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) {
-        messages.push_back(message.message);
-    }
-    return messages;
-}
-
 }  // namespace
 
-TEST(PostedMessage, ComesInOrderAndQuitComesLast) {
+TEST(PostedMessage, ComesInOrderAndQuitComesLastAndGoesWithItsWindow) {
     const HWND window = MakeWindow(nullptr);
     PostQuitMessage(3);
     PostMessageA(window, ping, 1, 0);
@@ -42,59 +31,10 @@ TEST(PostedMessage, ComesInOrderAndQuitComesLast) {
     EXPECT_EQ(GetMessageA(&message, nullptr, 0, 0), 0);
     EXPECT_EQ(message.wParam, 3U);
     EXPECT_FALSE(PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE));
+    // What stands in line for a window goes with it.
+    PostMessageA(window, ping, 0, 0);
     DestroyWindow(window);
-    EXPECT_EQ(GetMessageA(&message, window, 0, 0), -1);
-}
-
-TEST(PostedMessage, IsTakenByWindowItsChildrenAndNumber) {
-    const HWND window = MakeWindow(nullptr);
-    const HWND child = MakeWindow(nullptr, window, WS_CHILD);
-    const HWND stranger = MakeWindow(nullptr);
-    PostMessageA(stranger, ping, 0, 0);
-    PostMessageA(child, pong, 0, 0);
-    PostMessageA(child, ping, 0, 0);
-    MSG message = {};
-    EXPECT_GT(GetMessageA(&message, window, ping, ping), 0);
-    EXPECT_EQ(message.hwnd, child);
-    EXPECT_FALSE(PeekMessageA(&message, window, ping, ping, PM_REMOVE));
-    EXPECT_THAT(TakeAll(), ElementsAre(ping, pong));
-    DestroyWindow(window);
-    DestroyWindow(stranger);
-}
-
-TEST(PostedMessage, IsDroppedWithItsWindowAndRefusedByAFullQueue) {
-    const HWND window = MakeWindow(nullptr);
-    const HWND child = MakeWindow(nullptr, window, WS_CHILD);
-    PostMessageA(child, ping, 0, 0);
-    PostMessageA(window, pong, 0, 0);
-    DestroyWindow(child);
-    EXPECT_THAT(TakeAll(), ElementsAre(pong));
-
-    int accepted = 0;
-    while (accepted < 20000 && PostMessageA(window, ping, 0, 0)) {
-        ++accepted;
-    }
-    EXPECT_EQ(accepted, 10000);
-    DestroyWindow(window);
-}
-
-TEST(PostedMessage, OfAKeyBecomesACharacterWithShift) {
-    const HWND window = MakeWindow(nullptr);
-    for (const WPARAM key : {WPARAM{'A'}, WPARAM{VK_SHIFT}, WPARAM{'A'}, WPARAM{VK_LEFT}}) {
-        PostMessageA(window, WM_KEYDOWN, key, 0);
-    }
-    PostMessageA(window, WM_KEYUP, VK_SHIFT, 0);
-    std::string typed;
-    MSG message = {};
-    while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) {
-        TranslateMessage(&message);
-        if (message.message == WM_CHAR) {
-            typed += static_cast<char>(message.wParam);
-        }
-    }
-    EXPECT_EQ(typed, "aA");
-    EXPECT_GE(GetKeyState(VK_SHIFT), 0);
-    DestroyWindow(window);
+    EXPECT_FALSE(PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE));
 }
 
 TEST(SentMessage, IsServedWhileItsReceiverWaitsForAnAnswerHimself) {
@@ -134,79 +74,40 @@ TEST(SentMessage, OfTwoThreadsThatSendToEachOtherAtOnceBothGetThrough) {
     EXPECT_EQ(served, 2 * rounds);
 }
 
-TEST(SentMessage, IsNoMessageOfTheQueueAndLeavesPostedOnesAlone) {
-    std::vector<UINT> seen;
-    const Handler note = [&](HWND, UINT message, WPARAM, LPARAM) {
-        seen.push_back(message);
-        return unhandled;
-    };
-    const HWND here = MakeWindow(&note);
-    seen.clear();
-    LoopThread other;
-    PostMessageA(here, ping, 0, 0);
-    // The other thread sends to this one, which waits for the other.
-    other.Run([&] { SendMessageA(here, pong, 0, 0); });
-    EXPECT_THAT(seen, ElementsAre(pong));
-    EXPECT_THAT(TakeAll(), ElementsAre(ping));
-    DestroyWindow(here);
-}
-
-TEST(SentMessage, IsAnsweredWith0WhenTheThreadEndsInFrontOfIt) {
-    std::atomic<bool> busy = false;
-    std::atomic<bool> mayEnd = false;
-    HWND window = nullptr;
-    std::promise<void> made;
-    std::thread target([&] {
-        window = MakeWindow(nullptr);
-        made.set_value();
-        // Never serves anything.
-        while (!mayEnd) {
-            std::this_thread::yield();
-        }
-    });
-    made.get_future().wait();
-    std::vector<std::thread> senders;
-    for (int i = 0; i < 4; ++i) {
-        senders.emplace_back([&] {
-            busy = true;
-            EXPECT_EQ(SendMessageA(window, WM_SETTEXT, 0, reinterpret_cast<LPARAM>("text")), 0);
+TEST(SentMessage, IsAnsweredWith0WhenItsWindowOrItsThreadEndsInFrontOfIt) {
+    for (const bool destroys : {true, false}) {
+        std::promise<HWND> made;
+        std::atomic<int> sending = 0;
+        std::atomic<int> answered = 0;
+        std::thread target([&] {
+            const HWND window = MakeWindow(nullptr);
+            made.set_value(window);
+            // Serves nothing while the senders stand in line.
+            while (sending < 4) {
+                std::this_thread::yield();
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+            if (destroys) {
+                DestroyWindow(window);
+                while (answered < 4) {
+                    std::this_thread::yield();
+                }
+            }
         });
-    }
-    while (!busy) {
-        std::this_thread::yield();
-    }
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    mayEnd = true;
-    for (std::thread& sender : senders) {
-        sender.join();
-    }
-    target.join();
-}
-
-TEST(SentMessage, IsAnsweredWith0WhenItsWindowGoesInFrontOfIt) {
-    std::atomic<bool> busy = false;
-    std::atomic<bool> mayGo = false;
-    LoopThread other;
-    HWND window = nullptr;
-    other.Run([&] { window = MakeWindow(nullptr); });
-    const std::function<void()> destroyLater = [&] {
-        busy = true;
-        while (!mayGo) {
-            std::this_thread::yield();
+        const HWND window = made.get_future().get();
+        std::vector<std::thread> senders;
+        for (int i = 0; i < 4; ++i) {
+            senders.emplace_back([&] {
+                ++sending;
+                EXPECT_EQ(SendMessageA(window, WM_SETTEXT, 0, reinterpret_cast<LPARAM>("text")), 0);
+                ++answered;
+            });
         }
-        DestroyWindow(window);
-    };
-    std::thread keepsBusy([&] { other.Run(destroyLater); });
-    while (!busy) {
-        std::this_thread::yield();
+        for (std::thread& sender : senders) {
+            sender.join();
+        }
+        target.join();
     }
-    std::thread sender([&] {
-        EXPECT_EQ(SendMessageA(window, WM_SETTEXT, 0, reinterpret_cast<LPARAM>("text")), 0);
-    });
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    mayGo = true;
-    sender.join();
-    keepsBusy.join();
 }
 
 TEST(SentMessage, StandsManyThreadsThatSendAndWindowsThatCome) {
@@ -229,4 +130,76 @@ TEST(SentMessage, StandsManyThreadsThatSendAndWindowsThatCome) {
     for (std::thread& thread : threads) {
         thread.join();
     }
+}
+
+TEST(Timer, DoesNotFireAfterItWasKilledFromAnotherThread) {
+    using namespace std::chrono_literals;
+    std::atomic<int> fired = 0;
+    const LoopThread timed([&](HWND, UINT message, WPARAM, LPARAM) {
+        fired += message == WM_TIMER;
+        return unhandled;
+    });
+    for (int i = 0; i < 20; ++i) {
+        SetTimer(timed.Window(), 1, 10, nullptr);
+        std::this_thread::sleep_for(9ms);
+        EXPECT_TRUE(KillTimer(timed.Window(), 1));
+        // What was taken before the kill is through when this returns.
+        SendMessageA(timed.Window(), WM_NULL, 0, 0);
+        const int before = fired;
+        std::this_thread::sleep_for(12ms);
+        EXPECT_EQ(fired, before);
+    }
+    EXPECT_FALSE(KillTimer(timed.Window(), 1));
+}
+
+TEST(Timer, FiresInTimeWhateverItsThreadSleepsFor) {
+    using namespace std::chrono_literals;
+    std::atomic<int> fired = 0;
+    const LoopThread timed([&](HWND, UINT message, WPARAM, LPARAM) {
+        fired += message == WM_TIMER;
+        return unhandled;
+    });
+    const auto fires = [&](int count) {
+        for (int tries = 0; tries < 2000 && fired < count; ++tries) {
+            std::this_thread::sleep_for(5ms);
+        }
+        return fired >= count;
+    };
+    SetTimer(timed.Window(), 1, 60000, nullptr);
+    SetTimer(timed.Window(), 2, 20, nullptr);
+    EXPECT_TRUE(fires(1)) << "behind one that is due much later";
+    KillTimer(timed.Window(), 2);
+    SetTimer(timed.Window(), 1, 50, nullptr);
+    KillTimer(timed.Window(), 1);
+    // What was taken before the kill is through when this returns.
+    SendMessageA(timed.Window(), WM_NULL, 0, 0);
+    const int before = fired;
+    SetTimer(timed.Window(), 1, 200, nullptr);
+    EXPECT_TRUE(fires(before + 1)) << "behind one that was killed and due sooner";
+    KillTimer(timed.Window(), 1);
+}
+
+TEST(Timer, DoesNotPileUpAndComesBehindAllPostedMessages) {
+    std::string order;
+    const Handler note = [&](HWND, UINT message, WPARAM, LPARAM) {
+        if (message == WM_TIMER || message == WM_APP) {
+            order += message == WM_TIMER ? 't' : 'p';
+        }
+        return unhandled;
+    };
+    const HWND window = MakeWindow(&note);
+    SetTimer(window, 1, 10, nullptr);
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    PostMessageA(window, WM_APP, 0, 0);
+    PostMessageA(window, WM_APP, 0, 0);
+    MSG message = {};
+    for (int i = 0; i < 3; ++i) {
+        ASSERT_TRUE(PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE));
+        DispatchMessageA(&message);
+    }
+    EXPECT_EQ(order, "ppt");
+    // Nothing stands in line behind the one that came.
+    KillTimer(window, 1);
+    EXPECT_FALSE(PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE));
+    DestroyWindow(window);
 }

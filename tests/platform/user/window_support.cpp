@@ -1,7 +1,5 @@
 #include "platform/user/window_support.h"
 
-#include <chrono>
-
 namespace {
 
 constexpr UINT runTask = WM_APP + 100;
@@ -67,17 +65,4 @@ void LoopThread::Finish() {
         PostThreadMessageA(threadId_, WM_QUIT, 0, 0);
         thread_.join();
     }
-}
-
-bool RunLoopUntil(const std::function<bool()>& done) {
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-    MSG message = {};
-    while (!done() && std::chrono::steady_clock::now() < end) {
-        if (!PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-            continue;
-        }
-        DispatchMessageA(&message);
-    }
-    return done();
 }

@@ -37,6 +37,3 @@ class LoopThread {
     DWORD threadId_ = 0;
     std::thread thread_;
 };
-
-/// Runs the loop of the calling thread until `done` or ten seconds have passed.
-bool RunLoopUntil(const std::function<bool()>& done);

@@ -1,7 +1,11 @@
 #pragma once
-// The quennet program, run as a shell runs it: with files for its output, or on a terminal.
+// Programs, run as a shell runs them: with files for their output, or on a terminal.
+//
+// Home, working directory and temporary folder of a run are `home`; nothing else of this process's
+// environment but the search path is handed on. A run that is left before its end is killed.
 
 #include <sys/types.h>
+#include <termios.h>
 
 #include <chrono>
 #include <cstdint>
@@ -17,11 +21,14 @@ struct RunResult {
     std::string errors;
 };
 
-/// One run. Home, working directory and temporary folder are `home`; nothing else of this process's
-/// environment but the search path is handed on. Standard input is empty.
+/// The quennet program.
+extern const char* const quennetProgram;
+
+/// One run with an empty standard input.
 class ProgramRun {
   public:
-    ProgramRun(const TempFolder& home, const std::vector<std::string>& arguments);
+    ProgramRun(const std::filesystem::path& home, const std::vector<std::string>& arguments,
+               const std::string& program = quennetProgram);
     ~ProgramRun();
     ProgramRun(const ProgramRun&) = delete;
     ProgramRun& operator=(const ProgramRun&) = delete;
@@ -36,31 +43,40 @@ class ProgramRun {
 };
 
 /// Runs it to its end.
-RunResult Quennet(const TempFolder& home, const std::vector<std::string>& arguments);
+RunResult Quennet(const std::filesystem::path& home, const std::vector<std::string>& arguments);
 
 /// The same by a shell, with the program as "$0", so that its streams can be redirected.
-RunResult Shell(const TempFolder& home, const std::string& command);
+RunResult Shell(const std::filesystem::path& home, const std::string& command);
 
 /// A run on a terminal of its own, with somebody who types.
 class TerminalRun {
   public:
-    TerminalRun(const TempFolder& home, const std::vector<std::string>& arguments);
+    TerminalRun(const std::filesystem::path& home, const std::vector<std::string>& arguments,
+                const std::string& program = quennetProgram);
     ~TerminalRun();
     TerminalRun(const TerminalRun&) = delete;
     TerminalRun& operator=(const TerminalRun&) = delete;
 
-    /// Waits until the terminal has shown a text; false when it does not within ten seconds.
+    /// Waits until the terminal has shown a text; false when it does not within thirty seconds.
     bool Await(const std::string& text);
     void Type(const std::string& text) const;
-    /// Waits for the end, and gives the exit status.
+    void Signal(int signal) const;
+    bool WaitForStop() const;
+    /// Takes the terminal away.
+    void HangUp();
+    /// Waits for the end, and gives the status as RunResult has it; -1 when it does not come.
     int Finish();
+
     /// All that the terminal has shown.
     const std::string& Shown() const { return shown_; }
+    /// How the terminal is set.
+    termios Settings() const;
 
   private:
     bool ReadSome(std::chrono::milliseconds patience);
 
     int terminal_ = -1;
+    int otherEnd_ = -1;  // keeps the terminal when the program has gone
     pid_t process_ = -1;
     std::string shown_;
 };

@@ -1,4 +1,4 @@
-#include "app/program_run.h"
+#include "support/program_run.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -7,16 +7,18 @@
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <utmp.h>
 
 #include <algorithm>
 #include <cstdlib>
 #include <thread>
+#include <utility>
 
 namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr auto patience = std::chrono::seconds(10);
+constexpr auto patience = std::chrono::seconds(30);
 
 std::vector<char*> Pointers(std::vector<std::string>& texts) {
     std::vector<char*> pointers;
@@ -27,9 +29,8 @@ std::vector<char*> Pointers(std::vector<std::string>& texts) {
     return pointers;
 }
 
-std::vector<std::string> Environment(const TempFolder& home) {
-    const std::string path = home / "";
-    std::vector<std::string> variables = {"HOME=" + path, "TMPDIR=" + path, "TERM=xterm", "TZ=UTC"};
+std::vector<std::string> Environment(const std::string& home) {
+    std::vector<std::string> variables = {"HOME=" + home, "TMPDIR=" + home, "TERM=xterm", "TZ=UTC"};
     for (const char* name : {"PATH", "ASAN_OPTIONS", "UBSAN_OPTIONS", "TSAN_OPTIONS"}) {
         if (const char* value = std::getenv(name)) {
             variables.push_back(std::string(name) + "=" + value);
@@ -38,13 +39,7 @@ std::vector<std::string> Environment(const TempFolder& home) {
     return variables;
 }
 
-std::vector<std::string> Command(const std::vector<std::string>& arguments) {
-    std::vector<std::string> words = {QUENNET_PROGRAM};
-    words.insert(words.end(), arguments.begin(), arguments.end());
-    return words;
-}
-
-pid_t Spawn(const TempFolder& home, const TempFolder& streams, std::vector<std::string> words) {
+pid_t Spawn(const std::string& home, const TempFolder& streams, std::vector<std::string> words) {
     std::vector<std::string> variables = Environment(home);
     constexpr int createFlags = O_WRONLY | O_CREAT | O_TRUNC;
     pid_t process = -1;
@@ -55,7 +50,7 @@ pid_t Spawn(const TempFolder& home, const TempFolder& streams, std::vector<std::
                                      createFlags, 0600);
     posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, (streams / "errors").c_str(),
                                      createFlags, 0600);
-    posix_spawn_file_actions_addchdir_np(&actions, (home / "").c_str());
+    posix_spawn_file_actions_addchdir_np(&actions, home.c_str());
     const std::string program = words.front();
     if (posix_spawn(&process, program.c_str(), &actions, nullptr, Pointers(words).data(),
                     Pointers(variables).data()) != 0) {
@@ -65,29 +60,41 @@ pid_t Spawn(const TempFolder& home, const TempFolder& streams, std::vector<std::
     return process;
 }
 
-int WaitFor(pid_t process) {
-    int status = 0;
-    if (process == -1 || waitpid(process, &status, 0) != process) {
-        return -1;
-    }
+std::vector<std::string> WithProgram(const std::string& program,
+                                     std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), program);
+    return arguments;
+}
+
+int StatusOf(int status) {
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 
 RunResult ResultOf(pid_t process, const TempFolder& streams) {
-    const int status = WaitFor(process);
-    return {status, streams.Read("output"), streams.Read("errors")};
+    int status = 0;
+    if (process == -1 || waitpid(process, &status, 0) != process) {
+        return {};
+    }
+    return {StatusOf(status), streams.Read("output"), streams.Read("errors")};
+}
+
+void Kill(pid_t process) {
+    if (process > 0) {
+        kill(process, SIGKILL);
+        waitpid(process, nullptr, 0);
+    }
 }
 
 }  // namespace
 
-ProgramRun::ProgramRun(const TempFolder& home, const std::vector<std::string>& arguments)
-    : process_(Spawn(home, streams_, Command(arguments))) {}
+const char* const quennetProgram = QUENNET_PROGRAM;
+
+ProgramRun::ProgramRun(const std::filesystem::path& home, const std::vector<std::string>& arguments,
+                       const std::string& program)
+    : process_(Spawn(home, streams_, WithProgram(program, arguments))) {}
 
 ProgramRun::~ProgramRun() {
-    if (process_ != -1) {
-        kill(process_, SIGKILL);
-        WaitFor(process_);
-    }
+    Kill(process_);
 }
 
 void ProgramRun::Signal(int signal) const {
@@ -97,30 +104,33 @@ void ProgramRun::Signal(int signal) const {
 }
 
 RunResult ProgramRun::Finish() {
-    const RunResult result = ResultOf(process_, streams_);
-    process_ = -1;
-    return result;
+    return ResultOf(std::exchange(process_, -1), streams_);
 }
 
-RunResult Quennet(const TempFolder& home, const std::vector<std::string>& arguments) {
+RunResult Quennet(const std::filesystem::path& home, const std::vector<std::string>& arguments) {
     return ProgramRun(home, arguments).Finish();
 }
 
-RunResult Shell(const TempFolder& home, const std::string& command) {
-    const TempFolder streams;
-    return ResultOf(Spawn(home, streams, {"/bin/bash", "-c", command, QUENNET_PROGRAM}), streams);
+RunResult Shell(const std::filesystem::path& home, const std::string& command) {
+    return ProgramRun(home, {"-c", command, quennetProgram}, "/bin/bash").Finish();
 }
 
-TerminalRun::TerminalRun(const TempFolder& home, const std::vector<std::string>& arguments) {
-    std::vector<std::string> words = Command(arguments);
+TerminalRun::TerminalRun(const std::filesystem::path& home,
+                         const std::vector<std::string>& arguments, const std::string& program) {
+    std::vector<std::string> words = WithProgram(program, arguments);
     std::vector<std::string> variables = Environment(home);
     const std::vector<char*> wordPointers = Pointers(words);
     const std::vector<char*> variablePointers = Pointers(variables);
-    const std::string folder = home / "";
     const winsize size = {24, 80, 0, 0};
-    process_ = forkpty(&terminal_, nullptr, nullptr, &size);
+    if (openpty(&terminal_, &otherEnd_, nullptr, nullptr, &size) != 0) {
+        return;
+    }
+    fcntl(terminal_, F_SETFD, FD_CLOEXEC);
+    fcntl(otherEnd_, F_SETFD, FD_CLOEXEC);
+    process_ = fork();
     if (process_ == 0) {
-        if (chdir(folder.c_str()) == 0) {
+        signal(SIGHUP, SIG_DFL);
+        if (login_tty(otherEnd_) == 0 && chdir(home.c_str()) == 0) {
             execve(wordPointers[0], wordPointers.data(), variablePointers.data());
         }
         _exit(127);
@@ -128,13 +138,19 @@ TerminalRun::TerminalRun(const TempFolder& home, const std::vector<std::string>&
 }
 
 TerminalRun::~TerminalRun() {
-    if (process_ > 0) {
-        kill(process_, SIGKILL);
-        WaitFor(process_);
-    }
-    close(terminal_);
+    HangUp();
+    Kill(process_);
 }
 
+void TerminalRun::HangUp() {
+    for (int* end : {&otherEnd_, &terminal_}) {
+        if (*end >= 0) {
+            close(std::exchange(*end, -1));
+        }
+    }
+}
+
+// One block: a program that never stops writing must not keep its reader.
 bool TerminalRun::ReadSome(std::chrono::milliseconds wait) {
     pollfd end = {terminal_, POLLIN, 0};
     if (poll(&end, 1, static_cast<int>(wait.count())) <= 0) {
@@ -142,34 +158,50 @@ bool TerminalRun::ReadSome(std::chrono::milliseconds wait) {
     }
     char block[4096];
     const ssize_t count = read(terminal_, block, sizeof(block));
-    if (count <= 0) {
-        return false;
-    }
-    shown_.append(block, static_cast<std::size_t>(count));
-    return true;
+    shown_.append(block, static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+    return count > 0;
 }
 
 bool TerminalRun::Await(const std::string& text) {
     const auto end = Clock::now() + patience;
-    while (shown_.find(text) == shown_.npos) {
-        const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now());
-        if (left.count() <= 0 || !ReadSome(left)) {
-            return false;
-        }
+    while (shown_.find(text) == shown_.npos && Clock::now() < end) {
+        ReadSome(std::chrono::milliseconds(10));
     }
-    return true;
+    return shown_.find(text) != shown_.npos;
 }
 
 void TerminalRun::Type(const std::string& text) const {
     [[maybe_unused]] const ssize_t count = write(terminal_, text.data(), text.size());
 }
 
+void TerminalRun::Signal(int signal) const {
+    kill(process_, signal);
+}
+
+bool TerminalRun::WaitForStop() const {
+    int status = 0;
+    return waitpid(process_, &status, WUNTRACED) == process_ && WIFSTOPPED(status);
+}
+
 int TerminalRun::Finish() {
-    while (ReadSome(patience)) {
+    const auto end = Clock::now() + patience;
+    int status = 0;
+    while (waitpid(process_, &status, WNOHANG) == 0) {
+        if (Clock::now() > end) {
+            return -1;
+        }
+        ReadSome(std::chrono::milliseconds(10));
     }
-    const int status = WaitFor(process_);
     process_ = -1;
-    return status;
+    while (ReadSome(std::chrono::milliseconds(0))) {
+    }
+    return StatusOf(status);
+}
+
+termios TerminalRun::Settings() const {
+    termios settings = {};
+    tcgetattr(otherEnd_, &settings);
+    return settings;
 }
 
 bool AwaitSize(const std::filesystem::path& path, std::uintmax_t size) {
