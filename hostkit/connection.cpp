@@ -331,8 +331,10 @@ void Connection::ConnectFailed(const std::string& text) {
     host_.Loop().Wake();
 }
 
+/// A connection that is lost behind its first login, for good, has no other end.
 void Connection::ReconnectFailed() {
     lost_ = true;
+    ConnectFailed(LastWords());
     if (options_.reconnectFailed) {
         options_.reconnectFailed();
     }
