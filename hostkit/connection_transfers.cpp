@@ -53,8 +53,7 @@ TransferResult Connection::Upload(const UploadRequest& request, const Listing& t
                                   TransferOperation& operation) {
     TransferItem item = {};
     // The module sends what the last separator leaves of it, and to this name all belongs.
-    const bool isCut =
-        request.name.find('/') == std::string::npos && NameOffset(request.name) != 0;
+    const bool isCut = request.name.find('/') == std::string::npos && NameOffset(request.name) != 0;
     if (!CopyPath(item.source, request.source) ||
         !CopyPath(item.destination, isCut ? "./" + request.name : request.name)) {
         return Failed(pathTooLong);

@@ -1,5 +1,5 @@
-#include "hostkit/existing_files.h"
 #include "local_target.h"
+#include "hostkit/existing_files.h"
 
 #include <gtest/gtest.h>
 
