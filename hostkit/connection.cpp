@@ -330,7 +330,9 @@ void Connection::ConnectFailed(const std::string& text) {
     host_.Loop().Wake();
 }
 
+/// A connection that is lost behind its first login, for good, has no other end.
 void Connection::ReconnectFailed() {
+    ConnectFailed(LastWords());
     if (options_.reconnectFailed) {
         options_.reconnectFailed();
     }

@@ -5,7 +5,6 @@
 #include <cstring>
 
 #include "hostkit/connection_use.h"
-#include "hostkit/display_text.h"
 
 namespace hostkit {
 
@@ -52,11 +51,8 @@ TransferResult Connection::Download(const DownloadRequest& request, TransferOper
 TransferResult Connection::Upload(const UploadRequest& request, const Listing& there,
                                   TransferOperation& operation) {
     TransferItem item = {};
-    // The module sends what the last separator leaves of it, and to this name all belongs.
-    const bool isCut =
-        request.name.find('/') == std::string::npos && NameOffset(request.name) != 0;
     if (!CopyPath(item.source, request.source) ||
-        !CopyPath(item.destination, isCut ? "./" + request.name : request.name)) {
+        !CopyPath(item.destination, WithWholeName(request.name))) {
         return Failed(pathTooLong);
     }
     // Before the server is asked to store anything.

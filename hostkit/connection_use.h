@@ -5,6 +5,7 @@
 #include <string>
 
 #include "hostkit/connection.h"
+#include "hostkit/display_text.h"
 
 namespace hostkit {
 
@@ -21,6 +22,13 @@ inline bool CopyPath(char (&target)[pathSize], const std::string& path) {
     }
     std::copy_n(path.c_str(), path.size() + 1, target);
     return true;
+}
+
+/// A path whose last component is sent. In one without '/' that is all of it, whatever other
+/// separators it holds.
+inline std::string WithWholeName(const std::string& path) {
+    const bool isCut = path.find('/') == std::string::npos && NameOffset(path) != 0;
+    return isCut ? "./" + path : path;
 }
 
 /// An operation that looks at the handle, as long as it lives: the handle is not given back before.

@@ -3,7 +3,6 @@
 #include <cstring>
 
 #include "hostkit/connection_use.h"
-#include "hostkit/display_text.h"
 
 namespace hostkit {
 
@@ -16,21 +15,22 @@ std::string TakePath(const FtpHandle* handle, const std::string& path, char (&fi
     if (handle == nullptr) {
         return notConnected;
     }
-    if (NameOffset(path) == path.size()) {
+    const std::string whole = WithWholeName(path);
+    if (NameOffset(whole) == whole.size()) {
         return "the path names no file";
     }
-    return CopyPath(field, path) ? "" : pathTooLong;
+    return CopyPath(field, whole) ? "" : pathTooLong;
 }
 
 /// Goes to the directory of a path, if it has one. Gives why that failed, empty when it did not.
 std::string EnterDirectoryOf(Connection& connection, const std::string& path) {
-    const std::size_t name = NameOffset(path);
-    if (name == 0) {
+    const std::size_t slash = path.find('/') == path.npos ? 0 : NameOffset(path);
+    if (slash == 0) {
         return {};
     }
-    const bool isRoot = name == 1;
+    const bool isRoot = slash == 1;
     const DirectoryResult result =
-        connection.ChangeDirectory(path.substr(0, isRoot ? name : name - 1));
+        connection.ChangeDirectory(path.substr(0, isRoot ? slash : slash - 1));
     return result.Done() || !result.text.empty() ? result.text : "the directory was not entered";
 }
 

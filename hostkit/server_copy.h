@@ -7,8 +7,9 @@
 
 namespace hostkit {
 
-/// What is to be copied. The servers are told last components alone: for a bare name a session must
-/// stand in its directory; of a path, the directory becomes the session's own first.
+/// What is to be copied. The servers are told last components alone: for a bare name, one without
+/// '/', a session must stand in its directory; of a path, the directory becomes the session's own
+/// first.
 struct ServerCopyRequest {
     std::string source;       // on the source's server, at most 259 bytes
     std::string destination;  // on the destination's, at most 259 bytes

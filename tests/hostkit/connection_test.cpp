@@ -68,6 +68,18 @@ TEST_F(ConnectionTest, AFailedConnectionSaysWhyAndLeavesNothing) {
     EXPECT_EQ(*host.SocketUseCounter(), 0u);
 }
 
+TEST_F(ConnectionTest, AConnectionThatIsLostBehindItsLoginForGoodIsAFailedOne) {
+    server->Add({.command = "PWD", .action = loopback::FaultAction::resetBefore});
+    server->Add({.command = "USER", .occurrence = 2, .text = "421 too late"});
+    RunJob(loop, [&] {
+        Connection connection(host);
+        const ConnectResult lost = connection.Connect(request);
+        EXPECT_EQ(lost.outcome, ConnectOutcome::failed);
+        EXPECT_EQ(lost.text, "421 too late");
+        EXPECT_TRUE(connection.Connect(request).Connected());
+    });
+}
+
 TEST_F(ConnectionTest, AChangeThatFailsBehindItsCheckIsTold) {
     RunJob(loop, [&] {
         Connection connection(host);

@@ -69,8 +69,10 @@ TEST_F(ServerCopyTest, APathEntersItsDirectoryAndANameStaysThere) {
         EXPECT_EQ(source.Directory(), "/pub");
         EXPECT_TRUE(Copy(source, destination, {"a", "c"}).Done());
         EXPECT_EQ(ReadWhole(folder / "to/up/c"), content);
-        EXPECT_TRUE(Copy(source, destination, {"a", "/d"}).Done());
-        EXPECT_EQ(ReadWhole(folder / "to/d"), content);
+        EXPECT_TRUE(Copy(source, destination, {"a", "/d\\e:f"}).Done());
+        EXPECT_EQ(ReadWhole(folder / "to/d\\e:f"), content);
+        EXPECT_TRUE(Copy(destination, source, {"d\\e:f", "x:b"}).Done());
+        EXPECT_EQ(ReadWhole(folder / "from/pub/x:b"), content);
     });
 }
 

@@ -122,13 +122,13 @@ TEST_F(SendTest, ALocalFileThatFailsInTheMiddleIsAFailureWhateverTheServerSays) 
         "-> PASV\n<- 227 ({pasv})\n-> STOR f\n<- 150 go\ndata accept\ndata expect close\n"
         "<- 226 stored\n";
     LogIn(Stor("<- 150 go\ndata accept\ndata expect close\n<- 226 stored\n") + next +
-          "-> PASV\n<- 227 ({pasv})\n-> STOR f\n<- 150 go\ndata accept\nmark full\n"
+          "-> PASV\n<- 227 ({pasv})\n-> STOR f\n<- 150 go\ndata accept\ndata -> begin\nmark begun\n"
           "await shrunk\ndata expect close\n<- 226 stored\n-> NOOP\n<- 200 mine\n");
     for (const auto& row : rows) {
         const bool shrinks = row.service == ShellService::count;
-        folder.Write("f", Wire::Pattern(shrinks ? 64 << 20 : 20'000));
+        folder.Write("f", "begin" + Wire::Pattern(shrinks ? 64 << 20 : 20'000));
         std::thread owner([&] {
-            if (shrinks && wire.AwaitMark("full")) {
+            if (shrinks && wire.AwaitMark("begun")) {
                 std::filesystem::resize_file(folder / "f", 20'000);
                 wire.Signal("shrunk");
             }
@@ -142,16 +142,20 @@ TEST_F(SendTest, ALocalFileThatFailsInTheMiddleIsAFailureWhateverTheServerSays) 
     wire.Finish();
 }
 
-TEST_F(SendTest, AnAbortEndsAnUploadToASilentServerWithinTwoSeconds) {
+TEST_F(SendTest, AnAbortEndsAnUploadThatNobodyReadsWithinTwoSecondsWhateverTheServerSays) {
     folder.Write("f", Wire::Pattern(64 << 20));
-    LogIn(Stor("<- 150 go\ndata accept\nawait ended\n<- 426 late\n-> NOOP\n<- 200 mine\n"));
+    LogIn(Stor("<- 150 go\ndata accept\nawait silent\n<- 426 late\n") +
+          "-> PASV\n<- 227 ({pasv})\n-> STOR f\n<- 150 go\n<- 226 looks fine\ndata accept\n"
+          "await hasty\n-> NOOP\n<- 200 mine\n");
     constexpr auto delay = std::chrono::milliseconds(700);
-    AbortAfter(delay);
-    const auto start = std::chrono::steady_clock::now();
-    EXPECT_EQ(Send("f"), -1);
-    EXPECT_LT(std::chrono::steady_clock::now() - start, delay + std::chrono::seconds(2));
-    EXPECT_STREQ(session->replyBuffer, "The transfer was aborted.");
-    wire.Signal("ended");
+    for (const char* server : {"silent", "hasty"}) {
+        AbortAfter(delay);
+        const auto start = std::chrono::steady_clock::now();
+        EXPECT_EQ(Send("f"), -1);
+        EXPECT_LT(std::chrono::steady_clock::now() - start, delay + std::chrono::seconds(2));
+        EXPECT_STREQ(session->replyBuffer, "The transfer was aborted.");
+        wire.Signal(server);
+    }
     EXPECT_EQ(SendCommandText(session, "NOOP"), 2);
     EXPECT_STREQ(session->replyBuffer, "200 mine");
     wire.Finish();
