@@ -5,6 +5,7 @@
 #include <thread>
 
 #include "app/program_test.h"
+#include "support/wait.h"
 
 namespace {
 
@@ -21,12 +22,6 @@ class InterruptionTest : public ProgramTest {
         served.Write("file", bytes);
         served.Write("other", "1");
         Serve();
-    }
-
-    void Await(const std::string& command) {
-        for (int tries = 0; tries < 6000 && !Heard(command); ++tries) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(5));
-        }
     }
 
     void ExpectPart(std::uintmax_t least) {
@@ -93,7 +88,7 @@ TEST_F(InterruptionTest, CtrlCEndsSilenceAtEachStep) {
         server->ClearLog();
         server->Add({row.command, 1, row.action, "", 10});
         ProgramRun run(home, {"get", Url(row.url)});
-        Await(row.line);
+        EXPECT_TRUE(WaitUntil([&] { return Heard(row.line); })) << row.line;
         const Stopwatch stopwatch;
         run.Signal(SIGINT);
         const RunResult result = run.Finish();

@@ -10,15 +10,13 @@
 #include <chrono>
 #include <cstdlib>
 #include <fstream>
-#include <functional>
 #include <sstream>
 #include <thread>
 #include <utility>
 
-namespace {
+#include "support/wait.h"
 
-constexpr std::chrono::seconds patience{20};
-constexpr std::chrono::milliseconds glance{20};
+namespace {
 
 std::string OutputOf(const std::string& command) {
     std::string output;
@@ -39,17 +37,6 @@ std::string Quoted(const std::string& text) {
         quoted += character == '\'' ? "'\\''" : std::string(1, character);
     }
     return quoted + "'";
-}
-
-bool WaitUntil(const std::function<bool()>& happened) {
-    const auto end = std::chrono::steady_clock::now() + patience;
-    while (!happened()) {
-        if (std::chrono::steady_clock::now() > end) {
-            return false;
-        }
-        std::this_thread::sleep_for(glance);
-    }
-    return true;
 }
 
 }  // namespace

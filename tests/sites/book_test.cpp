@@ -2,6 +2,7 @@
 
 #include "hostkit/ini_document.h"
 #include "hostkit/settings.h"
+#include "support/wait.h"
 
 using namespace quennet;
 
@@ -52,19 +53,19 @@ void ExpectTexts(HWND dialog) {
 }  // namespace
 
 OpenDialog BookTest::Find(int control) {
-    for (int turn = 0; turn < 5000; ++turn) {
-        HWND window = nullptr;
+    HWND window = nullptr;
+    const auto isOpen = [&] {
         while ((window = FindWindowExA(nullptr, window, "#32770", nullptr)) != nullptr) {
             if (IsWindowVisible(window) && IsWindowEnabled(window) &&
                 GetDlgItem(window, control) != nullptr) {
-                ExpectTexts(window);
-                return OpenDialog(window);
+                return true;
             }
         }
-        Sleep(2);
-    }
-    ADD_FAILURE() << "no dialog with control " << control;
-    return OpenDialog(nullptr);
+        return false;
+    };
+    EXPECT_TRUE(WaitUntil(isOpen)) << "no dialog with control " << control;
+    ExpectTexts(window);
+    return OpenDialog(window);
 }
 
 void BookTest::Close(const OpenDialog& dialog, int button) {
@@ -73,10 +74,7 @@ void BookTest::Close(const OpenDialog& dialog, int button) {
 }
 
 void BookTest::AwaitEnd() {
-    for (int turn = 0; turn < 5000 && !returned_; ++turn) {
-        Sleep(2);
-    }
-    ASSERT_TRUE(returned_) << "the dialog is still open";
+    ASSERT_TRUE(WaitUntil([this] { return returned_.load(); })) << "the dialog is still open";
 }
 
 std::string BookTest::Book() const {

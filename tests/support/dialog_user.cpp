@@ -2,28 +2,14 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
-#include <thread>
+#include "support/wait.h"
 
 namespace {
 
-constexpr std::chrono::milliseconds glance{2};
-
-bool WaitUntil(std::chrono::milliseconds patience, const std::function<bool()>& happened) {
-    const auto end = std::chrono::steady_clock::now() + patience;
-    while (!happened()) {
-        if (std::chrono::steady_clock::now() > end) {
-            return false;
-        }
-        std::this_thread::sleep_for(glance);
-    }
-    return true;
-}
-
-HWND FindShownDialog(const char* caption, const std::function<bool(HWND)>& fits) {
+HWND FindShownDialog(const char* caption) {
     HWND window = nullptr;
     while ((window = FindWindowExA(nullptr, window, "#32770", caption)) != nullptr) {
-        if (IsWindowVisible(window) && IsWindowEnabled(window) && fits(window)) {
+        if (IsWindowVisible(window) && IsWindowEnabled(window)) {
             return window;
         }
     }
@@ -136,30 +122,13 @@ void OpenDialog::PressKey(int id, WPARAM key) const {
     PostMessageA(Item(id), WM_KEYUP, key, 0);
 }
 
-bool OpenDialog::WaitUntilClosed(std::chrono::milliseconds patience) const {
-    return WaitUntil(patience, [this] { return !IsOpen(); });
+bool OpenDialog::WaitUntilClosed() const {
+    return WaitUntil([this] { return !IsOpen(); });
 }
 
-OpenDialog WaitForDialog(const std::string& caption, std::chrono::milliseconds patience) {
+OpenDialog WaitForDialog(const std::string& caption) {
     HWND window = nullptr;
-    EXPECT_TRUE(WaitUntil(patience,
-                          [&] {
-                              window = FindShownDialog(caption.c_str(), [](HWND) { return true; });
-                              return window != nullptr;
-                          }))
+    EXPECT_TRUE(WaitUntil([&] { return (window = FindShownDialog(caption.c_str())) != nullptr; }))
         << "no dialog \"" << caption << '"';
-    return OpenDialog(window);
-}
-
-OpenDialog WaitForDialogOf(DWORD thread, std::chrono::milliseconds patience) {
-    HWND window = nullptr;
-    EXPECT_TRUE(WaitUntil(patience,
-                          [&] {
-                              window = FindShownDialog(nullptr, [thread](HWND candidate) {
-                                  return GetWindowThreadProcessId(candidate, nullptr) == thread;
-                              });
-                              return window != nullptr;
-                          }))
-        << "no dialog of thread " << thread;
     return OpenDialog(window);
 }

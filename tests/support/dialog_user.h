@@ -4,11 +4,8 @@
 
 #include <windows.h>
 
-#include <chrono>
 #include <string>
 #include <vector>
-
-constexpr std::chrono::seconds dialogPatience{20};
 
 /// A dialog on the screen. On a dialog that never came, operations do nothing.
 class OpenDialog {
@@ -44,8 +41,8 @@ class OpenDialog {
     /// Presses a key while the control has the focus, and does not wait either.
     void PressKey(int id, WPARAM key) const;
 
-    /// False when it is still there after `patience`.
-    bool WaitUntilClosed(std::chrono::milliseconds patience = dialogPatience) const;
+    /// False when it stays.
+    bool WaitUntilClosed() const;
 
   private:
     struct ListMessages {
@@ -64,8 +61,4 @@ class OpenDialog {
 
 /// Waits until a dialog with that caption is shown, and its procedure has set it up. A failure of
 /// the test when none comes.
-OpenDialog WaitForDialog(const std::string& caption,
-                         std::chrono::milliseconds patience = dialogPatience);
-
-/// The same for a dialog of one thread, whatever its caption.
-OpenDialog WaitForDialogOf(DWORD thread, std::chrono::milliseconds patience = dialogPatience);
+OpenDialog WaitForDialog(const std::string& caption);

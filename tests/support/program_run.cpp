@@ -4,21 +4,20 @@
 #include <poll.h>
 #include <pty.h>
 #include <signal.h>
-#include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <utmp.h>
 
 #include <algorithm>
 #include <cstdlib>
-#include <thread>
+#include <functional>
 #include <utility>
+
+#include "support/wait.h"
 
 namespace {
 
 using Clock = std::chrono::steady_clock;
-
-constexpr auto patience = std::chrono::seconds(30);
 
 std::vector<char*> Pointers(std::vector<std::string>& texts) {
     std::vector<char*> pointers;
@@ -39,24 +38,20 @@ std::vector<std::string> Environment(const std::string& home) {
     return variables;
 }
 
-pid_t Spawn(const std::string& home, const TempFolder& streams, std::vector<std::string> words) {
+/// Runs a program in a child; `prepare` sets up its streams there, without taking memory.
+pid_t Spawn(const std::string& home, std::vector<std::string> words,
+            const std::function<void()>& prepare) {
     std::vector<std::string> variables = Environment(home);
-    constexpr int createFlags = O_WRONLY | O_CREAT | O_TRUNC;
-    pid_t process = -1;
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, (streams / "output").c_str(),
-                                     createFlags, 0600);
-    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, (streams / "errors").c_str(),
-                                     createFlags, 0600);
-    posix_spawn_file_actions_addchdir_np(&actions, home.c_str());
-    const std::string program = words.front();
-    if (posix_spawn(&process, program.c_str(), &actions, nullptr, Pointers(words).data(),
-                    Pointers(variables).data()) != 0) {
-        process = -1;
+    const std::vector<char*> wordPointers = Pointers(words);
+    const std::vector<char*> variablePointers = Pointers(variables);
+    const pid_t process = fork();
+    if (process == 0) {
+        prepare();
+        if (chdir(home.c_str()) == 0) {
+            execve(wordPointers[0], wordPointers.data(), variablePointers.data());
+        }
+        _exit(127);
     }
-    posix_spawn_file_actions_destroy(&actions);
     return process;
 }
 
@@ -68,14 +63,6 @@ std::vector<std::string> WithProgram(const std::string& program,
 
 int StatusOf(int status) {
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-}
-
-RunResult ResultOf(pid_t process, const TempFolder& streams) {
-    int status = 0;
-    if (process == -1 || waitpid(process, &status, 0) != process) {
-        return {};
-    }
-    return {StatusOf(status), streams.Read("output"), streams.Read("errors")};
 }
 
 void Kill(pid_t process) {
@@ -90,8 +77,20 @@ void Kill(pid_t process) {
 const char* const quennetProgram = QUENNET_PROGRAM;
 
 ProgramRun::ProgramRun(const std::filesystem::path& home, const std::vector<std::string>& arguments,
-                       const std::string& program)
-    : process_(Spawn(home, streams_, WithProgram(program, arguments))) {}
+                       const std::string& program) {
+    constexpr int createFlags = O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC;
+    const int streams[] = {open("/dev/null", O_RDONLY | O_CLOEXEC),
+                           open((streams_ / "output").c_str(), createFlags, 0600),
+                           open((streams_ / "errors").c_str(), createFlags, 0600)};
+    process_ = Spawn(home, WithProgram(program, arguments), [&] {
+        for (int number = 0; number < 3; ++number) {
+            dup2(streams[number], number);
+        }
+    });
+    for (const int stream : streams) {
+        close(stream);
+    }
+}
 
 ProgramRun::~ProgramRun() {
     Kill(process_);
@@ -104,7 +103,11 @@ void ProgramRun::Signal(int signal) const {
 }
 
 RunResult ProgramRun::Finish() {
-    return ResultOf(std::exchange(process_, -1), streams_);
+    int status = 0;
+    if (waitpid(std::exchange(process_, -1), &status, 0) < 0) {
+        return {};
+    }
+    return {StatusOf(status), streams_.Read("output"), streams_.Read("errors")};
 }
 
 RunResult Quennet(const std::filesystem::path& home, const std::vector<std::string>& arguments) {
@@ -117,24 +120,16 @@ RunResult Shell(const std::filesystem::path& home, const std::string& command) {
 
 TerminalRun::TerminalRun(const std::filesystem::path& home,
                          const std::vector<std::string>& arguments, const std::string& program) {
-    std::vector<std::string> words = WithProgram(program, arguments);
-    std::vector<std::string> variables = Environment(home);
-    const std::vector<char*> wordPointers = Pointers(words);
-    const std::vector<char*> variablePointers = Pointers(variables);
     const winsize size = {24, 80, 0, 0};
     if (openpty(&terminal_, &otherEnd_, nullptr, nullptr, &size) != 0) {
         return;
     }
     fcntl(terminal_, F_SETFD, FD_CLOEXEC);
     fcntl(otherEnd_, F_SETFD, FD_CLOEXEC);
-    process_ = fork();
-    if (process_ == 0) {
+    process_ = Spawn(home, WithProgram(program, arguments), [this] {
         signal(SIGHUP, SIG_DFL);
-        if (login_tty(otherEnd_) == 0 && chdir(home.c_str()) == 0) {
-            execve(wordPointers[0], wordPointers.data(), variablePointers.data());
-        }
-        _exit(127);
-    }
+        login_tty(otherEnd_);
+    });
 }
 
 TerminalRun::~TerminalRun() {
@@ -163,7 +158,7 @@ bool TerminalRun::ReadSome(std::chrono::milliseconds wait) {
 }
 
 bool TerminalRun::Await(const std::string& text) {
-    const auto end = Clock::now() + patience;
+    const auto end = Clock::now() + usualPatience;
     while (shown_.find(text) == shown_.npos && Clock::now() < end) {
         ReadSome(std::chrono::milliseconds(10));
     }
@@ -184,7 +179,7 @@ bool TerminalRun::WaitForStop() const {
 }
 
 int TerminalRun::Finish() {
-    const auto end = Clock::now() + patience;
+    const auto end = Clock::now() + usualPatience;
     int status = 0;
     while (waitpid(process_, &status, WNOHANG) == 0) {
         if (Clock::now() > end) {
@@ -205,16 +200,11 @@ termios TerminalRun::Settings() const {
 }
 
 bool AwaitSize(const std::filesystem::path& path, std::uintmax_t size) {
-    const auto end = Clock::now() + patience;
-    while (Clock::now() < end) {
+    return WaitUntil([&] {
         std::error_code missing;
         const std::uintmax_t now = std::filesystem::file_size(path, missing);
-        if (!missing && now >= size) {
-            return true;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
-    }
-    return false;
+        return !missing && now >= size;
+    });
 }
 
 std::vector<std::string> NamesIn(const std::filesystem::path& folder) {

@@ -8,6 +8,7 @@
 #include "control/watchdog.h"
 #include "host/message.h"
 #include "host/services.h"
+#include "support/wait.h"
 
 using namespace quennet;
 
@@ -47,21 +48,15 @@ void Notices::Clear() {
 }
 
 std::vector<std::string> Notices::Await(std::size_t count) const {
-    for (int turn = 0; turn < 3000 && All().size() < count; ++turn) {
-        Sleep(10);
-    }
+    WaitUntil([&] { return All().size() >= count; });
     return All();
 }
 
 bool Notices::AwaitNotice(const std::string& notice) const {
-    for (int turn = 0; turn < 3000; ++turn) {
+    return WaitUntil([&] {
         const std::vector<std::string> all = All();
-        if (std::find(all.begin(), all.end(), notice) != all.end()) {
-            return true;
-        }
-        Sleep(10);
-    }
-    return false;
+        return std::find(all.begin(), all.end(), notice) != all.end();
+    });
 }
 
 void NoticePanel::Connected(u16 cookie) {

@@ -1,132 +1,69 @@
-// System calls come first: behind winsock.h their names are the layer's.
+// The system call comes first: behind winsock.h its name is the layer's.
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
 #include <sys/socket.h>
-#include <sys/time.h>
-#include <unistd.h>
-
-#include <cstdlib>
-#include <utility>
 
 namespace {
 
-constexpr int patienceSeconds = 20;
-
-int Listen(int receiveBuffer, unsigned short* port) {
-    const int listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    if (receiveBuffer > 0) {
-        setsockopt(listener, SOL_SOCKET, SO_RCVBUF, &receiveBuffer, sizeof receiveBuffer);
-    }
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof address;
-    const bool done = bind(listener, reinterpret_cast<sockaddr*>(&address), size) == 0 &&
-                      listen(listener, 1) == 0 &&
-                      getsockname(listener, reinterpret_cast<sockaddr*>(&address), &size) == 0;
-    if (!done) {
-        std::abort();
-    }
-    *port = ntohs(address.sin_port);
-    return listener;
-}
-
-int AcceptOne(int listener) {
-    const timeval patience{patienceSeconds, 0};
-    setsockopt(listener, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
-    const int connection = accept(listener, nullptr, nullptr);
-    setsockopt(connection, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
-    return connection;
-}
-
-ssize_t SendSome(int connection, const char* data, size_t length) {
-    return send(connection, data, length, MSG_NOSIGNAL);
-}
-
-ssize_t ReceiveSome(int connection, char* buffer, size_t length) {
-    return recv(connection, buffer, length, 0);
-}
-
-void ResetConnection(int connection) {
-    const linger atOnce{1, 0};
-    setsockopt(connection, SOL_SOCKET, SO_LINGER, &atOnce, sizeof atOnce);
-    close(connection);
+// To be called before the client connects, which is told of it.
+void LimitReceiveBuffer(int listener, int bytes) {
+    setsockopt(listener, SOL_SOCKET, SO_RCVBUF, &bytes, sizeof bytes);
 }
 
 }  // namespace
 
+#include <algorithm>
+
 #include "platform/net/peer.h"
 
-Peer::Peer(int receiveBuffer) : listener_(Listen(receiveBuffer, &port_)) {}
+namespace {
 
-Peer::~Peer() {
-    Close();
-    StopListening();
+loopback::Clock::time_point Soon() {
+    return loopback::Clock::now() + std::chrono::seconds(20);
+}
+
+}  // namespace
+
+Peer::Peer(int receiveBuffer) {
+    if (receiveBuffer > 0) {
+        LimitReceiveBuffer(listener_.socket.Number(), receiveBuffer);
+    }
 }
 
 sockaddr_in Peer::Address() const {
     sockaddr_in address{};
     address.sin_family = AF_INET;
-    address.sin_port = htons(port_);
+    address.sin_port = htons(listener_.port);
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     return address;
 }
 
 void Peer::Accept() {
-    connection_ = AcceptOne(listener_);
-    ASSERT_GE(connection_, 0);
-}
-
-void Peer::StopListening() {
-    if (listener_ >= 0) {
-        close(std::exchange(listener_, -1));
-    }
+    loopback::WaitReady(listener_.socket.Number(), false, Soon(), never_);
+    connection_ = loopback::Accept(listener_);
+    ASSERT_TRUE(connection_.Valid());
 }
 
 void Peer::Write(std::string_view bytes) {
-    while (!bytes.empty()) {
-        const ssize_t sent = SendSome(connection_, bytes.data(), bytes.size());
-        ASSERT_GT(sent, 0);
-        bytes.remove_prefix(static_cast<std::size_t>(sent));
-    }
+    ASSERT_EQ(loopback::SendAll(connection_.Number(), bytes, Soon(), never_), loopback::Sent::all);
 }
 
-std::string Peer::Read(std::size_t count) {
-    std::string text(count, '\0');
-    std::size_t size = 0;
-    while (size < count) {
-        const ssize_t received = ReceiveSome(connection_, text.data() + size, count - size);
-        if (received <= 0) {
-            break;
-        }
-        size += static_cast<std::size_t>(received);
-    }
-    text.resize(size);
-    return text;
-}
-
-std::string Peer::ReadToEnd(bool* ended) {
+std::string Peer::Read(std::size_t count, bool* ended) {
     std::string text;
-    char block[65536];
-    ssize_t received = 0;
-    while ((received = ReceiveSome(connection_, block, sizeof block)) > 0) {
-        text.append(block, static_cast<std::size_t>(received));
+    std::string block(65536, '\0');
+    std::ptrdiff_t received = 1;
+    while (text.size() < count && received > 0) {
+        received = -1;
+        const std::size_t most = std::min(block.size(), count - text.size());
+        if (loopback::WaitReady(connection_.Number(), false, Soon(), never_) ==
+            loopback::Ready::yes) {
+            received = loopback::ReadSome(connection_.Number(), block.data(), most);
+        }
+        text.append(block, 0, static_cast<std::size_t>(std::max<std::ptrdiff_t>(received, 0)));
     }
     if (ended != nullptr) {
         *ended = received == 0;
     }
     return text;
-}
-
-void Peer::Close() {
-    if (connection_ >= 0) {
-        close(std::exchange(connection_, -1));
-    }
-}
-
-void Peer::Reset() {
-    ResetConnection(std::exchange(connection_, -1));
 }
 
 void NetTest::SetUp() {

@@ -10,34 +10,34 @@
 
 #include <gtest/gtest.h>
 
-/// A server on 127.0.0.1 for one connection. Nothing of it waits longer than some seconds.
+#include "loopback/socket.h"
+
+/// A server on 127.0.0.1 for one connection.
 class Peer {
   public:
     /// Listens on a free port. A `receiveBuffer` above 0 limits what the system takes for it.
     explicit Peer(int receiveBuffer = 0);
-    ~Peer();
-    Peer(const Peer&) = delete;
-    Peer& operator=(const Peer&) = delete;
 
     sockaddr_in Address() const;
     void Accept();
     /// No connection can be made any more.
-    void StopListening();
+    void StopListening() { listener_.socket.Close(); }
 
     void Write(std::string_view bytes);
-    /// Reads `count` bytes; fewer at the end, or when none has come for twenty seconds.
-    std::string Read(std::size_t count);
-    /// Reads to the end of the stream; `ended` tells whether it came without an error.
-    std::string ReadToEnd(bool* ended = nullptr);
+    /// Reads `count` bytes; fewer at the end, or when none has come for twenty seconds. `ended`
+    /// tells whether the stream's end came without an error.
+    std::string Read(std::size_t count, bool* ended = nullptr);
+    /// Reads to the end of the stream.
+    std::string ReadToEnd(bool* ended = nullptr) { return Read(std::string::npos, ended); }
 
-    void Close();
+    void Close() { connection_.Close(); }
     /// Ends the connection so that the other side finds it reset.
-    void Reset();
+    void Reset() { loopback::CloseWithReset(connection_); }
 
   private:
-    unsigned short port_ = 0;  // before the listener, whose making sets it
-    int listener_ = -1;
-    int connection_ = -1;
+    loopback::StopSignal never_;
+    loopback::Listener listener_ = loopback::Listen(0);
+    loopback::Descriptor connection_;
 };
 
 /// Starts and stops the socket library around each test.
