@@ -1,9 +1,6 @@
 #include "netrc.h"
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
-
-#include "support/temp_folder.h"
 
 namespace cli {
 namespace {
@@ -48,23 +45,6 @@ TEST(NetrcTest, BrokenTextGivesNothingAndEnds) {
                              "machine host login \"anna", "password x", "machine host account"}) {
         EXPECT_EQ(FindNetrcPassword(text, "host", "anna"), std::nullopt) << text;
     }
-}
-
-TEST(NetrcTest, APasswordThatOthersCanReadIsWarnedOf) {
-    const TempFolder folder;
-    int warnings = 0;
-    const auto read = [&](const char* user, mode_t mode) {
-        folder.Write("netrc", "machine host login anna password p");
-        chmod((folder / "netrc").c_str(), mode);
-        return ReadNetrcPassword(folder / "netrc", "host", user,
-                                 [&](const std::string&) { ++warnings; });
-    };
-    EXPECT_EQ(read("anna", 0600), "p");
-    EXPECT_EQ(read("bert", 0644), std::nullopt);
-    EXPECT_EQ(warnings, 0);
-    EXPECT_EQ(read("anna", 0640), "p");
-    EXPECT_EQ(warnings, 1);
-    EXPECT_EQ(ReadNetrcPassword(folder / "missing", "host", "anna", {}), std::nullopt);
 }
 
 }  // namespace

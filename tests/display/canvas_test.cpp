@@ -92,22 +92,6 @@ TEST_F(CanvasTest, LeavesNoHalfOfAWideCharacterBehind) {
     }
 }
 
-TEST_F(CanvasTest, KeepsAPartWithinItsWindow) {
-    Surface surface(6, 3, Ink::screen);
-    Canvas all(surface, {0, 0, 6, 3}, {0, 0, 6, 3}, false);
-    Canvas inner = all.Part({1, 1, 3, 1}, true).Part({1, 0, 9, 9}, true);
-    inner.Fill({-5, -5, 20, 20}, U'x', Ink::window);
-    inner.Caret(50, 0);
-    EXPECT_EQ(Rows(surface), "      |  xx  |      |");
-    EXPECT_TRUE(surface.hasCaret);
-    inner.Above().Put(0, 1, U'a', Ink::window);
-    EXPECT_EQ(Rows(surface), "      |  xx  |  a   |");
-    all.MarkedText(0, 0, "&A&&B&", Ink::window, Ink::mark);
-    EXPECT_EQ(Rows(surface), "A&B   |  xx  |  a   |");
-    EXPECT_EQ(surface.At(0, 0).ink, Ink::mark);
-    EXPECT_EQ(surface.At(1, 0).ink, Ink::window);
-}
-
 TEST_F(CanvasTest, WrapsTextBetweenWordsWherePossible) {
     using quennet::WrapText;
     EXPECT_THAT(WrapText("one two three", 7), ElementsAre("one two", "three"));

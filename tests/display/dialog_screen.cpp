@@ -1,7 +1,6 @@
 // dialog_screen SCENE: opens dialogs in the terminal and says afterwards what became of them. The
 // tests of the display run it in terminals of their own; a person can run it as well.
 
-#include <quennet_canvas.h>
 #include <quennet_platform.h>
 #include <quennet_terminal.h>
 #include <signal.h>
@@ -169,65 +168,6 @@ void RunThreads() {
     other.join();
 }
 
-// ---- A window that fills the screen -----------------------------------------------------------
-
-struct PanelState {
-    std::string typed;
-    bool ended = false;
-};
-
-LRESULT CALLBACK PanelProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-    static PanelState state;
-    switch (message) {
-        case QUENNET_DRAW: {
-            auto& canvas = *reinterpret_cast<quennet::Canvas*>(lParam);
-            canvas.Fill({0, 0, canvas.Width(), 1}, U' ', quennet::Ink::menu);
-            canvas.MarkedText(1, 0, "&File  &View", quennet::Ink::menu, quennet::Ink::menuMark);
-            canvas.Frame({0, 1, canvas.Width() / 2, canvas.Height() - 2}, quennet::Ink::list);
-            canvas.Text(2, 2, state.typed, quennet::Ink::list);
-            const int last = canvas.Height() - 1;
-            canvas.Fill({0, last, canvas.Width(), 1}, U' ', quennet::Ink::status);
-            canvas.Text(1, last,
-                        std::to_string(canvas.Width()) + "x" + std::to_string(canvas.Height()),
-                        quennet::Ink::status);
-            canvas.Caret(2 + quennet::ColumnsOf(state.typed), 2);
-            return 0;
-        }
-        case WM_CHAR:
-        case WM_KEYDOWN:
-        case WM_LBUTTONDOWN:
-            state.typed += message == WM_CHAR      ? "c" + std::to_string(wParam)
-                           : message == WM_KEYDOWN ? "k" + std::to_string(wParam)
-                                                   : "m" + std::to_string(LOWORD(lParam)) + "," +
-                                                         std::to_string(HIWORD(lParam));
-            state.typed += ' ';
-            InvalidateRect(window, nullptr, TRUE);
-            return 0;
-        case WM_DESTROY:
-            PostQuitMessage(0);
-            return 0;
-        default:
-            return DefWindowProcA(window, message, wParam, lParam);
-    }
-}
-
-void RunPanel() {
-    WNDCLASSEXA panel = {};
-    panel.cbSize = sizeof(panel);
-    panel.lpfnWndProc = PanelProcedure;
-    panel.lpszClassName = "panel";
-    RegisterClassExA(&panel);
-    const HWND window = CreateWindowExA(0, "panel", "Panel", WS_OVERLAPPED | WS_VISIBLE, 0, 0, 10,
-                                        10, nullptr, nullptr, nullptr, nullptr);
-    SetFocus(window);
-    MSG message = {};
-    while (GetMessageA(&message, nullptr, 0, 0) > 0) {
-        TranslateMessage(&message);
-        DispatchMessageA(&message);
-    }
-    Tell("panel: closed");
-}
-
 // ---- Ends in the middle of a dialog -----------------------------------------------------------
 
 void RunEnding(const std::function<void()>& end) {
@@ -259,7 +199,6 @@ struct Scene {
 const Scene scenes[] = {
     {"types", RunTypes},
     {"threads", RunThreads},
-    {"panel", RunPanel},
     {"message", RunMessage},
     {"password", RunPassword},
     {"exit", [] { RunEnding([] { std::exit(7); }); }},

@@ -90,20 +90,6 @@ TEST_F(ScreenTest, ShowsMessagesAndAsksForPasswords) {
     EXPECT_SHOWS(cancelled, "password: none");
 }
 
-TEST_F(ScreenTest, FillsTheScreenWithAWindowThatDrawsItself) {
-    const TmuxTerminal terminal(40, 8,
-                                Scene("panel", "NO_COLOR=1 LC_ALL=C.UTF-8 TERM=xterm-256color"));
-    EXPECT_SHOWS(terminal, "40x8");
-    terminal.Press({"a", "F5", "C-b"});
-    EXPECT_SHOWS(terminal, "c97 k116 k66 c2");
-    terminal.Resize(52, 6);
-    terminal.ExpectScreen("panel");
-    terminal.Send("\x1B[<0;11;5M\x1B[<0;11;5m");
-    EXPECT_SHOWS(terminal, "m84,72");
-    terminal.Press({"C-c"});
-    EXPECT_SHOWS(terminal, "panel: closed");
-}
-
 TEST_F(ScreenTest, ServesDialogsOfSeveralThreads) {
     const TmuxTerminal terminal(60, 16, Scene("threads"));
     EXPECT_SHOWS(terminal, "Inner:");

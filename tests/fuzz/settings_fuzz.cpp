@@ -6,17 +6,14 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <filesystem>
-#include <fstream>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include <unistd.h>
-
 #include "fuzz/expect.h"
 #include "hostkit/ini_document.h"
 #include "hostkit/settings.h"
+#include "support/temp_folder.h"
 
 using hostkit::FileSettings;
 using hostkit::IniDocument;
@@ -147,28 +144,17 @@ void ReplaceBody(const IniDocument& before, const Input& input) {
     }
 }
 
-/// A folder of this process that goes with it.
-class PrivateFolder {
-  public:
-    PrivateFolder() { std::filesystem::create_directories(path_); }
-    ~PrivateFolder() { std::filesystem::remove_all(path_); }
-    std::filesystem::path File() const { return path_ / "settings.ini"; }
-
-  private:
-    std::filesystem::path path_ =
-        std::filesystem::temp_directory_path() / ("settings_fuzz_" + std::to_string(getpid()));
-};
-
 /// The same on a real file, with a second store that reads what the first one wrote.
 void ChangeFile(const Input& input) {
-    static const PrivateFolder folder;
-    std::ofstream(folder.File(), std::ios::binary | std::ios::trunc) << input.file;
-    FileSettings writer(folder.File());
+    static const TempFolder folder;
+    const std::filesystem::path file = folder / "settings.ini";
+    WriteWhole(file, input.file);
+    FileSettings writer(file);
     Expect(writer.Text() == input.file);
     IniDocument document(input.file);
     const bool done = document.SetValue(input.section, input.key, input.value);
     Expect(writer.Write(input.section, input.key, input.value) == done);
-    FileSettings reader(folder.File());
+    FileSettings reader(file);
     Expect(reader.Text() == document.Text());
     Expect(reader.Read(input.section, input.key) == document.Value(input.section, input.key));
 }

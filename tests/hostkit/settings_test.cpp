@@ -108,25 +108,6 @@ TEST_F(SettingsTest, ProcessesThatWriteAtOnceLoseNothingOfEachOther) {
     EXPECT_EQ(CounterIn(settings), 2 * rounds);
 }
 
-TEST_F(SettingsTest, ThreadsShareAStore) {
-    FileSettings settings(file);
-    std::vector<std::thread> threads;
-    for (int number = 0; number < 4; ++number) {
-        threads.emplace_back([&settings, number] {
-            for (int i = 0; i < 20; ++i) {
-                settings.Write("FTP", "M" + std::to_string(number), std::to_string(i));
-                settings.ReadSection("FTP");
-            }
-        });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-    for (int number = 0; number < 4; ++number) {
-        EXPECT_THAT(settings.Read("FTP", "M" + std::to_string(number)), Optional(Eq("19")));
-    }
-}
-
 TEST_F(SettingsTest, ThePasswordKeyIsMadeOnceForItsOwnerAlone) {
     using std::filesystem::perms;
     hostkit::HostOptions options;

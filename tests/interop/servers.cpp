@@ -3,15 +3,14 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
-#include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cstdlib>
-#include <fstream>
-#include <sstream>
+#include <map>
+#include <utility>
+#include <vector>
 
-extern char** environ;
+#include "support/temp_folder.h"
 
 namespace quennet::interop {
 
@@ -54,47 +53,34 @@ void Server::Start(int port) {
         failure_ = "no pipe";
         return;
     }
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
-    if (posix_spawn(&process_, QUENNET_INTEROP_SERVER, &actions, nullptr, arguments.data(),
-                    environ) != 0) {
-        process_ = -1;
-        failure_ = "interop_server does not start";
+    process_ = fork();
+    if (process_ == 0) {
+        dup2(ends[1], STDOUT_FILENO);
+        execv(QUENNET_INTEROP_SERVER, arguments.data());
+        _exit(127);
     }
-    posix_spawn_file_actions_destroy(&actions);
     close(ends[1]);
     output_ = ends[0];
-    if (process_ != -1) {
-        AwaitReady();
-    }
+    AwaitReady();
 }
 
 void Server::AwaitReady() {
+    std::map<std::string, std::string> said;
     std::optional<std::string> line;
     while ((line = ReadLine()) && *line != "ready") {
-        const std::size_t blank = line->find(' ');
-        const std::string key = line->substr(0, blank);
-        const std::string value = blank == std::string::npos ? "" : line->substr(blank + 1);
-        if (key == "port") {
-            port_ = std::atoi(value.c_str());
-        } else if (key == "user") {
-            account_.user = value;
-        } else if (key == "password") {
-            account_.password = value;
-        } else if (key == "anonymous") {
-            anonymous_ = value == "yes";
-        } else if (key == "log") {
-            log_ = value;
-        }
+        const std::size_t blank = std::min(line->find(' '), line->size() - 1);
+        said[line->substr(0, blank)] = line->substr(blank + 1);
     }
     if (line) {
+        port_ = std::stoi(said["port"]);
+        account_ = {said["user"], said["password"]};
+        anonymous_ = said["anonymous"] == "yes";
+        log_ = said["log"];
         return;
     }
     int status = 0;
     kill(process_, SIGTERM);
-    waitpid(process_, &status, 0);
-    process_ = -1;
+    waitpid(std::exchange(process_, -1), &status, 0);
     unavailable_ = WIFEXITED(status) && WEXITSTATUS(status) == exitUnavailable;
     failure_ = std::string(ServerName(kind_)) +
                (unavailable_ ? " can't be had here; fetch_servers.sh tells why" : " did not start");
@@ -126,9 +112,7 @@ void Server::AwaitLine(const std::string& expected) {
 }
 
 std::string Server::Log() const {
-    std::ostringstream text;
-    text << std::ifstream(log_).rdbuf();
-    return text.str();
+    return ReadWhole(log_);
 }
 
 void Server::Halt() {

@@ -1,4 +1,4 @@
-// Edit controls, buttons, list boxes and drop-down lists, in a window that hears what they tell.
+// Edit controls, buttons and list boxes, in a window that hears what they tell.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -32,9 +32,6 @@ class ControlTest : public testing::Test {
     LRESULT Send(UINT message, WPARAM wParam = 0, LPARAM lParam = 0) {
         return SendMessageA(control_, message, wParam, lParam);
     }
-    void Add(UINT message, const std::string& text) {
-        Send(message, 0, reinterpret_cast<LPARAM>(text.c_str()));
-    }
     std::string Text() const { return OpenDialog(parent_).Field(controlId); }
     void Type(const std::string& text) const { OpenDialog(parent_).Type(controlId, text); }
 
@@ -62,7 +59,6 @@ class ControlTest : public testing::Test {
 using EditTest = ControlTest;
 using ButtonTest = ControlTest;
 using ListBoxTest = ControlTest;
-using DropDownTest = ControlTest;
 
 }  // namespace
 
@@ -153,7 +149,7 @@ TEST_F(ButtonTest, ABoxOfTwoStatesTakesTwoForOneUntilItsStyleHasThree) {
 TEST_F(ListBoxTest, TellsOnlyWhatAPersonChose) {
     Make("ListBox", LBS_NOTIFY);
     for (int i = 0; i < 20; ++i) {
-        Add(LB_ADDSTRING, std::to_string(i));
+        Send(LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(std::to_string(i).c_str()));
     }
     Send(LB_SETCURSEL, 3);
     EXPECT_THAT(Told(), IsEmpty());
@@ -172,58 +168,4 @@ TEST_F(ListBoxTest, TellsOnlyWhatAPersonChose) {
     EXPECT_THAT(Told(), ElementsAre(1, 1, 1, 1)) << "not at the ends";
     Send(WM_CHAR, '1');
     EXPECT_EQ(user.Selected(controlId), 10) << "the next one that begins with the character";
-}
-
-TEST_F(DropDownTest, TellsWhatAPersonChose) {
-    MoveWindow(parent_, 0, 0, 400, 300, TRUE);
-    Make("ComboBox", CBS_DROPDOWNLIST);
-    for (const char* text : {"alpha", "beta", "gamma", "berlin"}) {
-        Add(CB_ADDSTRING, text);
-    }
-    constexpr int ok = CBN_SELENDOK, cancel = CBN_SELENDCANCEL, change = CBN_SELCHANGE;
-    constexpr int down = CBN_DROPDOWN, up = CBN_CLOSEUP;
-    SetFocus(control_);
-    EXPECT_THAT(Told(), ElementsAre(CBN_SETFOCUS));
-    struct {
-        const char* what;
-        std::vector<std::pair<UINT, WPARAM>> input;
-        LRESULT selected;
-        std::vector<int> told;
-    } const steps[] = {
-        {"an arrow chooses at once", {{WM_KEYDOWN, VK_DOWN}}, 0, {ok, change}},
-        {"nothing at the end", {{WM_KEYDOWN, VK_UP}}, 0, {}},
-        {"a letter", {{WM_CHAR, 'B'}}, 1, {ok, change}},
-        {"the next with the letter", {{WM_CHAR, 'b'}}, 3, {ok, change}},
-        {"opened, moved and given up",
-         {{WM_KEYDOWN, VK_F4}, {WM_KEYDOWN, VK_HOME}, {WM_KEYDOWN, VK_ESCAPE}},
-         3,
-         {down, cancel, up}},
-        {"opened, moved and taken",
-         {{WM_SYSKEYDOWN, VK_DOWN}, {WM_KEYDOWN, VK_UP}, {WM_KEYDOWN, VK_RETURN}},
-         2,
-         {down, ok, up, change}},
-        {"clicked open, an entry clicked",
-         {{WM_LBUTTONDOWN, MAKELPARAM(2, 2)}, {WM_LBUTTONDOWN, MAKELPARAM(2, 16 + 16 + 3)}},
-         1,
-         {down, ok, up, change}},
-        {"clicked open, clicked elsewhere",
-         {{WM_LBUTTONDOWN, MAKELPARAM(2, 2)}, {WM_LBUTTONDOWN, MAKELPARAM(2, 300)}},
-         1,
-         {down, ok, up}},
-    };
-    for (const auto& step : steps) {
-        for (const auto& [message, value] : step.input) {
-            const bool click = message == WM_LBUTTONDOWN;
-            Send(message, click ? 0 : value, click ? static_cast<LPARAM>(value) : 0);
-        }
-        EXPECT_EQ(Send(CB_GETCURSEL), step.selected) << step.what;
-        EXPECT_EQ(Told(), step.told) << step.what;
-        EXPECT_FALSE(Send(CB_GETDROPPEDSTATE)) << step.what;
-    }
-    Send(CB_SHOWDROPDOWN, TRUE);
-    EXPECT_TRUE(Send(CB_GETDROPPEDSTATE));
-    Told();
-    SetFocus(nullptr);
-    EXPECT_FALSE(Send(CB_GETDROPPEDSTATE));
-    EXPECT_THAT(Told(), ElementsAre(ok, up, CBN_KILLFOCUS));
 }
