@@ -2,7 +2,7 @@
 add_executable(side_by_side side_by_side.cpp)
 target_link_libraries(side_by_side PRIVATE quennet_options)
 
-add_executable(bench_host bench_host.cpp)
-target_compile_definitions(bench_host PRIVATE QUENNET_MODULE="$<TARGET_FILE:Quennet>")
-target_link_libraries(bench_host PRIVATE quennet_options hostkit)
-add_dependencies(bench_host Quennet)
+add_executable(listing_memory listing_memory.cpp)
+target_compile_definitions(listing_memory PRIVATE QUENNET_MODULE="$<TARGET_FILE:Quennet>")
+target_link_libraries(listing_memory PRIVATE quennet_options hostkit)
+add_dependencies(listing_memory Quennet)

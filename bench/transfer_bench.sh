@@ -78,18 +78,18 @@ compare --cpu-limit 1.5 --wall-limit 1.25 \
 
 echo "2,000 files of 1 KiB over one connection"
 compare --wall-limit 1.25 \
-    quennet "exec '$bin/bench_host' 127.0.0.1:$port small get-all local" \
+    quennet "exec '$bin/quennet' get -r -o local/ $url/small" \
     lftp "exec lftp -c 'set ftp:ssl-allow no; open $url; cd small; mget -O local *'"
 
 # Without what else lftp does for each file: the server refuses both to anonymous clients.
 echo "2,000 files of 1 KiB up over one connection"
 compare --wall-limit 1.25 \
-    quennet "exec '$bin/bench_host' 127.0.0.1:$port incoming put-all served/small" \
+    quennet "exec '$bin/quennet' put -r served/small $url/incoming/" \
     lftp "exec lftp -c 'set ftp:ssl-allow no; set ftp:use-site-utime no; set ftp:use-site-utime2 no;
         open $url; mirror -R --no-perms served/small incoming'"
 
 echo "listing of 100,000 entries"
-"$bin/bench_host" "127.0.0.1:$port" many list-memory
+"$bin/listing_memory" "127.0.0.1:$port" many
 result=$?
 [ $result -gt $status ] && status=$result
 
