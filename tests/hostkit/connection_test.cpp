@@ -12,6 +12,7 @@
 
 using namespace hostkit;
 using namespace std::chrono_literals;
+using ::testing::Contains;
 using ::testing::HasSubstr;
 
 class ConnectionTest : public ::testing::Test {
@@ -62,6 +63,24 @@ TEST_F(ConnectionTest, AFailedConnectionSaysWhyAndLeavesNothing) {
     });
     EXPECT_EQ(server->ConnectionCount(), 1);
     EXPECT_EQ(*host.SocketUseCounter(), 0u);
+}
+
+TEST_F(ConnectionTest, AListingIsKeptUntilItIsInvalidatedAndCanBeSavedRaw) {
+    RunJob(loop, [&] {
+        Connection connection(host);
+        ASSERT_TRUE(connection.Connect(request).Connected());
+        EXPECT_TRUE(connection.List().done && connection.List().done);
+        connection.InvalidateListing();
+        EXPECT_TRUE(connection.List(true).done && connection.List().done);
+        connection.InvalidateAllListings();
+        EXPECT_TRUE(connection.List().done);
+        EXPECT_THAT(server->Commands(), Contains("LIST").Times(2));
+        EXPECT_THAT(server->Commands(), Contains("LIST -la").Times(1));
+        auto raw = LocalFile::Create(folder / "raw");
+        EXPECT_EQ(connection.SaveRawListing(*raw), 0);
+        EXPECT_EQ(raw->Close(), 0);
+        EXPECT_THAT(ReadWhole(folder / "raw"), HasSubstr("file"));
+    });
 }
 
 TEST_F(ConnectionTest, AChangeThatFailsBehindItsCheckIsTold) {
