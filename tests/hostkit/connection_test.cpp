@@ -45,26 +45,6 @@ class ConnectionTest : public ::testing::Test {
     Host host{loop, {}};
 };
 
-TEST_F(ConnectionTest, AFailedConnectionSaysWhyAndLeavesNothing) {
-    server->Add({.command = "", .text = "421 busy"});
-    RunJob(loop, [&] {
-        Connection connection(host);
-        const ConnectResult busy = connection.Connect(request);
-        EXPECT_EQ(busy.outcome, ConnectOutcome::failed);
-        EXPECT_EQ(busy.text, "421 busy");
-        EXPECT_FALSE(connection.Connected());
-
-        ConnectRequest refused = request;
-        refused.host = std::string(80, 'h');
-        EXPECT_THAT(connection.Connect(refused).text, HasSubstr("longer than 79"));
-        refused.host = "host\r\nDELE x";
-        EXPECT_FALSE(connection.Connect(refused).Connected());
-        EXPECT_FALSE(connection.Connect({}).Connected());
-    });
-    EXPECT_EQ(server->ConnectionCount(), 1);
-    EXPECT_EQ(*host.SocketUseCounter(), 0u);
-}
-
 TEST_F(ConnectionTest, AListingIsKeptUntilItIsInvalidatedAndCanBeSavedRaw) {
     RunJob(loop, [&] {
         Connection connection(host);
