@@ -11,6 +11,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using loopback::FaultAction;
+using Clock = std::chrono::steady_clock;
 
 // Well below the thirty seconds after which a silent server is given up without a signal.
 constexpr auto soon = std::chrono::seconds(20);
@@ -40,13 +41,13 @@ TEST_F(InterruptionTest, CtrlCEndsAStalledDownloadAndKeepsThePart) {
         server->Add({"RETR", 1, FaultAction::stallData, "", 1'000'000});
         ProgramRun run(home, {"get", Url("file")});
         ASSERT_TRUE(AwaitSize(home / "file", 500'000));
-        const Stopwatch stopwatch;
+        const auto start = Clock::now();
         for (int i = 0; i < signals; ++i) {
             run.Signal(SIGINT);
             std::this_thread::sleep_for(std::chrono::milliseconds(300));
         }
         const RunResult result = run.Finish();
-        EXPECT_LT(stopwatch.Elapsed(), soon);
+        EXPECT_LT(Clock::now() - start, soon);
         EXPECT_EQ(result.status, exitFailed);
         EXPECT_EQ(result.errors, "quennet: interrupted\n");
         ExpectPart(500'000);
@@ -60,10 +61,10 @@ TEST_F(InterruptionTest, CtrlCEndsADownloadThatMoves) {
     server->Add({"RETR", 1, FaultAction::slowData, "", 10'000, std::chrono::milliseconds(50)});
     ProgramRun run(home, {"get", Url("file")});
     ASSERT_TRUE(AwaitSize(home / "file", 100'000));
-    const Stopwatch stopwatch;
+    const auto start = Clock::now();
     run.Signal(SIGTERM);
     EXPECT_EQ(run.Finish().status, exitFailed);
-    EXPECT_LT(stopwatch.Elapsed(), soon);
+    EXPECT_LT(Clock::now() - start, soon);
     ExpectPart(100'000);
 }
 
@@ -89,10 +90,10 @@ TEST_F(InterruptionTest, CtrlCEndsSilenceAtEachStep) {
         server->Add({row.command, 1, row.action, "", 10});
         ProgramRun run(home, {"get", Url(row.url)});
         EXPECT_TRUE(WaitUntil([&] { return Heard(row.line); })) << row.line;
-        const Stopwatch stopwatch;
+        const auto start = Clock::now();
         run.Signal(SIGINT);
         const RunResult result = run.Finish();
-        EXPECT_LT(stopwatch.Elapsed(), soon) << row.line;
+        EXPECT_LT(Clock::now() - start, soon) << row.line;
         EXPECT_EQ(result.status, exitFailed) << row.line;
         EXPECT_EQ(result.errors, "quennet: interrupted\n") << row.line;
         EXPECT_EQ(NamesIn(home / ""), std::vector<std::string>{".netrc"}) << row.line;
@@ -101,9 +102,9 @@ TEST_F(InterruptionTest, CtrlCEndsSilenceAtEachStep) {
 
 TEST_F(InterruptionTest, ADataConnectionOnWhichNothingMovesIsGivenUp) {
     server->Add({"RETR", 1, FaultAction::stallData, "", 1'000'000});
-    const Stopwatch stopwatch;
+    const auto start = Clock::now();
     RunResult result = Quennet(home, {"--idle-timeout", "1", "get", Url("file")});
-    EXPECT_LT(stopwatch.Elapsed(), soon);
+    EXPECT_LT(Clock::now() - start, soon);
     EXPECT_EQ(result.status, exitFailed);
     EXPECT_EQ(result.errors, "quennet: no data for 1 s, given up\n");
     ExpectPart(900'000);

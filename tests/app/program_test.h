@@ -45,14 +45,3 @@ class ProgramTest : public testing::Test {
     loopback::Options options;
     std::unique_ptr<loopback::Server> server;
 };
-
-/// How long something takes.
-class Stopwatch {
-  public:
-    std::chrono::duration<double> Elapsed() const {
-        return std::chrono::steady_clock::now() - start_;
-    }
-
-  private:
-    std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
-};

@@ -4,20 +4,16 @@
 #include <quennet_platform.h>
 #include <quennet_terminal.h>
 #include <signal.h>
-#include <unistd.h>
 
 #include <array>
-#include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <exception>
 #include <functional>
 #include <mutex>
 #include <string>
 #include <thread>
-#include <vector>
 
 #include "hostkit/terminal_questions.h"
 
@@ -32,22 +28,16 @@ void Tell(const std::string& line) {
     told += line + '\n';
 }
 
-std::string TextOf(HWND dialog, INT id) {
-    char text[300];
-    GetDlgItemTextA(dialog, id, text, sizeof(text));
-    return text;
-}
-
 enum : WORD { typesDialog = 200, smallDialog = 201 };
-enum : WORD { typeList = 10, nameLabel = 11, nameField = 12, more = 13, note = 14 };
+enum : WORD { typeList = 10, nameLabel = 11, nameField = 12, more = 13, note = 14, ok = 99 };
 
 constexpr std::array typesControls = {
     QuennetControlTemplate{"ComboBox", typeList, CBS_DROPDOWNLIST | WS_TABSTOP, 4, 8, 176, 60},
     QuennetControlTemplate{"Static", nameLabel, 0, 4, 24, 36, 8},
     QuennetControlTemplate{"Edit", nameField, ES_AUTOHSCROLL | WS_TABSTOP, 44, 24, 60, 12},
     QuennetControlTemplate{"Static", note, SS_NOPREFIX, 4, 40, 176, 24},
-    QuennetControlTemplate{"Button", 99, BS_DEFPUSHBUTTON | WS_TABSTOP, 4, 72, 52, 14},
-    QuennetControlTemplate{"Button", 2, WS_TABSTOP, 64, 72, 52, 14},
+    QuennetControlTemplate{"Button", ok, BS_DEFPUSHBUTTON | WS_TABSTOP, 4, 72, 52, 14},
+    QuennetControlTemplate{"Button", IDCANCEL, WS_TABSTOP, 64, 72, 52, 14},
     QuennetControlTemplate{"Button", more, WS_TABSTOP, 124, 72, 52, 14},
 };
 constexpr std::array smallControls = {
@@ -62,36 +52,61 @@ constexpr std::array dialogs = {
                           smallControls.size()},
 };
 
-const HINSTANCE own = reinterpret_cast<HINSTANCE>(const_cast<QuennetDialogTemplate*>(&dialogs[0]));
-
-using Opening = std::function<void(HWND)>;
-using Command = std::function<void(HWND, INT id, INT code)>;
-
-struct Behaviour {
-    Opening open;
-    Command command;
-    std::vector<INT> fields;  // printed at the end
+constexpr std::pair<WORD, const char*> typesTexts[] = {
+    {nameLabel, "&Name:"},
+    {nameField,
+     "a\xE4"
+     "b"},
+    {note,
+     "R&D: \x1B[31mred\x07, \x9B"
+     "2J, \xE2\x80\xAEright to left, \xE6\x97\xA5"
+     "\xE6\x9C\xAC, e\xCC\x81, and so many words that they need two lines"},
+    {ok, "OK"},
+    {IDCANCEL, "Cancel"},
+    {more, "&More"},
 };
 
-INT_PTR CALLBACK Procedure(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
+constexpr const char* types[] = {
+    "USER User@Host", "SITE Host",
+    "OPEN Host",      "A very long one that does not fit into the list that shows it",
+    "five",           "six"};
+
+/// What the button More does.
+std::function<void(HWND)> pressedMore;
+
+void Open(HWND dialog) {
+    const HWND list = GetDlgItem(dialog, typeList);
+    if (!list) {
+        SetDlgItemTextA(dialog, nameLabel, "&Inner:");
+        SetFocus(GetDlgItem(dialog, nameField));
+        return;
+    }
+    for (const char* type : types) {
+        SendMessageA(list, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(type));
+    }
+    SendMessageA(list, CB_SETCURSEL, 0, 0);
+    for (const auto& [id, text] : typesTexts) {
+        SetDlgItemTextA(dialog, id, text);
+    }
+    SetFocus(list);
+}
+
+INT_PTR CALLBACK Procedure(HWND dialog, UINT message, WPARAM wParam, LPARAM) {
     if (message == WM_INITDIALOG) {
-        SetWindowLongPtrA(dialog, DWLP_USER, lParam);
-        reinterpret_cast<const Behaviour*>(lParam)->open(dialog);
+        Open(dialog);
         return FALSE;
     }
-    if (message != WM_COMMAND) {
+    if (message != WM_COMMAND || HIWORD(wParam) != BN_CLICKED) {
         return FALSE;
     }
-    const auto& behaviour =
-        *reinterpret_cast<const Behaviour*>(GetWindowLongPtrA(dialog, DWLP_USER));
     const INT id = LOWORD(wParam);
-    if (behaviour.command) {
-        behaviour.command(dialog, id, HIWORD(wParam));
-    }
-    if (HIWORD(wParam) == BN_CLICKED && (id == IDOK || id == IDCANCEL || id == 99)) {
-        if (id != IDCANCEL) {
-            for (const INT field : behaviour.fields) {
-                Tell(std::to_string(field) + ": \"" + TextOf(dialog, field) + '"');
+    if (id == more) {
+        pressedMore(dialog);
+    } else if (id == IDOK || id == IDCANCEL || id == ok) {
+        for (const INT field : {typeList, nameField}) {
+            char text[300] = "";
+            if (id != IDCANCEL && GetDlgItemTextA(dialog, field, text, sizeof(text)) > 0) {
+                Tell(std::to_string(field) + ": \"" + text + '"');
             }
         }
         EndDialog(dialog, id);
@@ -99,60 +114,30 @@ INT_PTR CALLBACK Procedure(HWND dialog, UINT message, WPARAM wParam, LPARAM lPar
     return TRUE;
 }
 
-void Run(WORD id, const Behaviour& behaviour, HWND owner = nullptr) {
-    const INT_PTR result = DialogBoxParamA(own, MAKEINTRESOURCEA(id), owner, Procedure,
-                                           reinterpret_cast<LPARAM>(&behaviour));
+const HINSTANCE own = reinterpret_cast<HINSTANCE>(const_cast<QuennetDialogTemplate*>(&dialogs[0]));
+
+void Run(WORD id, HWND owner = nullptr) {
+    const INT_PTR result = DialogBoxParamA(own, MAKEINTRESOURCEA(id), owner, Procedure, 0);
     Tell("dialog " + std::to_string(id) + ": " + std::to_string(result));
 }
 
-void OpenSmall(HWND dialog) {
-    SetDlgItemTextA(dialog, nameLabel, "&Inner:");
-    SetFocus(GetDlgItem(dialog, nameField));
-}
-const Behaviour smallOne = {OpenSmall, {}, {nameField}};
-
-void OpenTypes(HWND dialog) {
-    for (const char* type : {"USER User@Host", "SITE Host", "OPEN Host",
-                             "A very long one that does "
-                             "not fit into the list that shows it",
-                             "five", "six"}) {
-        SendDlgItemMessageA(dialog, typeList, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(type));
-    }
-    SendDlgItemMessageA(dialog, typeList, CB_SETCURSEL, 0, 0);
-    SetDlgItemTextA(dialog, nameLabel, "&Name:");
-    SetDlgItemTextA(dialog, nameField,
-                    "a\xE4"
-                    "b");
-    SetDlgItemTextA(dialog, note,
-                    "R&D: \x1B[31mred\x07, \x9B"
-                    "2J, \xE2\x80\xAEright to left, \xE6\x97\xA5"
-                    "\xE6\x9C\xAC, e\xCC\x81, and so many words that they need two lines");
-    SetDlgItemTextA(dialog, 99, "OK");
-    SetDlgItemTextA(dialog, 2, "Cancel");
-    SetDlgItemTextA(dialog, more, "&More");
-    SetFocus(GetDlgItem(dialog, typeList));
+void RunTypes(const std::function<void(HWND)>& atMore) {
+    pressedMore = atMore;
+    Run(typesDialog);
 }
 
-void CommandTypes(HWND dialog, INT id, INT code) {
-    if (id == more && code == BN_CLICKED) {
-        Run(smallDialog, smallOne, dialog);
-    }
-}
-const Behaviour types = {OpenTypes, CommandTypes, {typeList, nameField}};
-
-void RunTypes() {
-    Run(typesDialog, types);
+void RunNested() {
+    RunTypes([](HWND dialog) { Run(smallDialog, dialog); });
 }
 
 /// A dialog, one of another thread above it, and a thread that changes the first one's texts all
 /// the time.
 void RunThreads() {
-    std::atomic<bool> closed = false;
-    std::thread other([&] {
-        while (!IsWindowVisible(FindWindowA(nullptr, " Types")) && !closed) {
+    std::jthread other([](std::stop_token stop) {
+        while (!IsWindowVisible(FindWindowA(nullptr, " Types")) && !stop.stop_requested()) {
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
-        Run(smallDialog, smallOne);
+        Run(smallDialog);
     });
     std::jthread painter([](std::stop_token stop) {
         for (int number = 0; !stop.stop_requested(); ++number) {
@@ -163,20 +148,7 @@ void RunThreads() {
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
     });
-    Run(typesDialog, types);
-    closed = true;
-    other.join();
-}
-
-// ---- Ends in the middle of a dialog -----------------------------------------------------------
-
-void RunEnding(const std::function<void()>& end) {
-    const auto command = [&](HWND, INT id, INT code) {
-        if (id == more && code == BN_CLICKED) {
-            end();
-        }
-    };
-    Run(typesDialog, {OpenTypes, command, {}});
+    RunNested();
 }
 
 void RunMessage() {
@@ -197,13 +169,13 @@ struct Scene {
 };
 
 const Scene scenes[] = {
-    {"types", RunTypes},
+    {"types", RunNested},
     {"threads", RunThreads},
     {"message", RunMessage},
     {"password", RunPassword},
-    {"exit", [] { RunEnding([] { std::exit(7); }); }},
-    {"terminate", [] { RunEnding([] { std::terminate(); }); }},
-    {"crash", [] { RunEnding([] { raise(SIGSEGV); }); }},
+    {"exit", [] { RunTypes([](HWND) { std::exit(7); }); }},
+    {"terminate", [] { RunTypes([](HWND) { std::terminate(); }); }},
+    {"crash", [] { RunTypes([](HWND) { raise(SIGSEGV); }); }},
 };
 
 }  // namespace

@@ -16,6 +16,7 @@
 
 using namespace hostkit;
 using namespace std::chrono_literals;
+using ::testing::Contains;
 using ::testing::HasSubstr;
 
 class ConnectionTest : public ::testing::Test {
@@ -48,24 +49,22 @@ class ConnectionTest : public ::testing::Test {
     Host host{loop, {}};
 };
 
-TEST_F(ConnectionTest, AFailedConnectionSaysWhyAndLeavesNothing) {
-    server->Add({.command = "", .text = "421 busy"});
+TEST_F(ConnectionTest, AListingIsKeptUntilItIsInvalidatedAndCanBeSavedRaw) {
     RunJob(loop, [&] {
         Connection connection(host);
-        const ConnectResult busy = connection.Connect(request);
-        EXPECT_EQ(busy.outcome, ConnectOutcome::failed);
-        EXPECT_EQ(busy.text, "421 busy");
-        EXPECT_FALSE(connection.Connected());
-
-        ConnectRequest refused = request;
-        refused.host = std::string(80, 'h');
-        EXPECT_THAT(connection.Connect(refused).text, HasSubstr("longer than 79"));
-        refused.host = "host\r\nDELE x";
-        EXPECT_FALSE(connection.Connect(refused).Connected());
-        EXPECT_FALSE(connection.Connect({}).Connected());
+        ASSERT_TRUE(connection.Connect(request).Connected());
+        EXPECT_TRUE(connection.List().done && connection.List().done);
+        connection.InvalidateListing();
+        EXPECT_TRUE(connection.List(true).done && connection.List().done);
+        connection.InvalidateAllListings();
+        EXPECT_TRUE(connection.List().done);
+        EXPECT_THAT(server->Commands(), Contains("LIST").Times(2));
+        EXPECT_THAT(server->Commands(), Contains("LIST -la").Times(1));
+        auto raw = LocalFile::Create(folder / "raw");
+        EXPECT_EQ(connection.SaveRawListing(*raw), 0);
+        EXPECT_EQ(raw->Close(), 0);
+        EXPECT_THAT(ReadWhole(folder / "raw"), HasSubstr("file"));
     });
-    EXPECT_EQ(server->ConnectionCount(), 1);
-    EXPECT_EQ(*host.SocketUseCounter(), 0u);
 }
 
 TEST_F(ConnectionTest, AConnectionThatIsLostBehindItsLoginForGoodIsAFailedOne) {

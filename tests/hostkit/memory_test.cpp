@@ -98,24 +98,6 @@ TEST(TextTest, MasksMatchWithoutCaseAndInReasonableTime) {
     EXPECT_FALSE(MatchesMasks(std::string(20000, 'a') + "b", mask + "c"));
 }
 
-TEST(TextTest, AFilterLooksAtNameDateSizeAndKind) {
-    hostkit::FilterRecord filter = {};
-    std::strcpy(filter.masks, "*.txt");
-    EXPECT_FALSE(PassesFilter(filter, "a.doc", 0, 100, 5));
-    EXPECT_FALSE(PassesFilter(filter, "a.txt", 0x10, 100, 5));
-    filter.flags = 0x8000 | hostkit::filterTakesFolders;
-    filter.firstDate = 100;
-    filter.lastDate = 200;
-    filter.smallest = 10;
-    filter.largest = 20;
-    EXPECT_TRUE(PassesFilter(filter, "a.txt", 0x10, 150, 5));
-    EXPECT_FALSE(PassesFilter(filter, "a.txt", 0, 150, 5));
-    EXPECT_TRUE(PassesFilter(filter, "a.txt", 0, 100, 20));
-    EXPECT_FALSE(PassesFilter(filter, "a.txt", 0, 99, 15));
-    EXPECT_FALSE(PassesFilter(filter, "a.txt", 0, 201, 15));
-    EXPECT_FALSE(PassesFilter(filter, "a.txt", 0, 150, 21));
-}
-
 TEST(TextTest, ANameBeginsBehindTheLastSeparatorThatIsOne) {
     EXPECT_EQ(hostkit::NameOffset("/pub/file"), 5u);
     EXPECT_EQ(hostkit::NameOffset("C:\\dir\\file"), 7u);

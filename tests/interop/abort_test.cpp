@@ -64,18 +64,6 @@ class InteropAbort : public InteropTest {
 };
 INSTANTIATE_TEST_SUITE_P(Servers, InteropAbort, testing::ValuesIn(AllCases()), CaseName);
 
-TEST_P(InteropAbort, OfASmallDownloadLeavesTheSessionInStep) {
-    Converse([&](Connection& connection) {
-        for (int round = 0; round < 3; ++round) {
-            std::optional<RepeatedAbort> abort;
-            auto operation = After(1, [&] { Abort(connection, abort); });
-            EXPECT_EQ(Download(connection, "small", operation).outcome, TransferOutcome::failed);
-            abort.reset();
-            ExpectInStep(connection);
-        }
-    });
-}
-
 TEST_P(InteropAbort, OfABigDownloadKeepsWhatCameAndLeavesTheSessionInStep) {
     Converse([&](Connection& connection) {
         std::optional<RepeatedAbort> abort;

@@ -14,12 +14,9 @@
 //
 // Exit status: 0 stopped by a signal, 1 the server failed, 2 usage, 77 it can't be had here.
 
-#include <arpa/inet.h>
 #include <fcntl.h>
 #include <netinet/in.h>
-#include <poll.h>
 #include <sys/prctl.h>
-#include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -32,9 +29,11 @@
 #include <fstream>
 #include <iostream>
 #include <random>
+#include <system_error>
 #include <unordered_map>
 
 #include "interop/server_setup.h"
+#include "loopback/socket.h"
 #include "support/temp_folder.h"
 
 namespace quennet::interop {
@@ -57,32 +56,18 @@ sigset_t AwaitedSignals() {
     return set;
 }
 
-sockaddr_in LoopbackAddress(int port) {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(static_cast<std::uint16_t>(port));
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    return address;
-}
-
-bool PortIsFree(int port) {
-    const sockaddr_in address = LoopbackAddress(port);
-    const int probe = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    const bool isFree =
-        bind(probe, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0;
-    close(probe);
-    return isFree;
-}
-
 // Below the ports of outgoing connections and of passive data connections, so that nothing takes
 // the port between this look at it and the server's start; two tests may, hence the caller's tries.
 int FreePort() {
     std::random_device random;
-    int port = 0;
-    do {
-        port = 10000 + static_cast<int>(random() % 10000);
-    } while (!PortIsFree(port));
-    return port;
+    while (true) {
+        const auto port = static_cast<std::uint16_t>(10000 + random() % 10000);
+        try {
+            return loopback::Listen(port).port;
+        } catch (const std::system_error&) {
+            continue;
+        }
+    }
 }
 
 // Processes that descend from this one. All of them do that the server started, however it detached
@@ -162,17 +147,14 @@ pid_t StartProcess(const std::vector<std::string>& arguments) {
 }
 
 bool Greets(int port) {
-    const sockaddr_in address = LoopbackAddress(port);
-    const int client = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    bool greeted = false;
-    if (connect(client, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0) {
-        pollfd readable{client, POLLIN, 0};
-        char code[3];
-        greeted = poll(&readable, 1, 2000) == 1 && recv(client, code, 3, 0) == 3 &&
-                  std::memcmp(code, "220", 3) == 0;
-    }
-    close(client);
-    return greeted;
+    const loopback::StopSignal never;
+    const auto soon = Clock::now() + std::chrono::seconds(2);
+    const loopback::Descriptor client =
+        loopback::Connect(INADDR_LOOPBACK, static_cast<std::uint16_t>(port), soon, never);
+    char code[3] = "";
+    return client.Valid() &&
+           loopback::WaitReady(client.Number(), false, soon, never) == loopback::Ready::yes &&
+           loopback::ReadSome(client.Number(), code, 3) == 3 && std::memcmp(code, "220", 3) == 0;
 }
 
 bool AwaitGreeting(pid_t server, int port) {

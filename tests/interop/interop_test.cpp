@@ -127,27 +127,13 @@ hostkit::ConnectRequest InteropTest::Request() const {
 }
 
 void InteropTest::Converse(const std::function<void(Connection& connection)>& conversation) {
-    ConverseAtOnce({conversation});
-}
-
-void InteropTest::ConverseAtOnce(
-    const std::vector<std::function<void(Connection& connection)>>& conversations) {
     const hostkit::ConnectRequest request = Request();
-    auto converse = [&](const std::function<void(Connection&)>& conversation) {
+    RunJob(loop, [&] {
         Connection connection(host, transcript.Options());
         const hostkit::ConnectResult connected = connection.Connect(request);
         ASSERT_TRUE(connected.Connected()) << connected.text;
         conversation(connection);
         connection.Disconnect();
-    };
-    RunJob(loop, [&] {
-        std::vector<std::thread> threads;
-        for (const auto& conversation : conversations) {
-            threads.emplace_back(converse, conversation);
-        }
-        for (std::thread& thread : threads) {
-            thread.join();
-        }
     });
 }
 

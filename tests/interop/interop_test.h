@@ -81,9 +81,6 @@ class InteropTest : public testing::TestWithParam<InteropCase> {
 
     /// Connects and runs the conversation while the test's thread serves messages; disconnects.
     void Converse(const std::function<void(hostkit::Connection& connection)>& conversation);
-    /// The same for several connections at once, each on a thread of its own.
-    void ConverseAtOnce(
-        const std::vector<std::function<void(hostkit::Connection& connection)>>& conversations);
 
     /// Downloads a served file into `local` under the same name. The size is what `served` holds.
     hostkit::TransferResult Download(hostkit::Connection& connection, const std::string& name,

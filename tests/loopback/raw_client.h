@@ -8,39 +8,45 @@
 
 class RawClient {
   public:
-    /// Connects the control connection.
-    explicit RawClient(std::uint16_t port);
+    explicit RawClient(std::uint16_t port)
+        : socket_(loopback::Connect(0x7F000001, port, Soon(), never_)) {}
 
     /// Sends the bytes as they stand.
-    void SendBytes(std::string_view bytes);
+    void Send(std::string_view bytes) {
+        loopback::SendAll(socket_.Number(), bytes, Soon(), never_);
+    }
 
-    /// Sends the line and reads one reply of a single line; "" when none comes.
-    std::string Command(std::string_view line);
-    std::string Reply();
+    /// Reads one line without its end; "" when none comes.
+    std::string Line() {
+        std::size_t end = 0;
+        while ((end = incoming_.find("\r\n")) == std::string::npos) {
+            char block[4096];
+            loopback::WaitReady(socket_.Number(), false, Soon(), never_);
+            const std::ptrdiff_t count = loopback::ReadSome(socket_.Number(), block, sizeof block);
+            if (count <= 0) {
+                return "";
+            }
+            incoming_.append(block, static_cast<std::size_t>(count));
+        }
+        const std::string line = incoming_.substr(0, end);
+        incoming_.erase(0, end + 2);
+        return line;
+    }
 
-    /// Reads the welcome, and logs in as an anonymous user.
-    void Login();
+    /// Sends the line and reads one.
+    std::string Command(std::string_view line) {
+        Send(std::string(line) + "\r\n");
+        return Line();
+    }
 
-    /// PASV, and the connection to the port that it names. False when either fails.
-    bool OpenPassive();
-    void SendData(std::string_view bytes);
-
-    /// A whole transfer over a passive connection: the data of a RETR; the first reply stands in
-    /// `reply`.
-    std::string Fetch(std::string_view command);
-    /// A whole upload; the final reply.
-    std::string Store(std::string_view command, std::string_view bytes);
-
-    void Close() { control_.Close(); }
-    void CloseData() { data_.Close(); }
-
-    std::string reply;
+    void Close() { socket_.Close(); }
 
   private:
-    bool ReadSome(const loopback::Descriptor& from, std::string* text);
+    static loopback::Clock::time_point Soon() {
+        return loopback::Clock::now() + std::chrono::seconds(20);
+    }
 
     loopback::StopSignal never_;
-    loopback::Descriptor control_;
-    loopback::Descriptor data_;
+    loopback::Descriptor socket_;
     std::string incoming_;
 };

@@ -39,7 +39,7 @@ TEST(WireTest, ComplainsOfAWrongClient) {
     for (const WrongClient& row : wrongClients) {
         Wire wire;
         RawClient client(wire.port());
-        client.SendBytes(row.says);
+        client.Send(row.says);
         if (row.closes) {
             client.Close();
         }
@@ -57,11 +57,14 @@ TEST(WireTest, ComplainsOfWrongData) {
           {"0123456789a", "11 bytes came, wanted were 10"}}) {
         Wire wire;
         wire.Data("BUFFER", "0123456789");
-        wire.Start("-> PASV\n<- 227 ({pasv})\ndata accept\ndata expect BUFFER");
+        wire.Start("-> PASV\n<- 227 {pasv}\ndata accept\ndata expect BUFFER");
         RawClient client(wire.port());
-        ASSERT_TRUE(client.OpenPassive());
-        client.SendData(sends);
-        client.CloseData();
+        std::uint32_t address = 0;
+        std::uint16_t port = 0;
+        ASSERT_TRUE(loopback::ParseHostPort(client.Command("PASV").substr(4), &address, &port));
+        RawClient data(port);
+        data.Send(sends);
+        data.Close();
         EXPECT_THAT(wire.Outcome(), HasSubstr(complaint));
     }
 }
@@ -70,7 +73,7 @@ void LeaveAScriptUnplayed() {
     Wire wire;
     wire.Start("<- 220 ready\n-> NOOP");
     RawClient client(wire.port());
-    client.Reply();
+    client.Line();
 }
 
 TEST(WireTest, FinishAndTheDestructorFailTheTest) {

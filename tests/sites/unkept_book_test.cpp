@@ -5,6 +5,7 @@
 #include "host/services.h"
 #include "sites/book_test.h"
 #include "sites/connect_dialog.h"
+#include "support/wait.h"
 
 using namespace quennet;
 using testing::Contains;
@@ -113,15 +114,13 @@ TEST_F(UnkeptBookTest, ADialogWithoutStateCanOnlyEnd) {
     CoreServices core = *real;
     core.words[static_cast<u32>(CoreService::alloc)] = reinterpret_cast<HostWord>(NoMemory);
     ConnectParams params = {};
-    const auto works = [&](bool withParams, int button) {
-        INT_PTR result = -1;
-        std::atomic<bool> ended = false;
+    for (const bool withParams : {false, true}) {
+        std::atomic<INT_PTR> result = -1;
         hostTables.core = withParams ? &core : real;
         Host().Loop().Post([&] {
             result = DialogBoxParamA(GetModuleHandleA(nullptr), MAKEINTRESOURCEA(14300), nullptr,
                                      ConnectDialogProc,
                                      withParams ? reinterpret_cast<LPARAM>(&params) : 0);
-            ended = true;
         });
         const OpenDialog dialog = Find(directoryField);
         dialog.SetField(userField, "anonymous");
@@ -129,16 +128,10 @@ TEST_F(UnkeptBookTest, ADialogWithoutStateCanOnlyEnd) {
             Click(dialog, id);
         }
         EXPECT_THAT(dialog.Entries(siteList), IsEmpty());
-        dialog.Press(button);
-        while (!ended) {
-            Sleep(1);
-        }
+        dialog.Press(okButton);
+        EXPECT_TRUE(WaitUntil([&] { return result == 0; })) << result;
         hostTables.core = real;
-        return result;
-    };
-    EXPECT_EQ(works(false, okButton), 0);
-    EXPECT_EQ(works(false, cancelButton), 0);
-    EXPECT_EQ(works(true, okButton), 0);
+    }
     EXPECT_EQ(File(), WithBook(threeSites, "one"));
 }
 
@@ -166,10 +159,7 @@ TEST_F(UnkeptBookTest, FtpAutoFillsTheHostsBuffer) {
         EXPECT_EQ(dialog.Field(autoField), row.before);
         dialog.Type(autoField, row.typed);
         dialog.Press(row.button);
-        while (result == -1) {
-            Sleep(1);
-        }
-        EXPECT_EQ(result, row.result);
+        EXPECT_TRUE(WaitUntil([&] { return result == row.result; })) << result;
         EXPECT_EQ(buffer, row.after);
     }
 }

@@ -1,16 +1,12 @@
 // What becomes of a socket besides its bytes: refusals, errors, signals, high numbers, other
 // threads.
 
-#include <fcntl.h>
 #include <pthread.h>
 #include <signal.h>
-#include <sys/resource.h>
-#include <unistd.h>
 
 #include <atomic>
 #include <cstring>
 #include <thread>
-#include <vector>
 
 #include "platform/net/peer.h"
 
@@ -112,28 +108,6 @@ TEST_F(SocketTest, ASignalDoesNotShortenAWait) {
     EXPECT_GE(GetTickCount() - start, 245u);
     over = true;
     disturber.join();
-}
-
-TEST_F(SocketTest, NumbersAboveTheOldLimitOfSetsWork) {
-    rlimit limit{};
-    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &limit), 0);
-    limit.rlim_cur = std::min<rlim_t>(limit.rlim_max, 4096);
-    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &limit), 0);
-    std::vector<int> occupied;
-    while (occupied.empty() || occupied.back() < 1100) {
-        occupied.push_back(dup(STDERR_FILENO));
-        ASSERT_GE(occupied.back(), 0);
-    }
-    Peer highPeer;
-    const SOCKET high = ConnectTo(highPeer);
-    EXPECT_GT(high, 1024u);
-    highPeer.Accept();
-    EXPECT_FALSE(Readable(high, 20));
-    highPeer.Write("x");
-    EXPECT_TRUE(Readable(high, 20'000));
-    for (const int descriptor : occupied) {
-        close(descriptor);
-    }
 }
 
 }  // namespace

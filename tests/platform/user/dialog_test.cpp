@@ -74,10 +74,9 @@ class DialogTest : public testing::Test {
     }
 
     /// Runs the dialog while a person on another thread does something with it.
-    INT_PTR RunWith(const std::function<void()>& person, WORD id = outerDialog,
-                    const DialogHandler& handler = EndWithButton, HWND owner = nullptr) const {
+    INT_PTR RunWith(const std::function<void()>& person, WORD id) const {
         std::thread thread(person);
-        const INT_PTR result = Run(id, handler, owner);
+        const INT_PTR result = Run(id);
         thread.join();
         return result;
     }
@@ -156,35 +155,6 @@ TEST_F(DialogTest, TabLettersWithAMarkAndArrowsLeadThroughIt) {
         return EndWithButton(dialog, message, wParam, lParam);
     };
     EXPECT_EQ(Run(outerDialog, handler), 1);
-}
-
-TEST_F(DialogTest, NestsDisablesTheTopWindowOfItsOwnerAndGivesTheFocusBack) {
-    INT_PTR innerResult = 0;
-    bool focusIsBack = false;
-    const DialogHandler handler = [&](HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
-        if (message == WM_COMMAND && LOWORD(wParam) == checkField) {
-            const HWND checkBox = GetDlgItem(dialog, checkField);
-            innerResult = Run(innerDialog, EndWithButton, checkBox);
-            focusIsBack = GetFocus() == checkBox && IsWindowEnabled(dialog);
-        }
-        return EndWithButton(dialog, message, wParam, lParam);
-    };
-    const auto person = [] {
-        const OpenDialog outer = WaitForDialog("outer");
-        outer.Press(checkField);
-        const OpenDialog inner = WaitForDialog("inner");
-        EXPECT_EQ(GetParent(inner.Window()), outer.Window());
-        EXPECT_FALSE(IsWindowEnabled(outer.Window()));
-        // The dialog below still answers.
-        outer.SetField(nameField, "below");
-        inner.PressKey(nameField, VK_RETURN);
-        EXPECT_TRUE(inner.WaitUntilClosed());
-        EXPECT_EQ(outer.Field(nameField), "below");
-        outer.Press(okButton);
-    };
-    EXPECT_EQ(RunWith(person, outerDialog, handler), okButton);
-    EXPECT_EQ(innerResult, IDOK);
-    EXPECT_TRUE(focusIsBack);
 }
 
 TEST_F(DialogTest, KeepsTheTimersOfOtherWindowsGoing) {
