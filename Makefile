@@ -27,6 +27,7 @@ bulk: setup-test
 bench: setup-bench
 	@cmake --build --preset default --parallel $(JOBS)
 	@$(BUILD)/bin/line_parser_bench
+	@$(BUILD)/bin/find_bench
 	@bench/transfer_bench.sh $(BUILD)
 
 clean:

@@ -46,6 +46,15 @@ std::size_t ExtensionOffset(std::string_view name) {
     return dot == name.npos || dot == 0 ? name.size() : dot;
 }
 
+std::string NumberText(u64 number) {
+    std::string text = std::to_string(number);
+    for (std::size_t at = text.size(); at > 3;) {
+        at -= 3;
+        text.insert(at, 1, ',');
+    }
+    return text;
+}
+
 std::string DateText(u16 date, u16 time) {
     if (date == 0) {
         return {};

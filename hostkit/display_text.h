@@ -16,6 +16,9 @@ std::size_t NameOffset(std::string_view path);
 /// none.
 std::size_t ExtensionOffset(std::string_view name);
 
+/// «1,234,567».
+std::string NumberText(u64 number);
+
 /// «2024-05-17 09:30», local to whoever gave it; empty for a date of 0.
 std::string DateText(u16 date, u16 time);
 

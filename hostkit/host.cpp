@@ -48,9 +48,11 @@ Host::Host(MessageLoop& loop, HostOptions options)
         DestroyWindow(mainWindow_);
         throw std::runtime_error("there is a host in this process already");
     }
+    loop_.SetFilter([this](MSG& message) { return services_->TakeMessage(message); });
 }
 
 Host::~Host() {
+    loop_.SetFilter({});
     DestroyWindow(mainWindow_);
     current = nullptr;
 }

@@ -75,7 +75,7 @@ bool PassesFilter(const FilterRecord& filter, std::string_view name, u16 attribu
         return false;
     }
     if ((filter.firstDate != 0 && date < filter.firstDate) ||
-        (filter.lastDate != 0 && date > filter.lastDate)) {
+        (filter.lastDate != 0 && (date == 0 || date > filter.lastDate))) {
         return false;
     }
     if (!isFolder && (size < filter.smallest || (filter.largest != 0 && size > filter.largest))) {

@@ -1,6 +1,7 @@
 #pragma once
 // Wildcards and the filter record.
 
+#include <cstddef>
 #include <string_view>
 
 #include "hostkit/types.h"
@@ -22,10 +23,17 @@ struct FilterRecord {
     u64 smallest;     // bytes; a file smaller than that, or larger than the other bound, is out
     u64 largest;      // 0 is no bound
     char masks[260];  // list of masks
+
+    bool operator==(const FilterRecord&) const = default;
 };
 constexpr u16 filterTakesFolders = 0x10;
+static_assert(offsetof(FilterRecord, flags) == 2);
 
-/// Whether an entry passes the filter. Sizes are looked at for files alone.
+/// A filter that lets all pass.
+constexpr FilterRecord openFilter = {0, filterTakesFolders, 0, 0, 0, 0, {}};
+
+/// Whether an entry passes the filter. Sizes are looked at for files alone; an entry without a date
+/// lies within no bounds.
 bool PassesFilter(const FilterRecord& filter, std::string_view name, u16 attributes, u16 date,
                   u64 size);
 

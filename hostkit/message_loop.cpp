@@ -38,6 +38,9 @@ void MessageLoop::RunPosted() {
     for (std::size_t left = posted_.size(); left > 0 && !posted_.empty(); --left) {
         const std::function<void()> function = std::move(posted_.front());
         posted_.pop_front();
+        if (!posted_.empty()) {
+            PostWake();  // the function may run a dialog, whose loop takes the next one
+        }
         lock.unlock();
         function();
         lock.lock();
@@ -87,7 +90,7 @@ bool MessageLoop::ServeUntil(const std::function<bool()>& done, Clock::time_poin
             SetTimer(window_, endTimer, static_cast<UINT>(left.count()), nullptr);
         }
         MSG message;
-        if (GetMessageA(&message, nullptr, 0, 0) > 0) {
+        if (GetMessageA(&message, nullptr, 0, 0) > 0 && !(filter_ && filter_(message))) {
             TranslateMessage(&message);
             DispatchMessageA(&message);
         }

@@ -47,6 +47,10 @@ class MessageLoop {
 
     bool OnLoopThread() const { return std::this_thread::get_id() == thread_; }
 
+    /// Sees each message before it is dispatched, and does that itself when it gives true. To be
+    /// set on the loop's thread; it must not throw.
+    void SetFilter(std::function<bool(MSG& message)> filter) { filter_ = std::move(filter); }
+
     /// Runs a function on the loop's thread, some time, after those posted before it. It must not
     /// throw. May be called on any thread; a modal dialog of the loop's thread runs it too.
     void Post(std::function<void()> function);
@@ -78,6 +82,7 @@ class MessageLoop {
 
     const std::thread::id thread_ = std::this_thread::get_id();
     HWND window_ = nullptr;
+    std::function<bool(MSG& message)> filter_;
     std::mutex mutex_;
     std::condition_variable woken_;
     unsigned wakes_ = 0;

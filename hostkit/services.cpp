@@ -6,6 +6,7 @@
 
 #include "hostkit/host.h"
 #include "hostkit/password_key.h"
+#include "hostkit/window_keys.h"
 
 namespace hostkit {
 
@@ -41,12 +42,14 @@ Services::Services(const HostOptions& options) : settings_(options.settings) {
     Put(shell_, ShellService::folderSample, folderSample);
     Put(shell_, ShellService::fileWord, fileWord);
     FillMemoryServices(core_, shell_);
-    FillDialogServices(core_);
+    FillDialogServices(core_, shell_);
     FillPanelServices(core_, shell_);
     FillFileServices(shell_);
     FillSettingServices(core_, shell_);
     FillTextServices(shell_);
     FillListServices(core_, shell_);
+    FillColumnServices(shell_);
+    FillWindowServices(shell_);
 }
 
 Services::~Services() {
@@ -73,6 +76,33 @@ bool Services::PrintOn(WindowNumber number, const std::string& line) {
         found->second(line);
     }
     return true;
+}
+
+bool Services::AddWindow(HWND window) {
+    const std::lock_guard lock(windowMutex_);
+    windows_.push_back(window);
+    return true;
+}
+
+void Services::RemoveWindow(HWND window) {
+    const std::lock_guard lock(windowMutex_);
+    std::erase(windows_, window);
+}
+
+bool Services::TakeMessage(MSG& message) {
+    for (std::size_t i = 0;; ++i) {
+        HWND window = nullptr;
+        {
+            const std::lock_guard lock(windowMutex_);
+            if (i >= windows_.size()) {
+                return false;
+            }
+            window = windows_[i];
+        }
+        if (TakeWindowKey(window, message)) {
+            return true;
+        }
+    }
 }
 
 std::string Services::StoreName() const {

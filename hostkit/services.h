@@ -10,12 +10,15 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <shared_mutex>
 #include <string>
+#include <vector>
 
 #include "host/core_services.h"
 #include "host/shell_services.h"
+#include "hostkit/masks.h"
 #include "hostkit/settings.h"
 #include "hostkit/types.h"
 
@@ -40,6 +43,17 @@ class Services {
     /// False when no console has that number.
     bool PrintOn(WindowNumber number, const std::string& line);
 
+    /// The host's own filter, which is edited where the module names none; `FilterMutex` guards it,
+    /// and any filter record while it is edited.
+    FilterRecord& DefaultFilter() { return defaultFilter_; }
+    std::shared_mutex& FilterMutex() { return filterMutex_; }
+
+    /// Windows that the module has registered. False without memory.
+    bool AddWindow(HWND window);
+    void RemoveWindow(HWND window);
+    /// Handles a message of one of them: see TakeWindowKey. False when it is none's.
+    bool TakeMessage(MSG& message);
+
     /// The store behind the name that CoreGetProfilePath gave.
     std::shared_ptr<SettingsStore> StoreOf(const char* file) const;
     /// That name, for the calling thread; less than 260 bytes.
@@ -54,6 +68,10 @@ class Services {
     u32 optionWord_ = 0;
     u32 pingWord_ = 0;
     u32 passwordKey_ = 0;
+    FilterRecord defaultFilter_ = openFilter;
+    std::shared_mutex filterMutex_;
+    std::mutex windowMutex_;
+    std::vector<HWND> windows_;
     std::shared_mutex consoleMutex_;
     std::map<WindowNumber, std::function<void(const std::string&)>> consoles_;
 };
@@ -110,12 +128,14 @@ class DialogHook {
 
 // Fill in the words of one group.
 void FillMemoryServices(quennet::CoreServices& core, quennet::ShellServices& shell);
-void FillDialogServices(quennet::CoreServices& core);
+void FillDialogServices(quennet::CoreServices& core, quennet::ShellServices& shell);
 void FillPanelServices(quennet::CoreServices& core, quennet::ShellServices& shell);
 void FillFileServices(quennet::ShellServices& shell);
 void FillSettingServices(quennet::CoreServices& core, quennet::ShellServices& shell);
 void FillTextServices(quennet::ShellServices& shell);
 void FillListServices(quennet::CoreServices& core, quennet::ShellServices& shell);
+void FillColumnServices(quennet::ShellServices& shell);
+void FillWindowServices(quennet::ShellServices& shell);
 
 /// Puts a function of a given type into its word.
 template <typename Function>

@@ -3,6 +3,7 @@
 #include <exception>
 #include <string>
 
+#include "hostkit/filter_dialog.h"
 #include "hostkit/host.h"
 #include "hostkit/memory.h"
 #include "hostkit/services.h"
@@ -42,14 +43,26 @@ static void InitDialog(HWND window) {
         initDialog(window);
     }
 }
+
+static i32 EditFilter(HWND owner, void* record) {
+    Services& services = Host::Current()->GetServices();
+    auto* filter = static_cast<FilterRecord*>(record);
+    try {
+        return EditFilterDialog(owner, filter != nullptr ? *filter : services.DefaultFilter(),
+                                services.FilterMutex());
+    } catch (const std::exception&) {
+        return 0;
+    }
+}
 }
 
 }  // namespace
 
-void FillDialogServices(CoreServices& core) {
+void FillDialogServices(CoreServices& core, ShellServices& shell) {
     Put<CoreLoadTextFunction>(core, CoreService::loadText, LoadText);
     Put<CoreApplyDialogTextsFunction>(core, CoreService::applyDialogTexts, ApplyDialogTexts);
     Put<CoreInitDialogFunction>(core, CoreService::initDialog, InitDialog);
+    Put<ShellEditFilterFunction>(shell, ShellService::editFilter, EditFilter);
 }
 
 }  // namespace hostkit

@@ -160,13 +160,6 @@ static void SetForeground(HWND window) {
         bring(window);
     }
 }
-
-/// Every window is accepted.
-static u32 RegisterWindow(HWND, u32, u32) {
-    return 0;
-}
-
-static void UnregisterWindow(HWND) {}
 }
 
 }  // namespace
@@ -185,8 +178,6 @@ void FillPanelServices(CoreServices& core, ShellServices& shell) {
     Put<ShellFreeHandleFunction>(shell, ShellService::freeHandle, FreeHandle);
     Put<ShellRefreshPanelFunction>(shell, ShellService::refreshPanel, RefreshPanel);
     Put<ShellSetForegroundFunction>(shell, ShellService::setForeground, SetForeground);
-    Put<ShellRegisterWindowFunction>(shell, ShellService::registerWindow, RegisterWindow);
-    Put<ShellUnregisterWindowFunction>(shell, ShellService::unregisterWindow, UnregisterWindow);
 }
 
 }  // namespace hostkit

@@ -1,14 +1,10 @@
 // The settings file, and what windows keep in it.
 
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
-#include <exception>
 #include <string>
 
-#include "hostkit/host.h"
 #include "hostkit/memory.h"
-#include "hostkit/services.h"
+#include "hostkit/service_help.h"
 
 namespace hostkit {
 
@@ -17,20 +13,6 @@ namespace {
 using namespace quennet;
 
 constexpr std::size_t profilePathSize = 260;
-
-std::shared_ptr<SettingsStore> StoreOf(const char* file) {
-    return Host::Current()->GetServices().StoreOf(file);
-}
-
-/// Keeps exceptions, which only want of memory raises here, on this side.
-template <typename Operation>
-auto Guarded(Operation operation) -> decltype(operation()) {
-    try {
-        return operation();
-    } catch (const std::exception&) {
-        return decltype(operation())();
-    }
-}
 
 /// Fills a buffer and returns what the whole text takes, as it may be longer than what was copied.
 u32 FillBuffer(char* buffer, u32 size, const std::string& text) {

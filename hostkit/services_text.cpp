@@ -1,11 +1,11 @@
 // Paths, masks, and how the host writes numbers and dates.
 
-#include <cstdio>
 #include <cstring>
-#include <exception>
+#include <shared_mutex>
 #include <string>
 
 #include "hostkit/display_text.h"
+#include "hostkit/host.h"
 #include "hostkit/masks.h"
 #include "hostkit/memory.h"
 #include "hostkit/services.h"
@@ -78,7 +78,7 @@ static void FormatAttributes(char* text, u32 attributes) {
 }
 
 static void FormatNumber(const void* number, char* text) {
-    std::snprintf(text, numberTextSize, "%llu", static_cast<unsigned long long>(NumberAt(number)));
+    CopyText(text, NumberText(NumberAt(number)), numberTextSize);
 }
 
 static i32 MatchMask(const char* name, const char* masks) {
@@ -87,8 +87,11 @@ static i32 MatchMask(const char* name, const char* masks) {
 
 static i32 FilterMatch(const char* name, u32 attributes, u32 date, u32, const void* size,
                        const void* filter) {
-    return filter == nullptr ||
-           PassesFilter(*static_cast<const FilterRecord*>(filter), name,
+    if (filter == nullptr) {
+        return 1;
+    }
+    const std::shared_lock lock(Host::Current()->GetServices().FilterMutex());
+    return PassesFilter(*static_cast<const FilterRecord*>(filter), name,
                         static_cast<u16>(attributes), static_cast<u16>(date), NumberAt(size));
 }
 }

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "hostkit/dialog_cells.h"
 #include "hostkit/texts.h"
 
 namespace hostkit {
@@ -19,10 +20,6 @@ constexpr int widestText = 60;  // characters
 constexpr int mostLines = 18;
 constexpr std::size_t longestPassword = 79;
 
-// A dialog unit is a quarter of a character's width and an eighth of its height.
-constexpr int unitsAcross = 4;
-constexpr int unitsDown = 8;
-
 enum : WORD { dialogId = 1, textId = 100, passwordId = 101, okId = 99, cancelId = IDCANCEL };
 
 struct Question {
@@ -30,17 +27,6 @@ struct Question {
     bool asksPassword;
     std::optional<std::string> password;
 };
-
-QuennetControlTemplate Control(const char* className, WORD id, DWORD style, int x, int y, int width,
-                               int height = 1) {
-    return {className,
-            id,
-            style,
-            static_cast<SHORT>(x * unitsAcross),
-            static_cast<SHORT>(y * unitsDown),
-            static_cast<SHORT>(width * unitsAcross),
-            static_cast<SHORT>(height * unitsDown)};
-}
 
 INT_PTR Initialise(HWND dialog, const Question& question) {
     SetDlgItemTextA(dialog, textId, question.text.c_str());
@@ -102,19 +88,19 @@ void Run(Question& question) {
         width = std::max(width, quennet::ColumnsOf(line));
     }
     std::vector<QuennetControlTemplate> controls = {
-        Control("Static", textId, SS_LEFT | SS_NOPREFIX, 2, 1, width, height)};
+        CellControl("Static", textId, SS_LEFT | SS_NOPREFIX, 2, 1, width, height)};
     int row = height + 2;
     if (question.asksPassword) {
         constexpr DWORD style = ES_PASSWORD | ES_AUTOHSCROLL | WS_BORDER | WS_TABSTOP;
-        controls.push_back(Control("Edit", passwordId, style, 2, row, width));
+        controls.push_back(CellControl("Edit", passwordId, style, 2, row, width));
         row += 2;
         controls.push_back(
-            Control("Button", okId, BS_DEFPUSHBUTTON | WS_TABSTOP, width / 2 - 10, row, 11));
+            CellControl("Button", okId, BS_DEFPUSHBUTTON | WS_TABSTOP, width / 2 - 10, row, 11));
         controls.push_back(
-            Control("Button", cancelId, BS_PUSHBUTTON | WS_TABSTOP, width / 2 + 3, row, 11));
+            CellControl("Button", cancelId, BS_PUSHBUTTON | WS_TABSTOP, width / 2 + 3, row, 11));
     } else {
         controls.push_back(
-            Control("Button", okId, BS_DEFPUSHBUTTON | WS_TABSTOP, width / 2 - 3, row, 11));
+            CellControl("Button", okId, BS_DEFPUSHBUTTON | WS_TABSTOP, width / 2 - 3, row, 11));
     }
     const QuennetDialogTemplate dialog = {dialogId,
                                           title,

@@ -41,13 +41,13 @@ constexpr Text texts[] = {
     {552, "&Masks:"},
     {818, "&Filter..."},
     {850, "&File"},
-    // Tool tips: the number of a command and 1000.
-    {1301, "Start the search"},
-    {1324, "Go to the current entry"},
-    {1526, "Stop the search"},
-    {1527, "Export as text"},
-    {1528, "Export as CSV"},
-    {1529, "Export as HTML"},
+    // Tool tips: the number of a command and 1000. A terminal shows them on the buttons.
+    {1301, "Start"},
+    {1324, "Go to"},
+    {1526, "Stop"},
+    {1527, "As text"},
+    {1528, "As CSV"},
+    {1529, "As HTML"},
     // Columns.
     {4001, "Type"},
     {4002, "Name"},
@@ -75,7 +75,7 @@ constexpr Text texts[] = {
     {6007, "The site book could not be saved. It was left as it was."},
     {6008, "The site book can't be changed now. What is changed in it will not be kept."},
     // Boxes of the find window and of the permission dialog.
-    {10103, "Include sub&folders"},
+    {10103, "Include su&bfolders"},
     {10900, "Permissions"},
     {11801, "&All entries"},
     // The connection dialog.
@@ -110,6 +110,21 @@ constexpr Text texts[] = {
     // Buttons of the connection dialog's list.
     {14535, "Mov&e up"},
     {14536, "Move d&own"},
+    // The filter dialog.
+    {filterTitleText, " Filter"},
+    {filterMasksText, "&Masks:"},
+    {filterSizesText, "&Size from:"},
+    {filterLargestText, "&to:"},
+    {filterDatesText, "&Changed from:"},
+    {filterLastDateText, "t&o:"},
+    {filterHintText, "Sizes like 500, 10K, 2M; dates like 2024-05-31."},
+    {filterFoldersText, "&Folders too"},
+    {filterMasksTooLongText, "The masks are too long."},
+    {filterNoSizeText, "This is no size: write bytes, or a number with K, M, G or T."},
+    {filterLargestIsNoneText, "No upper bound is an empty field; 0 can't be one."},
+    {filterSizesCrossText, "The upper size is below the lower one."},
+    {filterNoDateText, "This is no day from 1980-01-01 to 2107-12-31."},
+    {filterDatesCrossText, "The last day comes before the first one."},
 };
 static_assert(std::ranges::is_sorted(texts, {}, &Text::id));
 

@@ -5,6 +5,24 @@
 
 namespace hostkit {
 
+// The host's own dialogs.
+enum : u16 {
+    filterTitleText = 20000,
+    filterMasksText,
+    filterSizesText,
+    filterLargestText,
+    filterDatesText,
+    filterLastDateText,
+    filterHintText,
+    filterFoldersText,
+    filterMasksTooLongText,
+    filterNoSizeText,
+    filterLargestIsNoneText,
+    filterSizesCrossText,
+    filterNoDateText,
+    filterDatesCrossText,
+};
+
 /// Null for a number that has no text.
 const char* TextOfId(u32 id);
 

@@ -116,13 +116,21 @@ class PermissionSetter {
   public:
     PermissionSetter(Connection& connection, TreeOperation& operation,
                      const PermissionChange& change)
-        : connection_(connection), operation_(operation), recursive_(change.recursive) {
+        : connection_(connection),
+          operation_(operation),
+          recursive_(change.recursive),
+          filter_(change.filter) {
         constexpr u32 valid = quennet::attributePermissions;
         operation_.transfer.record.setMask = change.set | valid;
         operation_.transfer.record.clearMask = change.clear | valid;
     }
 
+    /// False when the entry has not got what was wanted.
     bool Set(const RemoteEntry& entry, const std::string& name) {
+        if (filter_ &&
+            !PassesFilter(*filter_, entry.name, entry.attributes, entry.date, entry.size)) {
+            return false;
+        }
         if (recursive_ && entry.IsLink()) {
             TellLeftOut(operation_, name, "a link");
             return true;
@@ -155,6 +163,7 @@ class PermissionSetter {
     Connection& connection_;
     TreeOperation& operation_;
     const bool recursive_;
+    const std::optional<FilterRecord> filter_;
 };
 
 }  // namespace

@@ -12,10 +12,12 @@
 // also aborts the connection, until the operation has returned.
 
 #include <functional>
+#include <optional>
 #include <string>
 
 #include "hostkit/connection.h"
 #include "hostkit/existing_files.h"
+#include "hostkit/masks.h"
 #include "hostkit/transfer.h"
 
 namespace hostkit {
@@ -73,6 +75,9 @@ struct PermissionChange {
     u16 set = 0;
     u16 clear = 0;
     bool recursive = false;  // a directory with all that it holds, but no link
+
+    /// Entries that do not pass it keep their permissions; a directory is walked all the same.
+    std::optional<FilterRecord> filter = std::nullopt;
 };
 
 /// Changes the permissions of a name in the session's directory. What is in a directory comes

@@ -272,6 +272,9 @@ void Client::TakeLine(const std::string& line) {
     {
         // The line behind the command is its reply.
         const std::lock_guard lock(mutex_);
+        if (listener_) {
+            listener_(line);
+        }
         takesReplies_ = takesReplies_ && line != "QUIT";
         if (takesReplies_) {
             replies_.push_back(line);
@@ -284,6 +287,11 @@ void Client::TakeLine(const std::string& line) {
     if (options_.verbose) {
         status_.Line(line);
     }
+}
+
+void Client::Listen(std::function<void(const std::string& line)> listener) {
+    const std::lock_guard lock(mutex_);
+    listener_ = std::move(listener);
 }
 
 bool Client::ListsBytes() const {

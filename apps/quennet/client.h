@@ -1,6 +1,7 @@
 #pragma once
 // One connection to the server of a URL. Failures come as exceptions, with the server's words.
 
+#include <functional>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -66,6 +67,9 @@ class Client {
     /// Whether sizes in listings count bytes. MVS lists blocks and lines.
     bool ListsBytes() const;
 
+    /// Has each line of the console told, on whatever thread it comes. An empty function ends that.
+    void Listen(std::function<void(const std::string& line)> listener);
+
     /// Ends the command when the watch has decided so.
     void CheckVerdict() const;
 
@@ -91,6 +95,7 @@ class Client {
     bool listsBytes_ = true;
     bool takesReplies_ = false;  // to a typed line
     std::vector<std::string> replies_;
+    std::function<void(const std::string& line)> listener_;
 
     hostkit::Connection connection_;  // behind what its lines go into
 };

@@ -33,6 +33,9 @@ void RunChangePermissions(const Options& options, Watch& watch, Status& status);
 /// Copies a file from one server to another.
 void RunServerCopy(const Options& options, Watch& watch, Status& status);
 
+/// Searches a tree and prints what it finds; with a window a person does, in the terminal.
+void RunFind(const Options& options, Watch& watch, Status& status);
+
 /// Sends a typed line in the URL's directory and prints its replies.
 void RunRaw(const Options& options, Watch& watch, Status& status);
 

@@ -50,6 +50,7 @@ constexpr ServerCommand serverCommands[] = {
     {Command::chmod, RunChangePermissions},
     {Command::raw, RunRaw},
     {Command::fxp, RunServerCopy},
+    {Command::find, RunFind},
 };
 
 void Run(const Options& options, Status& status) {

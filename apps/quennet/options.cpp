@@ -23,21 +23,14 @@ struct CommandRow {
     Words words;
 };
 constexpr CommandRow commandRows[] = {
-    {"ls", Command::ls, Words::url},
-    {"get", Command::get, Words::url},
-    {"put", Command::put, Words::fileAndUrl},
-    {"rm", Command::rm, Words::url},
-    {"rmdir", Command::rmdir, Words::url},
-    {"mkdir", Command::mkdir, Words::url},
-    {"mv", Command::mv, Words::urlAndName},
-    {"chmod", Command::chmod, Words::modeAndUrl},
-    {"raw", Command::raw, Words::urlAndLine},
-    {"fxp", Command::fxp, Words::twoUrls},
-    {"connect", Command::connect, Words::none},
-    {"sites", Command::sites, Words::none},
-    {"demo", Command::demo, Words::none},
-    {"help", Command::help, Words::none},
-    {"version", Command::version, Words::none},
+    {"ls", Command::ls, Words::url},          {"get", Command::get, Words::url},
+    {"put", Command::put, Words::fileAndUrl}, {"rm", Command::rm, Words::url},
+    {"rmdir", Command::rmdir, Words::url},    {"mkdir", Command::mkdir, Words::url},
+    {"mv", Command::mv, Words::urlAndName},   {"chmod", Command::chmod, Words::modeAndUrl},
+    {"raw", Command::raw, Words::urlAndLine}, {"fxp", Command::fxp, Words::twoUrls},
+    {"find", Command::find, Words::url},      {"connect", Command::connect, Words::none},
+    {"sites", Command::sites, Words::none},   {"demo", Command::demo, Words::none},
+    {"help", Command::help, Words::none},     {"version", Command::version, Words::none},
 };
 
 /// What is wanted, as a refusal says it.
@@ -96,6 +89,14 @@ void SetFirewall(Options& options, const std::string& value) {
     options.firewall = firewall;
 }
 
+void SetMask(Options& options, const std::string& value) {
+    constexpr std::size_t longestMask = 259;
+    if (value.size() > longestMask || value.find_first_of("\r\n") != value.npos) {
+        throw Failure(ExitStatus::usage, "--mask wants one line of at most 259 characters");
+    }
+    options.mask = value;
+}
+
 struct OptionRow {
     char letter;  // 0: none
     std::string_view name;
@@ -118,7 +119,7 @@ constexpr OptionRow optionRows[] = {
     {0, "idle-timeout", true, anyCommand, SetIdleTimeout},
     {'l', "long", false, Only(Command::ls),
      [](Options& options, const std::string&) { options.longForm = true; }},
-    {0, "porcelain", false, Only(Command::ls) | Only(Command::sites),
+    {0, "porcelain", false, Only(Command::ls) | Only(Command::sites) | Only(Command::find),
      [](Options& options, const std::string&) { options.porcelain = true; }},
     {'r', "recursive", false,
      Only(Command::get) | Only(Command::put) | Only(Command::rm) | Only(Command::chmod),
@@ -127,6 +128,19 @@ constexpr OptionRow optionRows[] = {
      [](Options& options, const std::string&) { options.recursive = true; }},
     {'o', "output", true, Only(Command::get),
      [](Options& options, const std::string& value) { options.output = value; }},
+    {'m', "mask", true, Only(Command::find), SetMask},
+    {'a', "all", false, Only(Command::find),
+     [](Options& options, const std::string&) { options.allEntries = true; }},
+    {0, "no-recurse", false, Only(Command::find),
+     [](Options& options, const std::string&) { options.subfolders = false; }},
+    {0, "window", false, Only(Command::find),
+     [](Options& options, const std::string&) { options.window = true; }},
+    {0, "text", true, Only(Command::find),
+     [](Options& options, const std::string& value) { options.textFile = value; }},
+    {0, "csv", true, Only(Command::find),
+     [](Options& options, const std::string& value) { options.csvFile = value; }},
+    {0, "html", true, Only(Command::find),
+     [](Options& options, const std::string& value) { options.htmlFile = value; }},
     {0, "resume", false, Only(Command::get),
      [](Options& options, const std::string&) { SetExisting(options, ExistingFile::resume); }},
     {0, "overwrite", false, Only(Command::get) | Only(Command::put) | Only(Command::fxp),
@@ -145,6 +159,8 @@ constexpr std::string_view helpText =
        quennet [options] chmod [-R] [MODE] URL
        quennet [options] raw URL LINE
        quennet [options] fxp [--overwrite|--skip] URL URL
+       quennet [options] find [-m MASK] [-a] [--no-recurse] [--text|--csv|--html FILE] URL
+       quennet [options] find --window URL
        quennet [options] connect
        quennet [options] sites [--porcelain]
        quennet [options] demo
@@ -180,6 +196,13 @@ the book, with the password that the book holds; its path starts in the site's d
   raw     sends a line as it is, in the directory of the URL, and prints the replies
   fxp     copies a file from one server straight to another, which must allow that
     --overwrite, --skip  as above
+  find    searches a directory and all below it, and prints the path of what it finds
+    -m, --mask MASK  names that fit: * is any text, ? one character; several with ; between
+    -a, --all        asks the server for hidden entries too
+    --no-recurse     looks into the directory alone
+    --text, --csv, --html FILE  writes the list to a file, and over one that is there
+    --porcelain      for scripts: paths written as names are in ls
+    --window         opens the search window in the terminal; Go to closes it and prints the path
   connect opens the connection dialog with the site book, connects, and lists the directory; any
           key then disconnects
   sites   lists the site book, without passwords: name, host, user, directory and options

@@ -20,6 +20,7 @@ enum class Command {
     chmod,
     raw,
     fxp,
+    find,
     connect,
     sites,
     demo,
@@ -51,6 +52,15 @@ struct Options {
     bool longForm = false;
     bool porcelain = false;
     bool recursive = false;
+
+    // Of a search.
+    std::string mask;  // empty: all names
+    bool subfolders = true;
+    bool allEntries = false;  // hidden ones too
+    bool window = false;      // a person searches, in the terminal
+    std::optional<std::string> textFile;
+    std::optional<std::string> csvFile;
+    std::optional<std::string> htmlFile;
 
     std::optional<std::string> output;
     ExistingFile existing = ExistingFile::ask;

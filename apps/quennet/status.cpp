@@ -4,6 +4,9 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <utility>
+
 #include "terminal_text.h"
 
 namespace cli {
@@ -12,6 +15,7 @@ namespace {
 
 constexpr char clearLine[] = "\r\x1B[K";
 constexpr unsigned usualWidth = 80;
+constexpr std::size_t mostHeld = 100'000;  // bytes
 
 }  // namespace
 
@@ -54,8 +58,21 @@ void Status::Ask(std::string_view question) {
     Write(HarmlessText(question));
 }
 
-/// Nobody is left to hear of a failure.
+void Status::SetHeld(bool held) {
+    const std::lock_guard lock(mutex_);
+    held_ = held;
+    if (!held) {
+        Write(std::exchange(heldBytes_, {}));
+    }
+}
+
+/// Nobody is left to hear of a failure. What is held is the last that a person can use.
 void Status::Write(const std::string& bytes) {
+    if (held_) {
+        heldBytes_ += bytes;
+        heldBytes_.erase(0, heldBytes_.size() - std::min(heldBytes_.size(), mostHeld));
+        return;
+    }
     std::size_t written = 0;
     while (written < bytes.size()) {
         const ssize_t count = write(STDERR_FILENO, bytes.data() + written, bytes.size() - written);

@@ -29,12 +29,27 @@ class Status {
     /// Shows a question, without a line end.
     void Ask(std::string_view question);
 
+    /// Lines wait until the object goes: the terminal belongs to a display.
+    class Hold {
+      public:
+        explicit Hold(Status& status) : status_(status) { status_.SetHeld(true); }
+        ~Hold() { status_.SetHeld(false); }
+        Hold(const Hold&) = delete;
+        Hold& operator=(const Hold&) = delete;
+
+      private:
+        Status& status_;
+    };
+
   private:
+    void SetHeld(bool held);
     void Write(const std::string& bytes);
 
     const bool isTerminal_;
     std::mutex mutex_;
     std::string bottom_;
+    bool held_ = false;
+    std::string heldBytes_;
 };
 
 }  // namespace cli

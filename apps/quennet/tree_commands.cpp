@@ -8,6 +8,7 @@
 #include "commands.h"
 #include "failure.h"
 #include "hostkit/remote_tree.h"
+#include "hostkit/services.h"
 #include "listing_output.h"
 #include "local_target.h"
 #include "permission_mode.h"
@@ -94,9 +95,14 @@ hostkit::PermissionChange AskForChange(Client& client, const std::string& name, 
     if (!accepted) {
         throw Failure(ExitStatus::failed, "cancelled");
     }
-    const bool wantsAll = recursive || (record.flags & quennet::recordFlagSubfolders) != 0;
-    return {static_cast<hostkit::u16>(record.setMask), static_cast<hostkit::u16>(record.clearMask),
-            wantsAll};
+    hostkit::PermissionChange change;
+    change.set = static_cast<hostkit::u16>(record.setMask);
+    change.clear = static_cast<hostkit::u16>(record.clearMask);
+    change.recursive = recursive || (record.flags & quennet::recordFlagSubfolders) != 0;
+    if ((record.flags & quennet::recordFlagFilter) != 0) {
+        change.filter = hostkit::Host::Current()->GetServices().DefaultFilter();
+    }
+    return change;
 }
 
 }  // namespace

@@ -36,6 +36,12 @@ void TellDestroyed(HWND window) {
     }
 }
 
+void TellRaised(HWND window) {
+    if (Display* display = currentDisplay) {
+        display->WindowRaised(window);
+    }
+}
+
 void RunDisplayInput() {
     if (Display* display = currentDisplay) {
         display->RunInput();

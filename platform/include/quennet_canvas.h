@@ -135,12 +135,23 @@ class QUENNET_PLATFORM_API Canvas {
     bool focused_;
 };
 
+/// The cells that a control takes in its top window, by the rule for places in winuser.h.
+QUENNET_PLATFORM_API Area CellsOf(HWND window);
 /// How many columns a text takes.
 QUENNET_PLATFORM_API int ColumnsOf(std::string_view text);
 /// The text without the signs that mark letters.
 QUENNET_PLATFORM_API std::string WithoutMarks(std::string_view text);
 /// Lines of at most so many columns, broken between words where that is possible. "\n" ends one.
 QUENNET_PLATFORM_API std::vector<std::string> WrapText(std::string_view text, int columns);
+
+/// A window with a menu bar has a row for it above its own first one, below the title.
+QUENNET_PLATFORM_API bool HasMenuBar(HWND window);
+/// Draws that row; the canvas begins at its left end. On the window's thread.
+QUENNET_PLATFORM_API void DrawMenuRow(HWND window, Canvas& canvas);
+/// Draws what is open of the window's menus, after everything else of the window, on a canvas from
+/// that row to the window's lower edge, and puts the caret there. The area of the popup with the
+/// keyboard, of width 0 when none is open. On the window's thread.
+QUENNET_PLATFORM_API Area DrawOpenMenus(HWND window, Canvas& canvas);
 
 }  // namespace quennet
 

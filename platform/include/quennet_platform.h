@@ -58,6 +58,8 @@ class Display {
     virtual void WindowChanged(HWND window) = 0;
     /// The number is no longer a window.
     virtual void WindowDestroyed(HWND window) = 0;
+    /// The window is to come to the front, for a display that has one.
+    virtual void WindowRaised(HWND) {}
     /// The calling thread has no message left and is about to wait. The display posts the keys and
     /// clicks that it has for this thread's windows and returns at once; when input comes later it
     /// calls QuennetWakeThread.

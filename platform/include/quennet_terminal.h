@@ -12,6 +12,11 @@ namespace quennet {
 /// else may write to it or read from it. It is also given back when the program ends, in whatever
 /// way but SIGKILL and _exit.
 ///
+/// A top window that is no popup fills the terminal, in the size that WM_GETMINMAXINFO allows;
+/// where the terminal is smaller it shows the part with the focus. Ctrl-C asks the window in front
+/// to close (WM_CLOSE), Alt-F4 does so through its WM_SYSCOMMAND. A click takes Shift and Ctrl
+/// along where the terminal does not keep them for itself.
+///
 /// SIGINT, SIGQUIT, SIGTERM, SIGHUP and the signals of a crash get handlers where they had none;
 /// SIGHUP does not end the program while the terminal is taken: all windows are closed instead, as
 /// after the end of the input, and new ones as soon as they show. NO_COLOR is kept. The locale's

@@ -5,4 +5,6 @@
 #include "windef.h"
 
 #include "winbase.h"
+#include "wingdi.h"
+#include "winmenu.h"
 #include "winuser.h"

@@ -51,6 +51,22 @@ typedef struct tagMSG {
     POINT pt;
 } MSG;
 
+/// What WM_NOTIFY carries in lParam, alone or at the head of a larger record.
+typedef struct tagNMHDR {
+    HWND hwndFrom;
+    UINT_PTR idFrom;
+    UINT code;
+} NMHDR;
+
+/// What WM_GETMINMAXINFO carries in lParam, in pixels.
+typedef struct tagMINMAXINFO {
+    POINT ptReserved;
+    POINT ptMaxSize;
+    POINT ptMaxPosition;
+    POINT ptMinTrackSize;
+    POINT ptMaxTrackSize;
+} MINMAXINFO;
+
 /// The name of a resource that has a number.
 #define MAKEINTRESOURCEA(number) ((LPSTR)((ULONG_PTR)((WORD)(number))))
 #define IS_INTRESOURCE(name)     ((((ULONG_PTR)(name)) >> 16) == 0)
@@ -113,7 +129,9 @@ typedef struct tagMSG {
 #define LBS_NOTIFY           0x0001
 #define LBS_NOINTEGRALHEIGHT 0x0100
 
+#define CBS_DROPDOWN     0x0002
 #define CBS_DROPDOWNLIST 0x0003
+#define CBS_AUTOHSCROLL  0x0040
 
 // ---- Messages ---------------------------------------------------------------------------------
 
@@ -131,7 +149,11 @@ typedef struct tagMSG {
 #define WM_CLOSE         0x0010
 #define WM_QUIT          0x0012
 #define WM_SHOWWINDOW    0x0018
+#define WM_GETMINMAXINFO 0x0024
 #define WM_NEXTDLGCTL    0x0028
+#define WM_SETFONT       0x0030
+#define WM_GETFONT       0x0031
+#define WM_NOTIFY        0x004E
 #define WM_NCCREATE      0x0081
 #define WM_NCDESTROY     0x0082
 #define WM_GETDLGCODE    0x0087
@@ -174,9 +196,20 @@ typedef struct tagMSG {
 #define VK_DELETE  0x2E
 #define VK_F1      0x70
 #define VK_F4      0x73
+#define VK_F10     0x79
 #define VK_F12     0x7B
 
 #define WHEEL_DELTA 120
+
+#define MK_LBUTTON 0x0001
+#define MK_SHIFT   0x0004
+#define MK_CONTROL 0x0008
+
+#define SIZE_RESTORED  0
+#define SIZE_MINIMIZED 1
+#define SIZE_MAXIMIZED 2
+
+#define SC_CLOSE 0xF060
 
 #define PM_NOREMOVE 0x0000
 #define PM_REMOVE   0x0001
@@ -185,6 +218,8 @@ typedef struct tagMSG {
 
 #define IDOK     1
 #define IDCANCEL 2
+#define IDYES    6
+#define IDNO     7
 
 #define EN_SETFOCUS  0x0100
 #define EN_KILLFOCUS 0x0200
@@ -238,6 +273,8 @@ typedef struct tagMSG {
 #define CBN_SELCHANGE    1
 #define CBN_SETFOCUS     3
 #define CBN_KILLFOCUS    4
+#define CBN_EDITCHANGE   5
+#define CBN_EDITUPDATE   6
 #define CBN_DROPDOWN     7
 #define CBN_CLOSEUP      8
 #define CBN_SELENDOK     9
@@ -245,6 +282,9 @@ typedef struct tagMSG {
 
 #define CB_OKAY            0
 #define CB_ERR             (-1)
+#define CB_GETEDITSEL      0x0140
+#define CB_LIMITTEXT       0x0141
+#define CB_SETEDITSEL      0x0142
 #define CB_ADDSTRING       0x0143
 #define CB_DELETESTRING    0x0144
 #define CB_GETCOUNT        0x0146
@@ -257,6 +297,7 @@ typedef struct tagMSG {
 #define CB_SHOWDROPDOWN    0x014F
 #define CB_GETITEMDATA     0x0150
 #define CB_SETITEMDATA     0x0151
+#define CB_GETITEMHEIGHT   0x0154
 #define CB_GETDROPPEDSTATE 0x0157
 #define CB_FINDSTRINGEXACT 0x0158
 
@@ -293,8 +334,45 @@ typedef struct tagMSG {
 
 #define SW_HIDE           0
 #define SW_SHOWNORMAL     1
+#define SW_NORMAL         1
+#define SW_SHOWMINIMIZED  2
+#define SW_SHOWMAXIMIZED  3
 #define SW_SHOWNOACTIVATE 4
 #define SW_SHOW           5
+#define SW_SHOWNA         8
+#define SW_RESTORE        9
+
+#define CW_USEDEFAULT ((INT)0x80000000)
+
+#define SWP_NOSIZE        0x0001
+#define SWP_NOMOVE        0x0002
+#define SWP_NOZORDER      0x0004
+#define SWP_NOREDRAW      0x0008
+#define SWP_NOACTIVATE    0x0010
+#define SWP_SHOWWINDOW    0x0040
+#define SWP_HIDEWINDOW    0x0080
+#define SWP_NOOWNERZORDER 0x0200
+
+#define HWND_TOP ((HWND)0)
+
+// ---- Icons, cursors, colours ------------------------------------------------------------------
+
+#define IDI_APPLICATION MAKEINTRESOURCEA(32512)
+
+#define IDC_ARROW MAKEINTRESOURCEA(32512)
+#define IDC_IBEAM MAKEINTRESOURCEA(32513)
+#define IDC_WAIT  MAKEINTRESOURCEA(32514)
+
+#define IMAGE_BITMAP 0
+#define IMAGE_ICON   1
+#define IMAGE_CURSOR 2
+
+#define LR_DEFAULTCOLOR 0x0000
+#define LR_DEFAULTSIZE  0x0040
+#define LR_SHARED       0x8000
+
+#define COLOR_WINDOW  5
+#define COLOR_BTNFACE 15
 
 QUENNET_PLATFORM_BEGIN
 
@@ -346,17 +424,32 @@ QUENNET_PLATFORM_API LONG_PTR WINAPI SetWindowLongPtrA(HWND window, INT index, L
 QUENNET_PLATFORM_API INT WINAPI GetWindowTextA(HWND window, LPSTR buffer, INT size);
 QUENNET_PLATFORM_API INT WINAPI GetWindowTextLengthA(HWND window);
 QUENNET_PLATFORM_API BOOL WINAPI SetWindowTextA(HWND window, LPCSTR text);
-/// Pixels; a dialog unit is 2 of them. A child's place is relative to the top window's, added up.
-QUENNET_PLATFORM_API BOOL WINAPI GetWindowRect(HWND window, RECT* place);
+// Places are pixels. A character is 8 of them wide and 16 high, a dialog unit is 2 of them. A
+// display in characters takes the left and the upper edge to the character that they lie in, the
+// right edge to the end of the character that it lies in, and the lower edge up to the end of the
+// last whole line, so that a field of one line and a half has one; everything has at least one
+// character. Frame, title and menu of a top window are the display's and lie around the window's
+// place: its place is its client area.
 
-/// Pixels, a child's relative to its parent. Sends WM_MOVE and WM_SIZE for what has changed.
+/// A child's place is relative to the top window's, added up.
+QUENNET_PLATFORM_API BOOL WINAPI GetWindowRect(HWND window, RECT* place);
+/// Width and height: left and top are 0.
+QUENNET_PLATFORM_API BOOL WINAPI GetClientRect(HWND window, RECT* area);
+
+/// A child's place relative to its parent. Sends WM_MOVE and WM_SIZE for what has changed. A window
+/// with WS_THICKFRAME is asked for its smallest and largest size before (WM_GETMINMAXINFO).
 QUENNET_PLATFORM_API BOOL WINAPI MoveWindow(HWND window, INT x, INT y, INT width, INT height,
                                             BOOL repaint);
+/// The same, with SWP_SHOWWINDOW and SWP_HIDEWINDOW. The order of windows does not change.
+QUENNET_PLATFORM_API BOOL WINAPI SetWindowPos(HWND window, HWND after, INT x, INT y, INT width,
+                                              INT height, UINT flags);
 
 /// TRUE when the window was disabled before.
 QUENNET_PLATFORM_API BOOL WINAPI EnableWindow(HWND window, BOOL enable);
 QUENNET_PLATFORM_API BOOL WINAPI IsWindowEnabled(HWND window);
-/// TRUE when the window was visible before.
+/// TRUE when the window was visible before. All commands but SW_HIDE show it; the first one tells
+/// an overlapped window its size (WM_SIZE, WM_MOVE); others hear that at their creation. A top
+/// window gets the focus with it, unless the command is SW_SHOWNOACTIVATE or SW_SHOWNA.
 QUENNET_PLATFORM_API BOOL WINAPI ShowWindow(HWND window, INT command);
 /// The window and all its parents are visible.
 QUENNET_PLATFORM_API BOOL WINAPI IsWindowVisible(HWND window);
@@ -372,6 +465,24 @@ QUENNET_PLATFORM_API HWND WINAPI GetCapture(void);
 QUENNET_PLATFORM_API SHORT WINAPI GetKeyState(INT key);
 /// Tells the display.
 QUENNET_PLATFORM_API BOOL WINAPI InvalidateRect(HWND window, const RECT* area, BOOL erase);
+/// A window is drawn when its thread has nothing else to do, not before.
+QUENNET_PLATFORM_API BOOL WINAPI UpdateWindow(HWND window);
+/// Asks the display to put the top window in front of the others. Any thread.
+QUENNET_PLATFORM_API BOOL WINAPI SetForegroundWindow(HWND window);
+
+// ---- Resources --------------------------------------------------------------------------------
+//
+// The layer reads no resources of libraries. A handle stands for instance and number of what was
+// asked for, and two such questions get the same one; null for a name that is no number. No display
+// shows them.
+
+QUENNET_PLATFORM_API HICON WINAPI LoadIconA(HINSTANCE instance, LPCSTR name);
+QUENNET_PLATFORM_API HCURSOR WINAPI LoadCursorA(HINSTANCE instance, LPCSTR name);
+/// IMAGE_ICON or IMAGE_CURSOR; size and flags are not looked at.
+QUENNET_PLATFORM_API HANDLE WINAPI LoadImageA(HINSTANCE instance, LPCSTR name, UINT type, INT width,
+                                              INT height, UINT flags);
+/// Of the calling thread. The one before.
+QUENNET_PLATFORM_API HCURSOR WINAPI SetCursor(HCURSOR cursor);
 
 // ---- Messages ---------------------------------------------------------------------------------
 
@@ -415,7 +526,10 @@ QUENNET_PLATFORM_API BOOL WINAPI EndDialog(HWND dialog, INT_PTR result);
 QUENNET_PLATFORM_API LRESULT WINAPI DefDlgProcA(HWND dialog, UINT message, WPARAM wParam,
                                                 LPARAM lParam);
 /// Handles and dispatches a message of the dialog's: Tab, Shift-Tab, Enter, Esc, the arrows that a
-/// control does not want, and the letters behind a '&'. FALSE when it is not the dialog's.
+/// control does not want, and the letters behind a '&'. FALSE when it is not the dialog's. Any
+/// other window with controls may stand for the dialog: a message loop that calls it lets Tab move
+/// between the controls there that have WS_TABSTOP. Enter then goes to the control, if that is no
+/// push button, and Esc comes as the command IDCANCEL.
 QUENNET_PLATFORM_API BOOL WINAPI IsDialogMessageA(HWND dialog, MSG* message);
 QUENNET_PLATFORM_API HWND WINAPI GetNextDlgTabItem(HWND dialog, HWND control, BOOL previous);
 /// The next control that is shown, enabled and no label, among those that lie between two controls

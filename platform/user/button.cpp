@@ -89,10 +89,14 @@ Ink InkOf(HWND window, bool focused, Ink usual) {
 
 void DrawPushButton(HWND window, Canvas& canvas) {
     const Ink ink = InkOf(window, canvas.Focused(), Ink::button);
-    const bool enter = TakesEnter(window, canvas.Focused());
     const std::string text = TextOf(window);
-    const int end = canvas.Width() - 2;
-    const int start = std::max(2, (canvas.Width() - ColumnsOf(WithoutMarks(text))) / 2);
+    const int columns = ColumnsOf(WithoutMarks(text));
+    // In a narrow one the text comes first.
+    const bool roomy = columns + 4 <= canvas.Width() || canvas.Width() > 6;
+    const bool enter = roomy && TakesEnter(window, canvas.Focused());
+    const int margin = roomy ? 2 : 1;
+    const int end = canvas.Width() - margin;
+    const int start = std::max(margin, (canvas.Width() - columns) / 2);
     canvas.Fill({0, 0, canvas.Width(), 1}, U' ', ink);
     canvas.Text(0, 0, enter ? "[<" : "[", ink);
     canvas.Text(canvas.Width() - (enter ? 2 : 1), 0, enter ? ">]" : "]", ink);

@@ -1,5 +1,5 @@
-// The drop-down list: one line that shows the selected entry, and a list below it while it is open.
-// Only what a person does is told to the parent.
+// The drop-down list: one line that shows the selected entry or is an edit control, and a list
+// below it while it is open. Only what a person does is told to the parent.
 //
 // While the list is open, keys and clicks move a selection that is not decided yet: Enter, F4,
 // Alt with an arrow, a click on an entry or the loss of the focus decide it, Esc gives the one
@@ -33,6 +33,7 @@ LRESULT Select(HWND window, ComboBoxState& combo, WPARAM index) {
     if (selected != CB_ERR) {
         combo.entries.BringIntoSight(selected, RowsInSight(window, combo));
     }
+    ShowSelection(combo);
     TellChanged(window);
     return selected;
 }
@@ -53,6 +54,7 @@ void Open(HWND window, ComboBoxState& combo) {
     combo.open = true;
     SetCapture(window);
     combo.selectedBefore = combo.entries.selected;
+    combo.textBefore = combo.edit ? TextOf(combo.edit) : "";
     combo.entries.BringIntoSight(std::max<LRESULT>(0, combo.entries.selected),
                                  RowsInSight(window, combo));
     TellChanged(window);
@@ -68,6 +70,7 @@ void Close(HWND window, ComboBoxState& combo, bool decided) {
     ReleaseCapture();
     if (!decided) {
         combo.entries.selected = combo.selectedBefore;
+        SetEditText(combo, combo.textBefore, true);
     }
     const bool changed = combo.entries.selected != combo.selectedBefore;
     TellChanged(window);
@@ -114,7 +117,7 @@ void HandleKey(HWND window, ComboBoxState& combo, WPARAM key) {
 
 /// A click on the line opens or closes; on an entry it decides; elsewhere it closes.
 void Click(HWND window, ComboBoxState& combo, LPARAM point) {
-    SetFocus(window);
+    SetFocus(combo.edit ? combo.edit : window);
     const auto x = static_cast<SHORT>(LOWORD(point));
     const auto y = static_cast<SHORT>(HIWORD(point));
     const RECT area = ListAreaOf(window, combo);
@@ -141,18 +144,22 @@ void DrawLine(HWND window, ComboBoxState& combo, Canvas& canvas) {
     const Ink ink = !enabled ? Ink::disabled : canvas.Focused() ? Ink::selection : Ink::field;
     const int end = canvas.Width() - 2;
     canvas.Fill({0, 0, canvas.Width(), 1}, U' ', ink);
+    canvas.Put(end, 0, U' ', ink);
+    canvas.Put(canvas.Width() - 1, 0, U'▼', ink);
+    if (combo.edit) {
+        return;
+    }
     if (const Entry* entry = combo.entries.At(static_cast<WPARAM>(combo.entries.selected))) {
         canvas.Text(0, 0, entry->text, ink, end);
     }
-    canvas.Put(end, 0, U' ', ink);
-    canvas.Put(canvas.Width() - 1, 0, U'▼', ink);
     canvas.Caret(0, 0);
 }
 
 void DrawList(HWND window, const ComboBoxState& combo, Canvas& canvas) {
     const RECT area = ListAreaOf(window, combo);
     DrawEntries(combo.entries, canvas,
-                {0, area.top / cellHeight, canvas.Width(), (area.bottom - area.top) / cellHeight},
+                {0, area.top / cellHeight, (area.right + cellWidth - 1) / cellWidth,
+                 (area.bottom - area.top) / cellHeight},
                 Ink::list);
 }
 
@@ -177,6 +184,7 @@ LRESULT HandleContent(HWND window, ComboBoxState& combo, UINT message, WPARAM wP
             return Changed(window, combo, entries.Delete(wParam));
         case CB_RESETCONTENT:
             entries.Clear();
+            SetEditText(combo, "", false);
             return Changed(window, combo, CB_OKAY);
         case CB_GETLBTEXT:
             return entries.CopyTextOf(wParam, reinterpret_cast<char*>(lParam));
@@ -202,11 +210,44 @@ LRESULT HandleContent(HWND window, ComboBoxState& combo, UINT message, WPARAM wP
 /// Enter and Esc are the list's while it is open.
 LRESULT DialogCode(const ComboBoxState& combo, WPARAM key) {
     const bool endsList = combo.open && (key == VK_RETURN || key == VK_ESCAPE);
-    return DLGC_WANTARROWS | DLGC_WANTCHARS | (endsList ? DLGC_WANTMESSAGE : 0);
+    return DLGC_WANTARROWS | DLGC_WANTCHARS | (combo.edit ? DLGC_HASSETSEL : 0) |
+           (endsList ? DLGC_WANTMESSAGE : 0);
+}
+
+/// The height that a window is given is that of line and list together; the window is the line.
+void FitLine(HWND window, ComboBoxState& combo) {
+    LONG width = 0;
+    {
+        DesktopLock desktop;
+        Window* record = desktop->Find(window);
+        if (!record) {
+            return;
+        }
+        RECT& place = record->place;
+        if (place.bottom - place.top != comboLineHeight) {
+            combo.rows = (place.bottom - place.top - comboLineHeight) / characterHeight;
+        }
+        place.bottom = place.top + comboLineHeight;
+        width = place.right - place.left;
+    }
+    if (combo.edit) {
+        MoveWindow(combo.edit, 0, 0, width - 2 * cellWidth, comboLineHeight, TRUE);
+    }
 }
 
 LRESULT Handle(HWND window, ComboBoxState& combo, UINT message, WPARAM wParam, LPARAM lParam) {
+    LRESULT result = 0;
+    if (HandleEdit(window, combo, message, wParam, lParam, &result)) {
+        return result;
+    }
     switch (message) {
+        case WM_SIZE:
+            FitLine(window, combo);
+            return 0;
+        case CB_LIMITTEXT:
+            return TRUE;
+        case CB_GETITEMHEIGHT:
+            return characterHeight;
         case WM_GETDLGCODE:
             return DialogCode(combo, wParam);
         case QUENNET_DRAW:
@@ -240,8 +281,9 @@ LRESULT Handle(HWND window, ComboBoxState& combo, UINT message, WPARAM wParam, L
         case WM_SYSKEYDOWN:
             if (wParam == VK_UP || wParam == VK_DOWN) {
                 Toggle(window, combo);
+                return 0;
             }
-            return 0;
+            return DefWindowProcA(window, message, wParam, lParam);
         case WM_KEYDOWN:
             HandleKey(window, combo, wParam);
             return 0;
@@ -262,15 +304,10 @@ LRESULT Handle(HWND window, ComboBoxState& combo, UINT message, WPARAM wParam, L
     }
 }
 
-/// The height that it is made with is that of line and list together; the window is the line.
-void Create(HWND window, const CREATESTRUCTA& create) {
+void Create(HWND window) {
     auto combo = std::make_shared<ComboBoxState>();
-    combo->rows = (create.cy - comboLineHeight) / characterHeight;
-    SetState(window, std::move(combo));
-    DesktopLock desktop;
-    if (Window* record = desktop->Find(window)) {
-        record->place.bottom = record->place.top + comboLineHeight;
-    }
+    SetState(window, combo);
+    FitLine(window, *combo);
 }
 
 }  // namespace
@@ -296,9 +333,15 @@ using namespace quennet::user;
 extern "C" LRESULT CALLBACK quennet::user::ComboBoxProcedure(HWND window, UINT message,
                                                              WPARAM wParam, LPARAM lParam) {
     if (message == WM_NCCREATE) {
-        Create(window, *reinterpret_cast<const CREATESTRUCTA*>(lParam));
+        Create(window);
     }
     const auto combo = StateOf<ComboBoxState>(window);
+    if (message == WM_CREATE && combo) {
+        const auto create = reinterpret_cast<const CREATESTRUCTA*>(lParam);
+        const bool made = MakeEdit(window, *combo, create->lpszName);
+        FitLine(window, *combo);
+        return made ? 0 : -1;
+    }
     return combo ? Handle(window, *combo, message, wParam, lParam)
                  : DefWindowProcA(window, message, wParam, lParam);
 }

@@ -12,7 +12,10 @@ LRESULT CALLBACK ButtonProcedure(HWND window, UINT message, WPARAM wParam, LPARA
 LRESULT CALLBACK ComboBoxProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 LRESULT CALLBACK EditProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 LRESULT CALLBACK ListBoxProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+LRESULT CALLBACK ListViewProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+LRESULT CALLBACK StatusBarProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 LRESULT CALLBACK StaticProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
+LRESULT CALLBACK ToolBarProcedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
 }
 
 /// Height of a character, and so of an entry of a list, in pixels; its width is half of it.
@@ -25,6 +28,12 @@ void NotifyParent(HWND control, WORD code);
 DWORD StyleOf(HWND window);
 /// Sets or clears bits of the style.
 void ChangeStyle(HWND window, DWORD bits, bool set);
+
+/// The top window that a control or child belongs to; null when it is gone.
+HWND TopWindow(HWND window);
+
+/// Tells the window its size and place, unless it knows its size already.
+void TellFirstSize(HWND window);
 
 /// The window's text, of any length.
 std::string TextOf(HWND window);

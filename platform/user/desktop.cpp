@@ -1,5 +1,6 @@
 #include "user/desktop.h"
 
+#include "commctrl.h"
 #include "user/controls.h"
 #include "user/display_calls.h"
 #include "user/messages.h"
@@ -25,9 +26,14 @@ struct SystemClass {
 };
 
 constexpr std::array systemClasses = {
-    SystemClass{"Button", ButtonProcedure, 0}, SystemClass{"ComboBox", ComboBoxProcedure, 0},
-    SystemClass{"Edit", EditProcedure, 0},     SystemClass{"ListBox", ListBoxProcedure, 0},
+    SystemClass{"Button", ButtonProcedure, 0},
+    SystemClass{"ComboBox", ComboBoxProcedure, 0},
+    SystemClass{"Edit", EditProcedure, 0},
+    SystemClass{"ListBox", ListBoxProcedure, 0},
     SystemClass{"Static", StaticProcedure, 0},
+    SystemClass{WC_LISTVIEWA, ListViewProcedure, 0},
+    SystemClass{STATUSCLASSNAMEA, StatusBarProcedure, 0},
+    SystemClass{TOOLBARCLASSNAMEA, ToolBarProcedure, 0},
 };
 constexpr SystemClass dialogClass = {"#32770", DefDlgProcA, DLGWINDOWEXTRA};
 
@@ -161,6 +167,8 @@ std::unique_ptr<Window> Desktop::Remove(HWND handle) {
     if (Window* parent = Find(window->parent)) {
         std::erase(parent->children, handle);
     }
+
+    menus.Remove(window->menu);
 
     MessageQueue& queue = *window->queue;
     std::erase_if(queue.posted, [&](const MSG& message) { return message.hwnd == handle; });

@@ -48,6 +48,7 @@
 // (Window::state) is touched on its own thread alone and needs no lock; its procedure holds it by
 // a counted pointer, so it outlives a window that is destroyed by its own notification.
 
+#include "user/menu.h"
 #include "windows.h"
 
 #include <bitset>
@@ -132,11 +133,15 @@ struct Window {
     DWORD extendedStyle = 0;
     RECT place = {};  // relative to the parent
     LONG_PTR id = 0;
+    HMENU menu = nullptr;  // of a top window
+    std::shared_ptr<MenuTracking> menuTracking;
     LONG_PTR userData = 0;
     std::string text;
     std::vector<std::byte> extra;
     std::shared_ptr<ControlState> state;
-    bool ending = false;  // DestroyWindow has begun
+    HFONT font = nullptr;
+    bool sizeTold = false;  // with WM_SIZE
+    bool ending = false;    // DestroyWindow has begun
 
     bool IsChild() const { return (style & WS_CHILD) != 0; }
 };
@@ -163,6 +168,7 @@ class Desktop {
     void RemoveClass(const WindowClass& windowClass);
 
     std::mutex mutex;
+    Menus menus;
     std::vector<HWND> topWindows;                                     // the newest first
     std::unordered_map<DWORD, std::shared_ptr<MessageQueue>> queues;  // by thread
 

@@ -1,6 +1,7 @@
 // Modal dialogs: made from a template, run until EndDialog.
 
 #include "user/dialog.h"
+#include "user/controls.h"
 
 #include <span>
 
@@ -18,17 +19,6 @@ struct DialogRequest {
     DLGPROC procedure;
     LPARAM parameter;
 };
-
-/// The top window that a control or child belongs to.
-HWND TopWindow(HWND handle) {
-    DesktopLock desktop;
-    const Window* window = desktop->Find(handle);
-    while (window && window->IsChild()) {
-        handle = window->parent;
-        window = desktop->Find(handle);
-    }
-    return window ? handle : nullptr;
-}
 
 bool AddControl(HWND dialog, HINSTANCE instance, const QuennetControlTemplate& control) {
     const auto id = reinterpret_cast<HMENU>(static_cast<ULONG_PTR>(control.id));

@@ -35,11 +35,28 @@ void Command(HWND dialog, INT id) {
                  reinterpret_cast<LPARAM>(GetDlgItem(dialog, id)));
 }
 
-/// Enter presses the push button that has the focus, else the default one, else it is IDOK.
-void PressEnter(HWND dialog, HWND focus) {
+/// Another window with controls may stand for a dialog.
+bool IsDialog(HWND window) {
+    return StateOf<DialogState>(window) != nullptr;
+}
+
+void MoveFocus(HWND dialog, bool previous) {
+    if (IsDialog(dialog)) {
+        SendMessageA(dialog, WM_NEXTDLGCTL, previous, FALSE);
+    } else {
+        FocusControl(GetNextDlgTabItem(dialog, GetFocus(), previous));
+    }
+}
+
+/// Enter presses the push button that has the focus, else the default one, else it is IDOK. False
+/// where there is no dialog to have one: the key is the control's.
+bool PressEnter(HWND dialog, HWND focus) {
     if ((DialogCode(focus) & pushButtonCodes) != 0) {
         Command(dialog, GetDlgCtrlID(focus));
-        return;
+        return true;
+    }
+    if (!IsDialog(dialog)) {
+        return false;
     }
     const LRESULT answer = SendMessageA(dialog, DM_GETDEFID, 0, 0);
     const INT id = HIWORD(answer) == DC_HASDEFID ? LOWORD(answer) : IDOK;
@@ -47,6 +64,7 @@ void PressEnter(HWND dialog, HWND focus) {
     if (!button || IsWindowEnabled(button)) {
         Command(dialog, id);
     }
+    return true;
 }
 
 /// False for a key that goes to the control.
@@ -60,11 +78,10 @@ bool HandleDialogKey(HWND dialog, MSG& message) {
             if ((code & DLGC_WANTTAB) != 0) {
                 return false;
             }
-            SendMessageA(dialog, WM_NEXTDLGCTL, GetKeyState(VK_SHIFT) < 0, FALSE);
+            MoveFocus(dialog, GetKeyState(VK_SHIFT) < 0);
             return true;
         case VK_RETURN:
-            PressEnter(dialog, message.hwnd);
-            return true;
+            return PressEnter(dialog, message.hwnd);
         case VK_ESCAPE:
             Command(dialog, IDCANCEL);
             return true;
@@ -89,10 +106,18 @@ std::vector<HWND> ChildrenOf(HWND dialog) {
     return window ? window->children : std::vector<HWND>();
 }
 
+/// The child of the dialog that the window is or lies in.
+HWND ChildAround(HWND dialog, HWND window) {
+    while (window && GetParent(window) != dialog) {
+        window = IsChild(dialog, window) ? GetParent(window) : nullptr;
+    }
+    return window;
+}
+
 /// The children, beginning behind one of them and going round to it.
 std::vector<HWND> ChildrenBehind(HWND dialog, HWND control) {
     std::vector<HWND> controls = ChildrenOf(dialog);
-    const auto place = std::ranges::find(controls, control);
+    const auto place = std::ranges::find(controls, ChildAround(dialog, control));
     if (place != controls.end()) {
         std::rotate(controls.begin(), place + 1, controls.end());
     }
@@ -168,7 +193,7 @@ HWND WINAPI GetNextDlgTabItem(HWND dialog, HWND control, BOOL previous) {
         std::ranges::reverse(controls);
     }
     // Round from behind `control` back to it; without one from the start.
-    const auto place = std::ranges::find(controls, control);
+    const auto place = std::ranges::find(controls, ChildAround(dialog, control));
     if (place != controls.end()) {
         std::rotate(controls.begin(), place + 1, controls.end());
     }
@@ -178,7 +203,7 @@ HWND WINAPI GetNextDlgTabItem(HWND dialog, HWND control, BOOL previous) {
 
 HWND WINAPI GetNextDlgGroupItem(HWND dialog, HWND control, BOOL previous) {
     std::vector<HWND> controls = ChildrenOf(dialog);
-    const auto place = std::ranges::find(controls, control);
+    const auto place = std::ranges::find(controls, ChildAround(dialog, control));
     if (place == controls.end()) {
         return control;
     }

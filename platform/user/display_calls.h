@@ -8,6 +8,7 @@ namespace quennet::user {
 void TellCreated(HWND window);
 void TellChanged(HWND window);
 void TellDestroyed(HWND window);
+void TellRaised(HWND window);
 void RunDisplayInput();
 
 }  // namespace quennet::user

@@ -16,6 +16,15 @@ bool IsOwn(const Window& window, const std::shared_ptr<MessageQueue>& own) {
     return window.queue == own;
 }
 
+/// What is left to the system is the corner, and the size of a usual terminal.
+RECT PlaceFor(const CREATESTRUCTA& create) {
+    const bool anywhere = create.x == CW_USEDEFAULT;
+    const bool anySize = create.cx == CW_USEDEFAULT;
+    const INT x = anywhere ? 0 : create.x;
+    const INT y = anywhere ? 0 : create.y;
+    return {x, y, x + (anySize ? 640 : create.cx), y + (anySize ? 384 : create.cy)};
+}
+
 std::unique_ptr<Window> NewWindow(const CREATESTRUCTA& create,
                                   std::shared_ptr<const WindowClass> windowClass) {
     auto window = std::make_unique<Window>();
@@ -28,9 +37,11 @@ std::unique_ptr<Window> NewWindow(const CREATESTRUCTA& create,
     // Visible only when it is made.
     window->style = static_cast<DWORD>(create.style) & ~DWORD{WS_VISIBLE};
     window->extendedStyle = create.dwExStyle;
-    window->place = RECT{create.x, create.y, create.x + create.cx, create.y + create.cy};
+    window->place = PlaceFor(create);
     if (window->IsChild()) {
         window->id = reinterpret_cast<LONG_PTR>(create.hMenu);
+    } else {
+        window->menu = create.hMenu;
     }
     return window;
 }
@@ -142,6 +153,28 @@ LRESULT TextLengthOf(HWND handle) {
     return window ? static_cast<LRESULT>(window->text.size()) : 0;
 }
 
+void SetFont(HWND handle, HFONT font) {
+    DesktopLock desktop;
+    if (Window* window = desktop->Find(handle)) {
+        window->font = font;
+    }
+}
+
+HFONT FontOf(HWND handle) {
+    DesktopLock desktop;
+    const Window* window = desktop->Find(handle);
+    return window ? window->font : nullptr;
+}
+
+/// Alt-F4 is for the top window, wherever in it the focus is.
+void HandleClosing(HWND window, UINT message, WPARAM wParam) {
+    if (message == WM_SYSKEYDOWN && wParam == VK_F4) {
+        PostMessageA(TopWindow(window), WM_SYSCOMMAND, SC_CLOSE, 0);
+    } else if (message == WM_SYSCOMMAND && (wParam & 0xFFF0) == SC_CLOSE) {
+        SendMessageA(window, WM_CLOSE, 0, 0);
+    }
+}
+
 }  // namespace
 
 LRESULT CopyText(const char* text, std::size_t length, char* buffer, std::size_t size) {
@@ -180,6 +213,9 @@ HWND WINAPI CreateWindowExA(DWORD extendedStyle, LPCSTR className, LPCSTR text, 
         DestroyWindow(handle);
         return nullptr;
     }
+    if ((style & (WS_CHILD | WS_POPUP)) != 0) {
+        TellFirstSize(handle);
+    }
     if ((style & WS_VISIBLE) != 0) {
         ShowWindow(handle, SW_SHOW);
     }
@@ -204,6 +240,11 @@ LRESULT WINAPI DefWindowProcA(HWND window, UINT message, WPARAM wParam, LPARAM l
         case WM_CLOSE:
             DestroyWindow(window);
             return 0;
+        case WM_SETFONT:
+            SetFont(window, reinterpret_cast<HFONT>(wParam));
+            return 0;
+        case WM_GETFONT:
+            return reinterpret_cast<LRESULT>(FontOf(window));
         case WM_SETTEXT:
             SetText(window, reinterpret_cast<const char*>(lParam));
             TellChanged(window);
@@ -213,6 +254,8 @@ LRESULT WINAPI DefWindowProcA(HWND window, UINT message, WPARAM wParam, LPARAM l
         case WM_GETTEXTLENGTH:
             return TextLengthOf(window);
         default:
+            HandleClosing(window, message, wParam);
+            HandleMenuMessage(window, message, wParam, lParam);
             return 0;
     }
 }

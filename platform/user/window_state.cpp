@@ -1,4 +1,4 @@
-// What a window is asked and told: text, place, family, visibility, focus.
+// What a window is asked and told: text, family, visibility, focus.
 
 #include "user/controls.h"
 #include "user/desktop.h"
@@ -54,6 +54,14 @@ bool Fits(const Window& window, LPCSTR className, ATOM atom, LPCSTR text) {
     return !text || lstrcmpiA(window.text.c_str(), text) == 0;
 }
 
+/// A top window that comes up has the focus, unless it gave it to a control of its own before.
+void TakeFocusIn(HWND window) {
+    const HWND focus = GetFocus();
+    if ((StyleOf(window) & WS_CHILD) == 0 && focus != window && !IsChild(window, focus)) {
+        SetFocus(window);
+    }
+}
+
 /// A disabled window does not keep the focus.
 void DropFocus(HWND window) {
     if (GetFocus() == window) {
@@ -72,6 +80,16 @@ DWORD StyleOf(HWND handle) {
 void ChangeStyle(HWND handle, DWORD bits, bool set) {
     bool before = false;
     SwitchStyle(handle, bits, set, &before);
+}
+
+HWND TopWindow(HWND handle) {
+    DesktopLock desktop;
+    const Window* window = desktop->Find(handle);
+    while (window && window->IsChild()) {
+        handle = window->parent;
+        window = desktop->Find(handle);
+    }
+    return window ? handle : nullptr;
 }
 
 std::string TextOf(HWND window) {
@@ -176,53 +194,6 @@ BOOL WINAPI SetWindowTextA(HWND window, LPCSTR text) {
     return SendMessageA(window, WM_SETTEXT, 0, reinterpret_cast<LPARAM>(text)) > 0;
 }
 
-BOOL WINAPI GetWindowRect(HWND handle, RECT* place) {
-    DesktopLock desktop;
-    const Window* window = desktop->Find(handle);
-    if (!window) {
-        return FALSE;
-    }
-    *place = window->place;
-    while (window->IsChild()) {
-        window = desktop->Find(window->parent);
-        if (!window) {
-            break;
-        }
-        place->left += window->place.left;
-        place->right += window->place.left;
-        place->top += window->place.top;
-        place->bottom += window->place.top;
-    }
-    return TRUE;
-}
-
-BOOL WINAPI MoveWindow(HWND handle, INT x, INT y, INT width, INT height, BOOL) {
-    const RECT place = {x, y, x + std::max(0, width), y + std::max(0, height)};
-    RECT before = {};
-    {
-        DesktopLock desktop;
-        Window* window = desktop->Find(handle);
-        if (!window) {
-            return FALSE;
-        }
-        before = std::exchange(window->place, place);
-    }
-    const bool moved = before.left != x || before.top != y;
-    const bool sized = before.right - before.left != place.right - place.left ||
-                       before.bottom - before.top != place.bottom - place.top;
-    if (moved) {
-        SendMessageA(handle, WM_MOVE, 0, MAKELPARAM(x, y));
-    }
-    if (sized) {
-        SendMessageA(handle, WM_SIZE, 0,
-                     MAKELPARAM(place.right - place.left, place.bottom - place.top));
-    }
-    if (moved || sized) {
-        TellChanged(handle);
-    }
-    return TRUE;
-}
-
 BOOL WINAPI EnableWindow(HWND window, BOOL enable) {
     bool wasDisabled = false;
     if (!SwitchStyle(window, WS_DISABLED, !enable, &wasDisabled)) {
@@ -252,7 +223,13 @@ BOOL WINAPI ShowWindow(HWND window, INT command) {
     }
     if (wasVisible != show) {
         SendMessageA(window, WM_SHOWWINDOW, show, 0);
+        if (show) {
+            TellFirstSize(window);
+        }
         TellChanged(window);
+        if (show && command != SW_SHOWNOACTIVATE && command != SW_SHOWNA) {
+            TakeFocusIn(window);
+        }
     }
     return wasVisible;
 }
@@ -311,14 +288,6 @@ HWND WINAPI GetCapture(void) {
     MessageQueue& queue = *CurrentQueue();
     DesktopLock desktop;
     return queue.capture;
-}
-
-BOOL WINAPI InvalidateRect(HWND window, const RECT*, BOOL) {
-    if (!IsWindow(window)) {
-        return FALSE;
-    }
-    TellChanged(window);
-    return TRUE;
 }
 
 INT WINAPI GetDlgCtrlID(HWND control) {

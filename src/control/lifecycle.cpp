@@ -3,9 +3,11 @@
 #include "control/command.h"
 #include "control/connect.h"
 #include "control/login.h"
+#include "control/message_wait.h"
 #include "control/sockets.h"
 #include "control/watchdog.h"
 #include "control/worker.h"
+#include "find/find_window.h"
 #include "host/message.h"
 #include "host/process_clock.h"
 #include "host/services.h"
@@ -74,23 +76,9 @@ void StartConnecting(Session* session) {
 /// the connection that ends may live here.
 void WaitForEnd(HostWord* holder) {
     constexpr u32 pauseMilliseconds = 10;
-    bool quits = false;
-    WPARAM quitCode = 0;
+    MessageWait wait;
     while (HandleInHolder(holder) != nullptr) {
-        MSG message;
-        while (PeekMessageA(&message, nullptr, 0, 0, PM_REMOVE)) {
-            if (message.message == WM_QUIT) {
-                quits = true;
-                quitCode = message.wParam;
-                continue;
-            }
-            TranslateMessage(&message);
-            DispatchMessageA(&message);
-        }
-        Sleep(pauseMilliseconds);
-    }
-    if (quits) {
-        PostQuitMessage(static_cast<int>(quitCode));
+        wait.Pause(pauseMilliseconds);
     }
 }
 
@@ -111,9 +99,12 @@ void CloseSockets(Session* session) {
 void EndSession(Session* session) {
     constexpr u32 pauseMilliseconds = 100;
     session->stopRetrying.Store(1);
-    while (IsInUse(session)) {
-        Sleep(pauseMilliseconds);
+    MessageWait wait;
+    for (u32 waited = 0; IsInUse(session); waited += pauseMilliseconds) {
+        PressFindRun(session, waited);
+        wait.Pause(pauseMilliseconds);
     }
+    CloseFindWindow(session);
     CloseSockets(session);
     ReleaseWinsock(session->wsaUseCount);
     DestroyWatchdogWindow(session);

@@ -1,6 +1,7 @@
 // The module's one exported function, and the table that says which handler runs for a message.
 
 #include "control/lifecycle.h"
+#include "find/find_window.h"
 #include "host/message.h"
 #include "host/services.h"
 #include "listing/cache.h"
@@ -169,6 +170,14 @@ i32 AskForText(const HostMessage& message) {
                           PointerFromWord<char>(message.arg3));
 }
 
+i32 Find(const HostMessage& message) {
+    OpenFindWindow(PointerFromWord<HINSTANCE__>(message.arg1), HandleFrom(message.arg3),
+                   PointerFromWord<const char>(message.arg4), PointerFromWord<void>(message.arg5),
+                   FunctionFrom<FindGoToCallback>(message.arg6),
+                   FunctionFrom<FindNotifyCallback>(message.arg7));
+    return noResult;
+}
+
 i32 GoTo(const HostMessage& message) {
     GotoDirectory(PointerFromWord<Session>(message.arg1), PointerFromWord<const char>(message.arg2),
                   PointerFromWord<const char>(message.arg3), static_cast<u16>(message.arg4),
@@ -218,6 +227,7 @@ constexpr MessageHandler messageHandlers[] = {
     {MessageNumber::formatPermissions, ShowPermissions},
     {MessageNumber::permissionDialog, AskForPermissions},
     {MessageNumber::autoDialog, AskForText},
+    {MessageNumber::findWindow, Find},
     {MessageNumber::gotoDirectory, GoTo},
     {MessageNumber::rawCommand, SendTypedLine},
     {MessageNumber::saveRawListing, SaveListing},

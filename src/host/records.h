@@ -94,6 +94,24 @@ struct TransferRecord {
     u64 bytesDone;  // bytes moved so far
 };
 
+/// A column of a list view, in a table that ends with a title of 0. The host's services read the
+/// table, and write widths and orders into it.
+struct ColumnRow {
+    u32 title;    // text id; 0 in its low 16 bits ends the table
+    u32 width;    // pixels
+    u32 order;    // place on the screen, from the left
+    u32 subItem;  // number by which the list asks for the column's cells
+    u32 format;   // the platform's alignment in the low byte, other bits are the host's
+};
+
+/// An entry of a menu, in a level that ends with an id of 0.
+struct MenuRow {
+    u16 id;            // command, and its text id; menuRowSeparatorId in a separator
+    u16 flags;         // menu flags of the platform; 0x0800 marks a separator
+    u16 zero;          // 0
+    HostWord entries;  // address of the rows of a submenu, or 0
+};
+
 #pragma pack(pop)
 
 static_assert(sizeof(SiteRecord) == 782);
@@ -122,6 +140,11 @@ static_assert(offsetof(TransferRecord, progressWindow) == WidenedOffset(1116, 2)
 static_assert(offsetof(TransferRecord, status) == WidenedOffset(1120, 2));
 static_assert(offsetof(TransferRecord, doneCount) == WidenedOffset(1148, 2));
 static_assert(offsetof(TransferRecord, bytesDone) == WidenedOffset(1156, 2));
+static_assert(offsetof(ColumnRow, width) == 4 && offsetof(ColumnRow, order) == 8);
+static_assert(offsetof(ColumnRow, subItem) == 12 && offsetof(ColumnRow, format) == 16);
+static_assert(sizeof(ColumnRow) == 20);
+static_assert(offsetof(MenuRow, flags) == 2 && offsetof(MenuRow, entries) == 6);
+static_assert(sizeof(MenuRow) == WidenedOffset(10, 1));
 
 /// `FtpHandle.tag` of a live handle.
 constexpr u16 liveHandleTag = 20000;
@@ -137,6 +160,9 @@ constexpr u16 attributeDirectory = 0x10;
 constexpr u16 attributeLink = 0x2000;
 constexpr u16 attributePermissions = 0x8000;  // the word comes from a permission string
 constexpr u16 permissionBits = 0x07E7;        // read, write, execute of owner, group and others
+
+/// `MenuRow.id` of a separator.
+constexpr u16 menuRowSeparatorId = 0xFFFF;
 
 /// `TransferRecord.status` values that let a transfer go on.
 constexpr u32 transferGoesOn = 0;

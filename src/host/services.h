@@ -216,6 +216,162 @@ inline void ShellReportError(HWND owner, u32 textId) {
                                                                hostTables.captionWord, stopIcon);
 }
 
+// --- Lists, filters and windows ------------------------------------------------------------------
+
+/// The host's word of options that windows share.
+inline u32& ShellOptionWord() {
+    return *PointerFromWord<u32>(
+        hostTables.shell->words[static_cast<u32>(ShellService::optionWord)]);
+}
+
+/// Path of a local folder that stands for all folders.
+inline const char* ShellFolderSample() {
+    return PointerFromWord<const char>(
+        hostTables.shell->words[static_cast<u32>(ShellService::folderSample)]);
+}
+
+/// The host's word for a file of no known type.
+inline const char* ShellFileWord() {
+    return PointerFromWord<const char>(
+        hostTables.shell->words[static_cast<u32>(ShellService::fileWord)]);
+}
+
+/// The directory's entries; the caller gives them back with CoreFree. Null when there are none.
+inline DirEntry* ShellReadDirectory(const char* path, FtpHandle* handle, u32 option) {
+    return Shell<ShellReadDirectoryFunction>(ShellService::readDirectory)(path, handle, option);
+}
+
+/// Non-zero when the name matches.
+inline int ShellMatchMask(const char* name, const char* masks) {
+    return Shell<ShellMatchMaskFunction>(ShellService::matchMask)(name, masks);
+}
+
+/// Non-zero when the entry passes; `size` is the address of 64 bits.
+inline int ShellFilterMatch(const char* name, u16 attributes, u16 date, u16 time, const void* size,
+                            const void* filter) {
+    return Shell<ShellFilterMatchFunction>(ShellService::filterMatch)(name, attributes, date, time,
+                                                                      size, filter);
+}
+
+/// True when the host takes the window.
+inline bool ShellRegisterWindow(HWND window, u32 kind) {
+    const u32 refusal =
+        Shell<ShellRegisterWindowFunction>(ShellService::registerWindow)(window, kind, 0);
+    return (refusal & 0xFFFF) == 0;
+}
+
+inline void ShellUnregisterWindow(HWND window) {
+    Shell<ShellUnregisterWindowFunction>(ShellService::unregisterWindow)(window);
+}
+
+inline void ShellMenuInit(HWND window, const MenuRow* rows) {
+    Shell<ShellMenuInitFunction>(ShellService::menuInit)(window, rows);
+}
+
+/// Makes a tool bar of `count` buttons; `firstId` and `bitmaps` tell the host which pictures.
+inline HWND ShellCreateToolbar(HWND window, HINSTANCE instance, const void* buttons, u32 style,
+                               u32 firstId, u32 count, u32 bitmaps) {
+    return Shell<ShellCreateToolbarFunction>(ShellService::createToolbar)(
+        window, instance, buttons, style, firstId, 0, 0, count, bitmaps);
+}
+
+inline void ShellPrepareList(HWND list) {
+    Shell<ShellPrepareListFunction>(ShellService::prepareList)(list);
+}
+
+inline void ShellLoadColumns(ColumnRow* columns, const char* name, const char* file) {
+    Shell<ShellLoadColumnsFunction>(ShellService::loadColumns)(columns, name, file, 0);
+}
+
+inline void ShellSaveColumns(const ColumnRow* columns, const char* name, const char* file) {
+    Shell<ShellSaveColumnsFunction>(ShellService::saveColumns)(columns, name, file);
+}
+
+inline void ShellSetColumns(HWND list, const ColumnRow* columns) {
+    Shell<ShellSetColumnsFunction>(ShellService::setColumns)(list, columns);
+}
+
+inline void ShellColumnTexts(HWND list, const ColumnRow* columns) {
+    Shell<ShellColumnTextsFunction>(ShellService::columnTexts)(list, columns);
+}
+
+inline void ShellGetColumnOrder(HWND list, ColumnRow* columns) {
+    Shell<ShellGetColumnOrderFunction>(ShellService::getColumnOrder)(list, columns);
+}
+
+/// Icons, report, small icons, list: 0 to 3.
+inline void ShellSetViewStyle(HWND list, u32 view) {
+    Shell<ShellSetViewStyleFunction>(ShellService::setViewStyle)(list, view);
+}
+
+/// Below 0 when there is none.
+inline i32 ShellGetCurrentItem(HWND list) {
+    return Shell<ShellGetCurrentItemFunction>(ShellService::getCurrentItem)(list);
+}
+
+inline void ShellSetCurrentItem(HWND list, i32 row) {
+    Shell<ShellSetCurrentItemFunction>(ShellService::setCurrentItem)(list, row);
+}
+
+inline void ShellComboAdd(HWND comboBox, const char* text) {
+    Shell<ShellComboAddFunction>(ShellService::comboAdd)(comboBox, text);
+}
+
+inline void ShellSetStatusIcon(HWND statusBar, u32 pane, bool on) {
+    Shell<ShellSetStatusIconFunction>(ShellService::setStatusIcon)(statusBar, pane, on ? 1 : 0);
+}
+
+inline void ShellLoadPlacement(const char* file, const char* name, i32* x, i32* y, i32* width,
+                               i32* height, u32* word) {
+    Shell<ShellLoadPlacementFunction>(ShellService::loadPlacement)(file, name, x, y, width, height,
+                                                                   word);
+}
+
+inline void ShellSavePlacement(HWND window, const char* file, const char* name) {
+    Shell<ShellSavePlacementFunction>(ShellService::savePlacement)(window, file, name);
+}
+
+/// False when there is no font.
+inline bool ShellGetDialogFont(HWND window, void* font, u32 size) {
+    return Shell<ShellGetDialogFontFunction>(ShellService::getDialogFont)(window, font, size) != 0;
+}
+
+inline void ShellMoveControl(HWND control, i32 x, i32 y, i32 width, i32 height) {
+    Shell<ShellMoveControlFunction>(ShellService::moveControl)(control, x, y, width, height);
+}
+
+// --- Text and lines ------------------------------------------------------------------------------
+
+/// True when the text and a line end were written.
+inline bool ShellWriteTextLine(HWND window, ShellFile* file, const char* text) {
+    return Shell<ShellWriteTextLineFunction>(ShellService::writeTextLine)(window, file, text) == 0;
+}
+
+/// `text` has `size` bytes; it becomes empty for a date of 0.
+inline void ShellFormatDate(char* text, u16 date, u16 time, u32 size) {
+    Shell<ShellFormatDateFunction>(ShellService::formatDate)(text, date, time, size);
+}
+
+/// At most 31 characters.
+inline void ShellFormatAttributes(char* text, u16 attributes) {
+    Shell<ShellFormatAttributesFunction>(ShellService::formatAttributes)(text, attributes);
+}
+
+/// At most 31 characters; `number` is the address of 64 bits.
+inline void ShellFormatNumber(const void* number, char* text) {
+    Shell<ShellFormatNumberFunction>(ShellService::formatNumber)(number, text);
+}
+
+/// Offset of the dot in front of the extension, or of the end.
+inline u16 ShellExtensionOffset(const char* name) {
+    return Shell<ShellExtensionOffsetFunction>(ShellService::extensionOffset)(name);
+}
+
+/// Makes the first letter a capital.
+inline void ShellUpperFirst(char* text) {
+    Shell<ShellUpperFirstFunction>(ShellService::upperFirst)(text);
+}
+
 inline void ShellAppendText(char* target, const char* text, u32 size) {
     Shell<ShellAppendTextFunction>(ShellService::appendText)(target, text, size);
 }

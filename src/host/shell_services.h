@@ -6,8 +6,10 @@
 
 namespace quennet {
 
+struct ColumnRow;
 struct DirEntry;
 struct FtpHandle;
+struct MenuRow;
 struct Session;
 struct SiteRecord;
 
@@ -105,8 +107,8 @@ extern "C" {
 /// The low 16 bits of the result are 0 when the window was accepted.
 using ShellRegisterWindowFunction = u32 (*)(HWND window, u32 kind, u32 zero);
 using ShellUnregisterWindowFunction = void (*)(HWND window);
-/// `rows`: the menu table.
-using ShellMenuInitFunction = void (*)(HWND window, const void* rows);
+/// Gives the window a menu bar of these rows, with the host's texts.
+using ShellMenuInitFunction = void (*)(HWND window, const MenuRow* rows);
 /// Fills a font record of the platform; 0 when there is none.
 using ShellGetDialogFontFunction = i32 (*)(HWND window, void* font, u32 size);
 using ShellMoveControlFunction = void (*)(HWND control, i32 x, i32 y, i32 width, i32 height);
@@ -162,7 +164,7 @@ using ShellSavePlacementFunction = void (*)(HWND window, const char* file, const
 /// Moves the selected entry of a list box.
 using ShellListActionFunction = void (*)(HWND window, u32 listId);
 
-// Lists and filters. `columns` is a column table, `filter` the host's filter record.
+// Lists and filters. `columns` is a whole column table, `filter` the host's filter record.
 /// Non-zero when the entry passes. `size` is the address of 64 bits, on any boundary.
 using ShellFilterMatchFunction = i32 (*)(const char* name, u32 attributes, u32 date, u32 time,
                                          const void* size, const void* filter);
@@ -171,12 +173,16 @@ using ShellMatchMaskFunction = i32 (*)(const char* name, const char* masks);
 /// Shows the host's filter dialog.
 using ShellEditFilterFunction = i32 (*)(HWND owner, void* filter);
 using ShellSetStatusIconFunction = void (*)(HWND statusBar, u32 pane, u32 on);
-using ShellSetColumnsFunction = void (*)(HWND list, const void* columns);
+/// Gives the list the columns of the table, and their titles.
+using ShellSetColumnsFunction = void (*)(HWND list, const ColumnRow* columns);
 using ShellColumnTextsFunction = ShellSetColumnsFunction;
-using ShellGetColumnOrderFunction = void (*)(HWND list, void* columns);
-using ShellLoadColumnsFunction = void (*)(void* columns, const char* name, const char* file,
+/// Brings the list's widths and order back into the table.
+using ShellGetColumnOrderFunction = void (*)(HWND list, ColumnRow* columns);
+/// What was stored goes into the table.
+using ShellLoadColumnsFunction = void (*)(ColumnRow* columns, const char* name, const char* file,
                                           u32 zero);
-using ShellSaveColumnsFunction = void (*)(const void* columns, const char* name, const char* file);
+using ShellSaveColumnsFunction = void (*)(const ColumnRow* columns, const char* name,
+                                          const char* file);
 /// Below 0 when there is none.
 using ShellGetCurrentItemFunction = i32 (*)(HWND list);
 using ShellSetCurrentItemFunction = void (*)(HWND list, i32 item);

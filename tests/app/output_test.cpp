@@ -1,5 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <sstream>
+
+#include "failure.h"
+#include "find_omissions.h"
 #include "listing_output.h"
 #include "progress_bar.h"
 #include "terminal_text.h"
@@ -72,6 +76,47 @@ TEST(ProgressTextTest, FitsTheTerminalAndKeepsTheNumbersRight) {
         const std::string name = std::string(50, 'n') + "\xE2\x82\xAC";
         EXPECT_LE(ProgressText({name, largest / 2, 1, largest, 1e9}, width).size(), width);
         EXPECT_LE(ProgressText({name, largest, largest, largest, 1e-9}, width).size(), width);
+    }
+}
+
+TEST(OmissionsTest, ListingsThatFailedAreCountedOnceTheDirectoryIsLeft) {
+    const std::string enter = "CWD a\n250 ok\nPWD\n257 \"/a\"\nPASV\n227 ok\n";
+    const std::string list = "LIST\n150 here\n";
+    const std::string size = "597 bytes received in 0.00 seconds, (582.13 KB/s)\n";
+    const std::string lost = "Connection reset\nConnecting to x\n220 hi\n230 in\nCWD /\n250 ok\n";
+    struct Row {
+        std::string lines;
+        const char* words;
+        bool unanswered;
+    };
+    const Row table[] = {
+        {enter + list + size + "226-done\n226 done\n" + enter + list + "250 ok\n", "", false},
+        {enter + "LIST\n550 no\n" + enter + "LIST\n450 nor this\n",
+         "2 directories could not be listed: 550 no", false},
+        {enter + list + size + "426 cut\nPASV\n227 ok\n" + list + "226 done\n", "", false},
+        {enter + "LIST\n" + lost + "425 no\nPASV\n227 ok\n" + list + "226 done\n", "", false},
+        {enter + list + lost + "425 no\n",
+         "1 directory could not be listed: the connection was lost", false},
+        {enter + list + size + "CWD b\n250 ok\n", "1 directory could not be listed: no reply",
+         false},
+        {enter + list, "1 directory could not be listed: no reply", false},
+        {"CWD a\nCWD b\n", "", true},
+        {"CWD a\n" + lost + "250 ok\n", "", false},
+    };
+    for (const Row& row : table) {
+        Omissions omissions;
+        std::istringstream stream(row.lines);
+        for (std::string line; std::getline(stream, line);) {
+            omissions.TakeLine(line);
+        }
+        std::string words;
+        try {
+            omissions.Check();
+        } catch (const Failure& failure) {
+            words = failure.what();
+        }
+        EXPECT_EQ(words, row.words) << row.lines;
+        EXPECT_EQ(omissions.AnyUnanswered(), row.unanswered) << row.lines;
     }
 }
 

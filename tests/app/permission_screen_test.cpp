@@ -46,15 +46,32 @@ TEST_F(PermissionScreenTest, TheDialogAsksForPermissions) {
     {
         const TmuxTerminal terminal(80, 24, program("t"));
         EXPECT_SHOWS(terminal, "Include subfolders");
-        terminal.Press({"M-f"});
+        terminal.Press({"M-b"});
         terminal.ExpectScreen("permissions-of-many");
         terminal.Press({"Enter"});
         EXPECT_SHOWS(terminal, "status 0");
     }
     EXPECT_EQ(Mode(), "644") << "the boxes of 022 are empty, the others grey";
     {
+        served.Write("t/sub/g.txt", "");
+        for (const char* file : {"t/f", "t/sub/g.txt"}) {
+            fs::permissions(served / file, static_cast<fs::perms>(0666));
+        }
+        const TmuxTerminal terminal(80, 24, program("t"));
+        EXPECT_SHOWS(terminal, "Use the filter");
+        terminal.Press({"M-u", "M-b", "M-i"});
+        EXPECT_SHOWS(terminal, "Changed from:");
+        terminal.Press({"*.txt", "Tab", "2M", "Tab", "1K", "M-f", "Enter"});
+        EXPECT_SHOWS(terminal, "The upper size is below the lower one.");
+        terminal.ExpectScreen("filter");
+        terminal.Press({"Delete", "M-s", "Delete", "Enter", "M-u", "M-u", "Enter"});
+        EXPECT_SHOWS(terminal, "status 0");
+        EXPECT_EQ(Mode(), "666") << "left out by the filter";
+        EXPECT_EQ(fs::status(served / "t/sub/g.txt").permissions(), static_cast<fs::perms>(0644));
+    }
+    {
         const TmuxTerminal terminal(80, 24, program("t/f"));
-        EXPECT_SHOWS(terminal, "644");
+        EXPECT_SHOWS(terminal, "666");
         terminal.Press({"Escape"});
         EXPECT_SHOWS(terminal, "status 1");
     }

@@ -15,6 +15,8 @@
 #include <string>
 #include <thread>
 
+#include "display/list_screen.h"
+#include "display/window_scene.h"
 #include "hostkit/terminal_questions.h"
 
 namespace {
@@ -96,6 +98,9 @@ INT_PTR CALLBACK Procedure(HWND dialog, UINT message, WPARAM wParam, LPARAM) {
         Open(dialog);
         return FALSE;
     }
+    if (message == WM_COMMAND && HIWORD(wParam) == EN_CHANGE && !GetDlgItem(dialog, typeList)) {
+        SetForegroundWindow(GetParent(dialog));  // which does not cover its own dialog
+    }
     if (message != WM_COMMAND || HIWORD(wParam) != BN_CLICKED) {
         return FALSE;
     }
@@ -165,17 +170,19 @@ void RunPassword() {
 
 struct Scene {
     const char* name;
-    std::function<void()> run;
+    std::function<void(const std::string& argument)> run;
 };
 
 const Scene scenes[] = {
-    {"types", RunNested},
-    {"threads", RunThreads},
-    {"message", RunMessage},
-    {"password", RunPassword},
-    {"exit", [] { RunTypes([](HWND) { std::exit(7); }); }},
-    {"terminate", [] { RunTypes([](HWND) { std::terminate(); }); }},
-    {"crash", [] { RunTypes([](HWND) { raise(SIGSEGV); }); }},
+    {"types", [](const std::string&) { RunNested(); }},
+    {"threads", [](const std::string&) { RunThreads(); }},
+    {"message", [](const std::string&) { RunMessage(); }},
+    {"password", [](const std::string&) { RunPassword(); }},
+    {"list", [](const std::string&) { Tell(RunListScreen(1'000'000)); }},
+    {"window", RunWindow},
+    {"exit", [](const std::string&) { RunTypes([](HWND) { std::exit(7); }); }},
+    {"terminate", [](const std::string&) { RunTypes([](HWND) { std::terminate(); }); }},
+    {"crash", [](const std::string&) { RunTypes([](HWND) { raise(SIGSEGV); }); }},
 };
 
 }  // namespace
@@ -189,7 +196,7 @@ int main(int count, char** values) {
     }
     for (const Scene& scene : scenes) {
         if (scene.name == wanted) {
-            scene.run();
+            scene.run(count > 2 ? values[2] : "");
         }
     }
     std::printf("%sdone\n", told.c_str());

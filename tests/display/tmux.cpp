@@ -133,6 +133,12 @@ std::string TmuxTerminal::WaitFor(const std::string& text) const {
     return screen;
 }
 
+std::string TmuxTerminal::Cursor() const {
+    std::string cursor = Run("display -p '#{cursor_x},#{cursor_y}'");
+    cursor.erase(cursor.find_last_not_of('\n') + 1);
+    return cursor;
+}
+
 void TmuxTerminal::ExpectScreen(const std::string& name) const {
     const std::string path = std::string(SCREENS_FOLDER) + "/" + name + ".txt";
     if (std::getenv("QUENNET_WRITE_SCREENS") != nullptr) {

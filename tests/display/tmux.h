@@ -37,6 +37,8 @@ class TmuxTerminal {
     std::string WaitFor(const std::string& text) const;
     /// Waits until the screen is the one of that file in docs/screens. A failure of the test else.
     void ExpectScreen(const std::string& name) const;
+    /// "column,row"
+    std::string Cursor() const;
 
   private:
     std::string Run(const std::string& command) const;

@@ -11,8 +11,10 @@
 
 #include "hostkit/console.h"
 #include "hostkit/display_text.h"
+#include "hostkit/host.h"
 #include "hostkit/listing.h"
 #include "hostkit/masks.h"
+#include "hostkit/services.h"
 
 using hostkit::MatchesMasks;
 using quennet::GrowBuffer;
@@ -103,6 +105,18 @@ TEST(TextTest, ANameBeginsBehindTheLastSeparatorThatIsOne) {
     EXPECT_EQ(hostkit::NameOffset("C:\\dir\\file"), 7u);
     EXPECT_EQ(hostkit::NameOffset("C:file"), 2u);
     EXPECT_EQ(hostkit::NameOffset("file:with"), 0u);
+}
+
+TEST(TextTest, APathIsTidiedAndARootStaysOne) {
+    const hostkit::Services services{hostkit::HostOptions{}};
+    const auto prepare = reinterpret_cast<quennet::ShellPreparePathFunction>(
+        services.Shell()->words[static_cast<unsigned>(quennet::ShellService::preparePath)]);
+    for (const auto& [given, tidied] : {std::pair("/a//b/", "/a/b"), {"//", "/"}, {"", ""}}) {
+        char path[16];
+        std::strcpy(path, given);
+        prepare(path);
+        EXPECT_STREQ(path, tidied);
+    }
 }
 
 TEST(TextTest, ALineForATerminalHoldsNoControls) {

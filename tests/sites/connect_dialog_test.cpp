@@ -145,9 +145,9 @@ const BookCase bookCases[] = {
          dialog.SetField(nameField, name);
      },
      threeSites},
-    {"MovedUpAndDown", threeSites, "three",
+    {"MovedUpAndDownAndNoFurther", threeSites, "three",
      [](const OpenDialog& dialog) {
-         for (int button : {upButton, upButton, downButton}) {
+         for (int button : {downButton, upButton, upButton, upButton, downButton}) {
              Click(dialog, button);
          }
          EXPECT_THAT(dialog.Entries(siteList), ElementsAre("one", "three", "two"));

@@ -6,10 +6,12 @@
 
 namespace {
 
-HWND FindShownDialog(const char* caption) {
+/// `caption` null and `thread` 0 stand for any.
+HWND FindShownDialog(const char* caption, DWORD thread = 0) {
     HWND window = nullptr;
     while ((window = FindWindowExA(nullptr, window, "#32770", caption)) != nullptr) {
-        if (IsWindowVisible(window) && IsWindowEnabled(window)) {
+        const bool isWanted = thread == 0 || GetWindowThreadProcessId(window, nullptr) == thread;
+        if (isWanted && IsWindowVisible(window) && IsWindowEnabled(window)) {
             return window;
         }
     }
@@ -130,5 +132,12 @@ OpenDialog WaitForDialog(const std::string& caption) {
     HWND window = nullptr;
     EXPECT_TRUE(WaitUntil([&] { return (window = FindShownDialog(caption.c_str())) != nullptr; }))
         << "no dialog \"" << caption << '"';
+    return OpenDialog(window);
+}
+
+OpenDialog WaitForDialogOf(DWORD thread) {
+    HWND window = nullptr;
+    EXPECT_TRUE(WaitUntil([&] { return (window = FindShownDialog(nullptr, thread)) != nullptr; }))
+        << "no dialog of thread " << thread;
     return OpenDialog(window);
 }

@@ -62,3 +62,6 @@ class OpenDialog {
 /// Waits until a dialog with that caption is shown, and its procedure has set it up. A failure of
 /// the test when none comes.
 OpenDialog WaitForDialog(const std::string& caption);
+
+/// The same for a dialog of one thread, whatever its caption.
+OpenDialog WaitForDialogOf(DWORD thread);

@@ -106,7 +106,10 @@ TEST_F(PermissionDialogTest, ManyKeepWhatIsGrey) {
     EXPECT_EQ(Shown(dialog), "gggg.gg.g ");
     EXPECT_TRUE(dialog.IsChecked(filterBox));
     EXPECT_TRUE(dialog.IsChecked(subfolderBox));
-    Click(dialog, filterButton);
+    dialog.Press(filterButton);
+    const OpenDialog filter = WaitForDialog(" Filter");
+    filter.Press(cancelButton);
+    EXPECT_TRUE(filter.WaitUntilClosed());
     EXPECT_EQ(Close(dialog, okButton), 1);
     EXPECT_EQ(Masks(), "clear 8240 set 8000 flags 40200100");
 

@@ -42,8 +42,9 @@ HWND FocusIn(HWND top, HWND lastFocus) {
 
 bool DeliverKey(const InputEvent& event, HWND focus) {
     const KeysHeld held(event);
-    PostMessageA(focus, event.alternate ? WM_SYSKEYDOWN : WM_KEYDOWN, event.key, 1);
-    PostMessageA(focus, event.alternate ? WM_SYSKEYUP : WM_KEYUP, event.key, 1);
+    const bool ofSystem = event.alternate || event.key == VK_F10;
+    PostMessageA(focus, ofSystem ? WM_SYSKEYDOWN : WM_KEYDOWN, event.key, 1);
+    PostMessageA(focus, ofSystem ? WM_SYSKEYUP : WM_KEYUP, event.key, 1);
     return true;
 }
 
@@ -66,21 +67,27 @@ bool WantsDoubleClicks(HWND window) {
 }
 
 bool DeliverMouse(const InputEvent& event) {
-    const auto [window, point] = TargetAt(event.window, event.x, event.y);
+    const auto [window, point, onMenuBar] = TargetAt(event.window, event.x, event.y);
     if (!window) {
         return false;
     }
+    if (onMenuBar) {
+        return event.kind != InputEvent::Kind::wheel &&
+               PostMessageA(window, WM_NCLBUTTONDOWN, HTMENU, point);
+    }
+    const WPARAM keys =
+        MK_LBUTTON | (event.shift ? MK_SHIFT : 0U) | (event.control ? MK_CONTROL : 0U);
     switch (event.kind) {
         case InputEvent::Kind::wheel:
             PostMessageA(window, WM_MOUSEWHEEL,
                          MAKEWPARAM(0, static_cast<WORD>(event.turn * WHEEL_DELTA)), point);
             return true;
         case InputEvent::Kind::doubleClick:
-            PostMessageA(window, WantsDoubleClicks(window) ? WM_LBUTTONDBLCLK : WM_LBUTTONDOWN, 1,
-                         point);
+            PostMessageA(window, WantsDoubleClicks(window) ? WM_LBUTTONDBLCLK : WM_LBUTTONDOWN,
+                         keys, point);
             break;
         default:
-            PostMessageA(window, WM_LBUTTONDOWN, 1, point);
+            PostMessageA(window, WM_LBUTTONDOWN, keys, point);
             break;
     }
     PostMessageA(window, WM_LBUTTONUP, 0, point);

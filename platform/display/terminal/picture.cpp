@@ -8,20 +8,26 @@ namespace {
 
 /// Cells that the frame takes at each side.
 struct FrameSize {
-    int top = 0;
+    int top = 0;    // with the menu bar
     int sides = 0;  // left, right and bottom
+    bool hasTitle = false;
+    bool hasMenu = false;
 };
 
 DWORD StyleOf(HWND window) {
     return static_cast<DWORD>(GetWindowLongA(window, GWL_STYLE));
 }
 
-FrameSize FrameOf(DWORD style) {
-    if ((style & WS_POPUP) != 0) {
-        const bool framed = (style & (WS_BORDER | WS_DLGFRAME)) != 0;
-        return framed ? FrameSize{1, 1} : FrameSize{};
-    }
-    return (style & WS_CAPTION) == WS_CAPTION ? FrameSize{1, 0} : FrameSize{};
+FrameSize FrameOf(HWND top) {
+    const DWORD style = StyleOf(top);
+    const bool isPopup = (style & WS_POPUP) != 0;
+    FrameSize frame;
+    frame.hasTitle =
+        isPopup ? (style & (WS_BORDER | WS_DLGFRAME)) != 0 : (style & WS_CAPTION) == WS_CAPTION;
+    frame.hasMenu = HasMenuBar(top);
+    frame.sides = isPopup && frame.hasTitle ? 1 : 0;
+    frame.top = (frame.hasTitle ? 1 : 0) + (frame.hasMenu ? 1 : 0);
+    return frame;
 }
 
 std::string TextOf(HWND window) {
@@ -33,20 +39,6 @@ std::string TextOf(HWND window) {
 
 int CellsUp(LONG pixels, int cell) {
     return static_cast<int>(pixels + cell - 1) / cell;
-}
-
-/// A control's place in its top window without the frame. Its right edge is rounded up, its lower
-/// one down, so that a field of one line and a half has one.
-Area AreaOf(HWND top, HWND window) {
-    RECT origin = {};
-    RECT place = {};
-    GetWindowRect(top, &origin);
-    GetWindowRect(window, &place);
-    const int left = static_cast<int>(place.left - origin.left) / cellWidth;
-    const int upper = static_cast<int>(place.top - origin.top) / cellHeight;
-    const int right = CellsUp(place.right - origin.left, cellWidth);
-    const int lower = static_cast<int>(place.bottom - origin.top) / cellHeight;
-    return {left, upper, std::max(1, right - left), std::max(1, lower - upper)};
 }
 
 Area Moved(Area area, int x, int y) {
@@ -84,7 +76,7 @@ void Draw(HWND window, Canvas& canvas, WPARAM above) {
 
 class WindowDrawing {
   public:
-    explicit WindowDrawing(HWND top) : top_(top), frame_(FrameOf(StyleOf(top))) {}
+    explicit WindowDrawing(HWND top) : top_(top), frame_(FrameOf(top)) {}
 
     Picture Run() {
         const Area inside = AreaOfTop();
@@ -92,7 +84,7 @@ class WindowDrawing {
         picture_.surface = Surface(inside.width + 2 * frame_.sides,
                                    inside.height + frame_.top + frame_.sides, Ink::window);
         Canvas all(picture_.surface, Whole(), Whole(), false);
-        if (frame_.top > 0) {
+        if (frame_.hasTitle) {
             DrawFrame(all);
         }
         Canvas own = all.Part(inside, focus_ == top_);
@@ -101,6 +93,10 @@ class WindowDrawing {
         if (IsChild(top_, focus_)) {
             Canvas control = all.Part(AreaInPicture(focus_), true).Above();
             Draw(focus_, control, 1);
+        }
+        if (frame_.hasMenu) {
+            DrawMenu(
+                all.Part({inside.left, inside.top - 1, inside.width, inside.height + 1}, true));
         }
         return std::move(picture_);
     }
@@ -118,7 +114,7 @@ class WindowDrawing {
     }
 
     Area AreaInPicture(HWND window) const {
-        return Moved(AreaOf(top_, window), frame_.sides, frame_.top);
+        return Moved(CellsOf(window), frame_.sides, frame_.top);
     }
 
     void DrawFrame(Canvas& all) const {
@@ -136,12 +132,22 @@ class WindowDrawing {
         }
     }
 
+    /// What is open has the caret, and is what must be in sight.
+    void DrawMenu(Canvas canvas) {
+        DrawMenuRow(top_, canvas);
+        const Area open = DrawOpenMenus(top_, canvas);
+        if (open.width > 0) {
+            picture_.surface.focus = Moved(open, frame_.sides, frame_.top - 1);
+            picture_.focusWithLabel = picture_.surface.focus;
+        }
+    }
+
     void DrawChildren(HWND parent, const Canvas& canvas) {
-        const Area around = parent == top_ ? Area{} : AreaOf(top_, parent);
+        const Area around = parent == top_ ? Area{} : CellsOf(parent);
         HWND before = nullptr;
         ForEachChild(parent, [&](HWND child) {
             if (IsShown(child)) {
-                const Area place = Moved(AreaOf(top_, child), -around.left, -around.top);
+                const Area place = Moved(CellsOf(child), -around.left, -around.top);
                 Canvas part = canvas.Part(place, child == focus_);
                 Draw(child, part, 0);
                 DrawChildren(child, part);
@@ -174,7 +180,7 @@ class WindowDrawing {
 HWND ControlAt(HWND top, HWND parent, int x, int y) {
     HWND found = nullptr;
     ForEachChild(parent, [&](HWND child) {
-        if (IsShown(child) && AreaOf(top, child).Contains(x, y) && !IsLabel(child)) {
+        if (IsShown(child) && CellsOf(child).Contains(x, y) && !IsLabel(child)) {
             found = child;
         }
     });
@@ -185,14 +191,17 @@ HWND ControlAt(HWND top, HWND parent, int x, int y) {
 }
 
 /// The middle of the cell.
-LPARAM PointIn(HWND top, HWND window, int x, int y) {
-    RECT origin = {};
-    RECT place = {};
-    GetWindowRect(top, &origin);
-    GetWindowRect(window, &place);
-    const Area area = AreaOf(top, window);
+LPARAM PointIn(HWND window, int x, int y) {
+    const Area area = CellsOf(window);
     return MAKELPARAM(static_cast<WORD>((x - area.left) * cellWidth + cellWidth / 2),
                       static_cast<WORD>((y - area.top) * cellHeight + cellHeight / 2));
+}
+
+LPARAM PointOnScreen(HWND top, int x, int y) {
+    RECT place = {};
+    GetWindowRect(top, &place);
+    return MAKELPARAM(static_cast<WORD>(place.left + x * cellWidth + cellWidth / 2),
+                      static_cast<WORD>(place.top + y * cellHeight + cellHeight / 2));
 }
 
 }  // namespace
@@ -203,7 +212,7 @@ bool FillsScreen(HWND top) {
 
 void FitToScreen(HWND top, int columns, int rows) {
     if (FillsScreen(top)) {
-        const int inside = std::max(1, rows - FrameOf(StyleOf(top)).top);
+        const int inside = std::max(1, rows - FrameOf(top).top);
         MoveWindow(top, 0, 0, columns * cellWidth, inside * cellHeight, TRUE);
     }
 }
@@ -213,16 +222,19 @@ Picture DrawWindow(HWND top) {
 }
 
 Target TargetAt(HWND top, int x, int y) {
-    const FrameSize frame = FrameOf(StyleOf(top));
+    const FrameSize frame = FrameOf(top);
     x -= frame.sides;
     y -= frame.top;
     const HWND captured = GetCapture();
     if (captured && (captured == top || IsChild(top, captured))) {
-        return {captured, PointIn(top, captured, x, y)};
+        return {captured, PointIn(captured, x, y)};
+    }
+    if (frame.hasMenu && y == -1) {
+        return {top, PointOnScreen(top, x, y), true};
     }
     const HWND window = ControlAt(top, top, x, y);
     const bool hit = window != top || (x >= 0 && y >= 0);
-    return {hit && IsWindowEnabled(window) ? window : nullptr, PointIn(top, window, x, y)};
+    return {hit && IsWindowEnabled(window) ? window : nullptr, PointIn(window, x, y)};
 }
 
 }  // namespace quennet::terminal

@@ -22,7 +22,8 @@ Picture DrawWindow(HWND top);
 /// Where a click on a cell of the picture goes.
 struct Target {
     HWND window;   // null: to the frame, or to a disabled control
-    LPARAM point;  // in the window, as a mouse message has it
+    LPARAM point;  // in the window, as a mouse message has it; of the menu bar, on the screen
+    bool onMenuBar = false;
 };
 Target TargetAt(HWND top, int x, int y);
 

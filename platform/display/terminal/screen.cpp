@@ -79,7 +79,8 @@ struct PlainLine {
 };
 constexpr PlainLine plainLines[] = {
     {U'─', U'-'}, {U'│', U'|'}, {U'┌', U'+'}, {U'┐', U'+'}, {U'└', U'+'},
-    {U'┘', U'+'}, {U'█', U'#'}, {U'░', U':'}, {U'▼', U'v'},
+    {U'┘', U'+'}, {U'█', U'#'}, {U'░', U':'}, {U'▼', U'v'}, {U'├', U'+'},
+    {U'┤', U'+'}, {U'…', U'~'}, {U'√', U'x'}, {U'•', U'*'}, {U'►', U'>'},
 };
 
 char32_t PlainOf(char32_t code) {
@@ -151,7 +152,7 @@ bool Screen::Start() {
     mouseinterval(0);
     // Presses count. Press and release that arrive together are one click to ncurses.
     mousemask(BUTTON1_PRESSED | BUTTON1_CLICKED | BUTTON1_DOUBLE_CLICKED | BUTTON4_PRESSED |
-                  BUTTON5_PRESSED,
+                  BUTTON5_PRESSED | BUTTON_SHIFT | BUTTON_CTRL,
               nullptr);
     lines_ = IsUtf8();
     marksPastes_ = *Capability("kmous") != '\0';

@@ -119,8 +119,13 @@ void Screen::NameKeys() {
     for (const NamedKey& named : namedKeys) {
         keys_[named.code] = KeyEvent(named.key, named.with);
     }
-    for (int number = 1; number <= 12; ++number) {
-        keys_[KEY_F(number)] = KeyEvent(static_cast<WPARAM>(VK_F1 + number - 1));
+    // Terminals number the function keys on with Shift, with Ctrl, with both, with Alt.
+    int number = 1;
+    for (const unsigned with :
+         {0U, 0U + shift, 0U + control, 0U + shift + control, 0U + alternate}) {
+        for (WPARAM key = VK_F1; key <= VK_F12; ++key) {
+            keys_[KEY_F(number++)] = KeyEvent(key, with);
+        }
     }
     for (const DescribedKey& described : describedKeys) {
         for (const KeySuffix& suffix : keySuffixes) {
@@ -240,6 +245,8 @@ void Screen::ReadMouse(std::deque<InputEvent>& events) {
     InputEvent event;
     event.x = mouse.x;
     event.y = mouse.y;
+    event.shift = (mouse.bstate & BUTTON_SHIFT) != 0;
+    event.control = (mouse.bstate & BUTTON_CTRL) != 0;
     if ((mouse.bstate & (BUTTON4_PRESSED | BUTTON5_PRESSED)) != 0) {
         event.kind = InputEvent::Kind::wheel;
         event.turn = (mouse.bstate & BUTTON4_PRESSED) != 0 ? 1 : -1;

@@ -97,6 +97,16 @@ void TerminalDisplay::RaiseLocked(HWND window) {
         changed_ = true;
         WakeReader();
     }
+    // A dialog stays above its owner.
+    std::vector<HWND> owned;
+    for (const Top& top : tops_) {
+        if (GetParent(top.window) == window) {
+            owned.push_back(top.window);
+        }
+    }
+    for (const HWND dialog : owned) {
+        RaiseLocked(dialog);
+    }
 }
 
 void TerminalDisplay::Raise(HWND window) {

@@ -58,6 +58,7 @@ class TerminalDisplay : public Display {
     void WindowCreated(HWND) override {}
     void WindowChanged(HWND window) override;
     void WindowDestroyed(HWND window) override;
+    void WindowRaised(HWND window) override { Raise(window); }
     void RunInput() override;
 
   private:

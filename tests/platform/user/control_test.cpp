@@ -32,6 +32,9 @@ class ControlTest : public testing::Test {
     LRESULT Send(UINT message, WPARAM wParam = 0, LPARAM lParam = 0) {
         return SendMessageA(control_, message, wParam, lParam);
     }
+    LRESULT SendText(UINT message, WPARAM wParam, const char* text) {
+        return Send(message, wParam, reinterpret_cast<LPARAM>(text));
+    }
     std::string Text() const { return OpenDialog(parent_).Field(controlId); }
     void Type(const std::string& text) const { OpenDialog(parent_).Type(controlId, text); }
 
@@ -59,6 +62,7 @@ class ControlTest : public testing::Test {
 using EditTest = ControlTest;
 using ButtonTest = ControlTest;
 using ListBoxTest = ControlTest;
+using DropDownTest = ControlTest;
 
 }  // namespace
 
@@ -168,4 +172,61 @@ TEST_F(ListBoxTest, TellsOnlyWhatAPersonChose) {
     EXPECT_THAT(Told(), ElementsAre(1, 1, 1, 1)) << "not at the ends";
     Send(WM_CHAR, '1');
     EXPECT_EQ(user.Selected(controlId), 10) << "the next one that begins with the character";
+}
+
+TEST_F(DropDownTest, TakesATextOfOnesOwnWhereItsLineIsAnEditControl) {
+    MoveWindow(parent_, 0, 0, 400, 300, TRUE);
+    Make("ComboBox", 0x00210042);
+    for (const char* text : {"*.txt", "*.cpp"}) {
+        SendText(CB_INSERTSTRING, 0, text);
+    }
+    EXPECT_EQ(Send(CB_GETITEMHEIGHT), 16);
+    EXPECT_TRUE(SetDlgItemTextA(parent_, controlId, "set"));
+    EXPECT_EQ(Text(), "set");
+    EXPECT_EQ(Send(CB_SETCURSEL, 1), 1);
+    EXPECT_EQ(Text(), "*.txt");
+    Send(CB_SETCURSEL, static_cast<WPARAM>(-1));
+    EXPECT_EQ(Text(), "");
+    EXPECT_THAT(Told(), IsEmpty()) << "all of that is the program's";
+
+    SetFocus(control_);
+    EXPECT_THAT(Told(), ElementsAre(CBN_SETFOCUS));
+    const HWND edit = GetFocus();
+    EXPECT_EQ(GetParent(edit), control_);
+    Send(CB_LIMITTEXT, 5);
+    Type("*.CPPX");
+    EXPECT_EQ(Text(), "*.CPP");
+    EXPECT_EQ(Told().size(), 10U) << "CBN_EDITUPDATE and CBN_EDITCHANGE for each that fits";
+    EXPECT_EQ(Send(CB_GETCURSEL), 0) << "the entry that was typed";
+
+    // What a person does goes to the edit control, which has the focus.
+    SendMessageA(edit, WM_KEYDOWN, VK_DOWN, 0);
+    EXPECT_EQ(Text(), "*.txt");
+    EXPECT_THAT(Told(), ElementsAre(CBN_SELENDOK, CBN_SELCHANGE));
+    SendMessageA(edit, WM_CHAR, 'y', 0);
+    EXPECT_EQ(Text(), "y") << "a chosen text is selected";
+    EXPECT_EQ(Send(CB_GETCURSEL), CB_ERR);
+    EXPECT_THAT(Told(), ElementsAre(CBN_EDITUPDATE, CBN_EDITCHANGE));
+    SendMessageA(edit, WM_SYSKEYDOWN, VK_DOWN, 0);
+    SendMessageA(edit, WM_KEYDOWN, VK_DOWN, 0);
+    EXPECT_EQ(Text(), "*.cpp");
+    EXPECT_NE(SendMessageA(edit, WM_GETDLGCODE, VK_ESCAPE, 0) & DLGC_WANTMESSAGE, 0);
+    SendMessageA(edit, WM_KEYDOWN, VK_ESCAPE, 0);
+    EXPECT_EQ(Text(), "y");
+    EXPECT_THAT(Told(), ElementsAre(CBN_DROPDOWN, CBN_SELENDCANCEL, CBN_CLOSEUP));
+    Send(WM_LBUTTONDOWN, 0, MAKELPARAM(195, 2));
+    Send(WM_LBUTTONDOWN, 0, MAKELPARAM(20, 16 + 16 + 3));
+    EXPECT_EQ(Text(), "*.txt");
+    EXPECT_THAT(Told(), ElementsAre(CBN_DROPDOWN, CBN_SELENDOK, CBN_CLOSEUP, CBN_SELCHANGE));
+    SetFocus(nullptr);
+    EXPECT_THAT(Told(), ElementsAre(CBN_KILLFOCUS));
+
+    MoveWindow(control_, 0, 0, 300, 200, TRUE);
+    RECT place = {};
+    GetWindowRect(control_, &place);
+    EXPECT_EQ(place.bottom, 24) << "the rest of the height is the list's";
+    GetWindowRect(edit, &place);
+    EXPECT_EQ(place.right, 284);
+    EnableWindow(control_, FALSE);
+    EXPECT_FALSE(IsWindowEnabled(edit));
 }

@@ -1,0 +1,79 @@
+#include "find_omissions.h"
+
+#include <algorithm>
+#include <string_view>
+
+#include "failure.h"
+
+namespace cli {
+
+namespace {
+
+constexpr std::string_view listCommand = "LIST";
+constexpr std::string_view enteredCommand = "PWD";  // once for each directory
+constexpr std::string_view commands[] = {"CWD ", enteredCommand, "PASV", "PORT ", listCommand};
+constexpr std::string_view repair = "Connecting to ";
+constexpr char noReply[] = "no reply";
+constexpr std::string_view remark = " bytes received in ";
+constexpr std::string_view remarkEnd = " KB/s)";
+
+/// «597 bytes received in 0.00 seconds, (582.13 KB/s)» is the module's own remark.
+bool IsReply(const std::string& line) {
+    const std::size_t codeEnd = line.find_first_not_of("0123456789");
+    const bool isRemark =
+        line.compare(std::min(codeEnd, line.size()), remark.size(), remark) == 0 &&
+        line.ends_with(remarkEnd);
+    return line.size() >= 3 && codeEnd >= 3 && !isRemark;
+}
+
+}  // namespace
+
+void Omissions::TakeLine(const std::string& line) {
+    const auto begins = [&](std::string_view command) { return line.starts_with(command); };
+    if (begins(repair)) {
+        // The command is sent again, and the directory may be listed once more.
+        EndListing(false, "the connection was lost");
+        isOpen_ = false;
+    } else if (std::ranges::any_of(commands, begins)) {
+        TakeCommand(line);
+    } else if (IsReply(line)) {
+        TakeReply(line);
+    }
+}
+
+void Omissions::TakeCommand(const std::string& line) {
+    EndListing(false, noReply);
+    if (line.starts_with(enteredCommand)) {
+        unlisted_ += isUnlisted_ ? 1 : 0;
+        isUnlisted_ = false;
+    }
+    anyUnanswered_ = anyUnanswered_ || isOpen_;
+    isOpen_ = true;
+    isListing_ = line.starts_with(listCommand);
+}
+
+void Omissions::TakeReply(const std::string& line) {
+    isOpen_ = false;
+    if (line[0] != '1') {
+        EndListing(line[0] == '2', line);
+    }
+}
+
+void Omissions::EndListing(bool listed, const std::string& words) {
+    if (isListing_) {
+        isUnlisted_ = !listed;
+        words_ = listed || !words_.empty() ? words_ : words;
+        isListing_ = false;
+    }
+}
+
+void Omissions::Check() const {
+    const std::size_t count = unlisted_ + (isUnlisted_ || isListing_ ? 1 : 0);
+    if (count > 0) {
+        throw Failure(ExitStatus::failed,
+                      std::to_string(count) + (count == 1 ? " directory" : " directories") +
+                          " could not be listed: " + (words_.empty() ? noReply : words_));
+    }
+}
+
+}  // namespace cli

@@ -1,0 +1,33 @@
+#pragma once
+// What a search passes over without a word, read off the conversation with the server.
+
+#include <cstddef>
+#include <string>
+
+namespace cli {
+
+class Omissions {
+  public:
+    /// Takes a line of the console.
+    void TakeLine(const std::string& line);
+
+    /// A command was left without a reply, and not sent again.
+    bool AnyUnanswered() const { return anyUnanswered_; }
+
+    /// Throws Failure when directories could not be listed.
+    void Check() const;
+
+  private:
+    void TakeCommand(const std::string& line);
+    void TakeReply(const std::string& line);
+    void EndListing(bool listed, const std::string& words);
+
+    bool isOpen_ = false;      // a command without a reply
+    bool isListing_ = false;   // a listing without its end
+    bool isUnlisted_ = false;  // the directory entered last has failed, so far
+    bool anyUnanswered_ = false;
+    std::size_t unlisted_ = 0;  // directories before that
+    std::string words_;         // of the first
+};
+
+}  // namespace cli

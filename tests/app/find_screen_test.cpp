@@ -1,0 +1,65 @@
+// quennet find --window, as a person at a terminal sees it.
+
+#include "app/program_test.h"
+#include "display/tmux.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+
+class FindScreenTest : public ProgramTest {
+  protected:
+    void SetUp() override {
+        if (!TmuxTerminal::IsThere()) {
+            GTEST_SKIP() << "tmux is missing";
+        }
+        for (const char* folder : {"t", "t/docs", "t/docs/old"}) {
+            fs::create_directories(served / folder);
+            served.Write(std::string(folder) + "/small.txt", "1");
+            served.Write(std::string(folder) + "/large.txt", std::string(12'345, '.'));
+        }
+        using namespace std::chrono;
+        const auto longAgo =
+            fs::file_time_type::clock::from_sys(sys_seconds{sys_days{2001y / 7 / 19}});
+        for (const auto& entry : fs::recursive_directory_iterator(served / "t")) {
+            fs::last_write_time(entry, longAgo);
+        }
+        Serve();
+    }
+
+    std::string Program(const std::string& words) const {
+        return "cd " + (home / "").string() +
+               "; HOME=. NO_COLOR=1 LC_ALL=C.UTF-8 " QUENNET_PROGRAM " find --window " + words;
+    }
+};
+
+TEST_F(FindScreenTest, APersonSearchesFiltersAndGoesToAHit) {
+    {
+        const TmuxTerminal terminal(80, 24, Program("-v " + Url("t")));
+        EXPECT_SHOWS(terminal, "Include subfolders");
+        terminal.Press({"*.txt;docs", "Enter"});
+        EXPECT_SHOWS(terminal, "Found: 6 files");
+        terminal.ExpectScreen("find");
+        terminal.Press({"M-o", "f"});
+        EXPECT_SHOWS(terminal, "Changed from:");
+        terminal.Press({"M-s", "1k", "Enter", "M-u", "M-m", "Enter"});
+        EXPECT_SHOWS(terminal, "Found: 3 files");
+        terminal.Press({"Down", "Down", "M-s", "g"});
+        EXPECT_SHOWS(terminal, "\n/t/docs/large.txt\n");
+        EXPECT_SHOWS(terminal, "226 Transfer complete\n");  // -v, once the terminal is free
+        EXPECT_SHOWS(terminal, "status 0");
+    }
+    EXPECT_THAT(home.Read(".config/quennet/settings.ini"), HasSubstr("[FTPFind]\n"));
+    {
+        const TmuxTerminal terminal(80, 24, Program("-m none " + Url("t")));
+        EXPECT_SHOWS(terminal, "none____");
+        terminal.Press({"M-f", "c"});
+        EXPECT_SHOWS(terminal, "status 0");
+    }
+    TmuxTerminal terminal(80, 24, Program(Url("t")));
+    EXPECT_SHOWS(terminal, "Include subfolders");
+    EXPECT_TRUE(terminal.HangUp());
+}
+
+}  // namespace

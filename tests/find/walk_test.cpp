@@ -1,0 +1,241 @@
+// The walk, on wires that carry its commands; what a directory holds is written down beside them.
+
+#include "find/find_store.h"
+#include "find/find_test.h"
+#include "hostkit/masks.h"
+
+using namespace quennet;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+class WalkTest : public FindTest {};
+
+constexpr char inRoot[] = "-> CWD /\n<- 250 ok\n-> PWD\n<- 257 \"/\"\n";
+
+/// The commands that enter a directory from its parent.
+std::string Step(const std::string& parent, const std::string& name, const std::string& path) {
+    return "-> CWD " + parent + "\n<- 250 ok\n-> CWD " + name + "\n<- 250 ok\n-> PWD\n<- 257 \"" +
+           path + "\"\n";
+}
+
+std::string Back(const std::string& path) {
+    return "-> CWD " + path + "\n<- 250 ok\n";
+}
+
+TEST_F(WalkTest, HitsComeInListingOrderADirectorysOwnFirst) {
+    listings["/"] = {Folder("."),     Folder(".."),        Folder("b"),     {"one.txt", 0, 10},
+                     Folder("a.txt"), {"..two.txt", 0, 5}, {"no.dat", 0, 7}};
+    listings["/b"] = {Folder("c")};
+    listings["/b/c"] = {{"three.txt", 0, 1}};
+    Open(inRoot + Step("/", "b", "/b") + Step("/b", "c", "/b/c") + Back("/b") +
+         Step("/", "a.txt", "/a.txt") + Back("/"));
+    Walk("/", FindOptRecurse | FindOptLongList, "*.txt");
+    wire.Finish();
+    EXPECT_THAT(Hits(), ElementsAre("/: one.txt", "/: a.txt", "/: ..two.txt", "/b/c: three.txt"));
+    EXPECT_THAT(reads, ElementsAre("/ 32", "/b 32", "/b/c 32", "/a.txt 32"));
+    EXPECT_EQ(find.found.folders, 1u);
+    EXPECT_EQ(find.found.files, 3u);
+    EXPECT_EQ(find.found.bytes, 16u);
+    EXPECT_EQ(find.separator, '/') << "the path handed over has one";
+    // Every directory has a number; rows and summary change where hits were added.
+    EXPECT_STREQ(DirectoryByNumber(&find, 2)->path, "/b");
+    EXPECT_STREQ(DirectoryByNumber(&find, 4)->path, "/a.txt");
+    EXPECT_EQ(DirectoryByNumber(&find, 0), nullptr);
+    EXPECT_EQ(DirectoryByNumber(&find, 5), nullptr);
+    std::vector<std::string> rows = Shown();
+    std::erase_if(rows, [](const std::string& line) { return line.rfind("rows", 0) != 0; });
+    EXPECT_THAT(rows, ElementsAre("rows 4", "rows 4"));
+}
+
+TEST_F(WalkTest, WithoutSubdirectoriesTheFirstDirectoryAloneIsVisited) {
+    listings["/pub"] = {Folder("b"), {"file"}};
+    Open("-> CWD pub\n<- 250 ok\n-> PWD\n<- 257 \"/pub\"\n");
+    Walk("pub", 0);
+    wire.Finish();
+    EXPECT_THAT(Hits(), ElementsAre("/pub: b", "/pub: file"));
+    EXPECT_EQ(find.separator, '\\') << "the server's answer does not count";
+}
+
+TEST_F(WalkTest, WhatCannotBeEnteredIsPassedOver) {
+    listings["/"] = {Folder("a"), Folder("b"), Folder("c"), Folder("d")};
+    listings["/b"] = {Folder("x"), Folder("y")};
+    listings["/c"] = {{"hit"}};
+    Open(inRoot + std::string("-> CWD /\n<- 250 ok\n-> CWD a\n<- 550 no\n") + Step("/", "b", "/b") +
+         "-> CWD /b\n<- 550 gone\n" +  // which ends /b, without a way back
+         Step("/", "c", "/c") + "-> CWD /\n<- 250 ok\n-> CWD d\n<- 250 ok\n-> PWD\n<- 257 none\n" +
+         Back("/"));
+    Walk("/", FindOptRecurse, "hit");
+    wire.Finish();
+    EXPECT_THAT(Hits(), ElementsAre("/c: hit"));
+    EXPECT_EQ(find.directories.count, 3u);
+}
+
+TEST_F(WalkTest, AStartThatCannotBeEnteredFindsNothing) {
+    Open("-> CWD /none\n<- 550 no\n");
+    Walk("/none");
+    wire.Finish();
+    EXPECT_THAT(Hits(), IsEmpty());
+    EXPECT_EQ(find.directories.count, 0u);
+    EXPECT_THAT(reads, IsEmpty());
+}
+
+TEST_F(WalkTest, ALinkUpTheTreeEndsTheWalk) {
+    const u16 link = folderBit | attributePermissions | attributeLink;
+    listings["/"] = {Folder("a")};
+    listings["/a"] = {{"self", link}, {"top", link}, {"far", link}, {"file"}};
+    listings["/else"] = {{"other"}};
+    Open(inRoot + Step("/", "a", "/a") + Step("/a", "self", "/a") + Step("/a", "top", "/") +
+         Step("/a", "far", "/else") + Back("/a") + Back("/"));
+    Walk("/", FindOptRecurse, "*e*r");
+    wire.Finish();
+    EXPECT_THAT(Hits(), ElementsAre("/else: other"));
+    EXPECT_EQ(find.directories.count, 3u);
+}
+
+// Some servers call a directory by the way that led there.
+TEST_F(WalkTest, ALinkUpTheTreeEndsTheWalkUnderAnotherNameToo) {
+    const u16 link = folderBit | attributePermissions | attributeLink;
+    listings["/a"] = {{"up", link}, {"hit"}};
+    listings["/a/up"] = {Folder("a"), {"hit"}};
+    listings["/a/up/a"] = listings["/a"];
+    listings["/a/up/a/up"] = listings["/a/up"];
+    Open("-> CWD /a\n<- 250 ok\n-> PWD\n<- 257 \"/a\"\n" + Step("/a", "up", "/a/up") +
+         Step("/a/up", "a", "/a/up/a") + Step("/a/up/a", "up", "/a/up/a/up") + Back("/a/up/a") +
+         Back("/a/up") + Back("/a"));
+    Walk("/a", FindOptRecurse, "hit");
+    wire.Finish();
+    EXPECT_THAT(Hits(), ElementsAre("/a: hit", "/a/up: hit", "/a/up/a: hit"));
+}
+
+TEST_F(WalkTest, NoWalkIsDeeperThan512Levels) {
+    constexpr int levels = 512;
+    std::vector<std::string> steps;
+    const auto add = [&](const std::string& script) {
+        for (const std::string& line : LinesOf(script)) {
+            steps.push_back(line);
+        }
+    };
+    add("-> CWD /1\n<- 250 ok\n-> PWD\n<- 257 \"/1\"\n");
+    for (int level = 1; level <= levels; ++level) {
+        const std::string path = "/" + std::to_string(level);
+        listings[path] = {Folder("d")};
+        if (level < levels) {
+            add(Step(path, "d", "/" + std::to_string(level + 1)));
+        }
+    }
+    for (int level = levels; level >= 1; --level) {
+        add(Back("/" + std::to_string(level)));
+    }
+    Open(steps);
+    Walk("/1");
+    wire.Finish();
+    EXPECT_EQ(find.directories.count, unsigned{levels});
+    EXPECT_EQ(Hits().size(), std::size_t{levels});
+}
+
+TEST_F(WalkTest, WhatDoesNotFitItsFieldIsLeftOutWhole) {
+    const std::string longest(findNameSize - 1, 'n');
+    const std::string path = "/" + std::string(findPathSize - 2, 'p');
+    listings["/"] = {
+        {longest + "n"}, Folder(longest + "d"), {longest}, Folder("long"), Folder("longer")};
+    listings[path] = {{"hit"}};
+    Open(inRoot + Step("/", "long", path) + Step("/", "longer", path + "p") + Back("/"));
+    Walk("/");
+    wire.Finish();
+    EXPECT_THAT(Hits(), ElementsAre("/: " + longest, "/: long", "/: longer", path + ": hit"));
+    EXPECT_THAT(Lines(), Contains("Directory name too long, refused."));
+}
+
+TEST_F(WalkTest, AStopEndsTheListingAndEachLevelGoesBack) {
+    listings["/"] = {Folder("a"), Folder("b")};
+    listings["/a"] = {Folder("c"), Folder("d")};
+    listings["/a/c"] = {{"never"}};
+    onRead = [this](const std::string& path) {
+        if (path == "/a/c") {
+            find.stop.Store(1);
+        }
+    };
+    Open(inRoot + Step("/", "a", "/a") + Step("/a", "c", "/a/c") + Back("/a") + Back("/"));
+    Walk("/");
+    wire.Finish();
+    EXPECT_THAT(Hits(), ElementsAre("/: a", "/: b", "/a: c", "/a: d"));
+    EXPECT_EQ(Shown().back(), "pane 1: Found: 4 folders - stopped");
+}
+
+TEST_F(WalkTest, AnEndingConnectionGetsNoFurtherCommands) {
+    listings["/"] = {Folder("a")};
+    onRead = [this](const std::string& path) {
+        if (path == "/a") {
+            find.stop.Store(1);
+            session->closing.Store(1);
+        }
+    };
+    Open(inRoot + Step("/", "a", "/a"));
+    Walk("/");
+    wire.Finish();
+}
+
+TEST_F(WalkTest, ARelativeStepThatMetARepairIsMadeAgainFromTheParent) {
+    listings["/"] = {Folder("a")};
+    listings["/a"] = {{"hit"}};
+    StoreText(session->site.directory, pathSize, "/home");
+    Open(inRoot +
+         std::string("-> CWD /\n<- 250 ok\n-> CWD a\nreset\naccept\n<- 220 again\n"
+                     "-> USER anna\n<- 230 in\n-> CWD /home\n<- 250 ok\n"
+                     "-> CWD a\n<- 250 ok, but below home\n"
+                     "-> PWD\n<- 257 \"/home/a\"\n") +
+         Step("/", "a", "/a") + Back("/"));
+    Walk("/", FindOptRecurse, "hit");
+    wire.Finish();
+    EXPECT_THAT(Hits(), ElementsAre("/a: hit"));
+    EXPECT_EQ(find.directories.count, 2u);
+}
+
+TEST_F(WalkTest, AListingThatMetARepairIsReadAgain) {
+    listings["/"] = {{"hit"}};
+    onRead = [this](const std::string&) {
+        if (reads.size() == 1) {
+            ++session->logins;
+        }
+    };
+    Open(inRoot + Back("/"));
+    Walk("/", FindOptRecurse);
+    wire.Finish();
+    EXPECT_THAT(Hits(), ElementsAre("/: hit"));
+    EXPECT_THAT(reads, ElementsAre("/ 0", "/ 0"));
+}
+
+TEST_F(WalkTest, TheFilterAndItsWordForDirectoriesDecide) {
+    hostkit::FilterRecord filter = {};
+    StoreText(filter.masks, sizeof filter.masks, "k*");
+    struct Case {
+        u32 option;
+        u16 word;
+        std::vector<std::string> hits;
+    };
+    const Case cases[] = {
+        {0, 0, {"/: kd", "/: kf", "/: other", "/kd: kx"}},
+        {FindOptUseFilter, 0, {"/: kf", "/kd: kx"}},
+        {FindOptUseFilter, hostkit::filterTakesFolders, {"/: kd", "/: kf", "/kd: kx"}},
+    };
+    listings["/"] = {Folder("kd"), {"kf"}, {"other"}};
+    listings["/kd"] = {{"kx"}};
+    find.filter = &filter;
+    std::string script;
+    for (std::size_t i = 0; i < std::size(cases); ++i) {
+        script += inRoot + Step("/", "kd", "/kd") + Back("/");
+    }
+    Open(script);
+    for (const Case& example : cases) {
+        filter.flags = example.word;
+        ResetStore(&find);
+        Walk("/", FindOptRecurse | example.option);
+        EXPECT_EQ(Hits(), example.hits) << example.option << " " << example.word;
+    }
+    wire.Finish();
+}
+
+}  // namespace

@@ -1,0 +1,213 @@
+// Columns, places, menus, tool bars and keys of the module's windows.
+
+#include <windows.h>
+
+#include <commctrl.h>
+
+#include <gmock/gmock.h>
+
+#include "hostkit/services_test.h"
+#include "hostkit/window.h"
+
+namespace {
+
+using namespace quennet;
+using testing::ElementsAre;
+
+/// A window that writes down its commands.
+class CommandWindow {
+  public:
+    CommandWindow() : window_(hostkit::MakeWindow("commands", Procedure, this)) {}
+    ~CommandWindow() { DestroyWindow(window_); }
+    CommandWindow(const CommandWindow&) = delete;
+    CommandWindow& operator=(const CommandWindow&) = delete;
+
+    operator HWND() const { return window_; }
+    HWND Add(const char* className, DWORD style, UINT_PTR id) const {
+        return CreateWindowExA(0, className, "", WS_CHILD | WS_VISIBLE | style, 0, 0, 300, 300,
+                               window_, reinterpret_cast<HMENU>(id), GetModuleHandleA(nullptr),
+                               nullptr);
+    }
+
+    std::vector<WPARAM> commands;
+
+  private:
+    static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+        auto* self = reinterpret_cast<CommandWindow*>(GetWindowLongPtrA(window, GWLP_USERDATA));
+        if (message == WM_COMMAND && lParam == 0 && self != nullptr) {
+            self->commands.push_back(wParam);
+        }
+        return DefWindowProcA(window, message, wParam, lParam);
+    }
+
+    HWND window_;
+};
+
+class WindowServicesTest : public ServicesTest {
+  protected:
+    void LoadColumns() {
+        Shell<ShellLoadColumnsFunction>(ShellService::loadColumns)(columns, "FTPFind",
+                                                                   ProfilePath().c_str(), 0);
+    }
+
+    std::vector<u32> Orders() const {
+        return {columns[0].order, columns[1].order, columns[2].order};
+    }
+    std::vector<u32> Widths() const {
+        return {columns[0].width, columns[1].width, columns[2].width};
+    }
+
+    ColumnRow columns[4] = {
+        {4002, 150, 0, 0, 0}, {4003, 60, 1, 1, 0x101}, {4029, 45, 2, 4, 0}, {0, 0, 0, 0, 0}};
+};
+
+TEST_F(WindowServicesTest, ColumnsOfTheListComeBackFromTheSettings) {
+    const CommandWindow parent;
+    const HWND list = parent.Add(WC_LISTVIEWA, LVS_REPORT | LVS_OWNERDATA, 0x42);
+    ASSERT_NE(list, nullptr);
+    const auto setColumns = Shell<ShellSetColumnsFunction>(ShellService::setColumns);
+    columns[0].order = 2;
+    columns[2].order = 0;
+    setColumns(list, columns);
+    setColumns(list, columns);  // not added to those that are there
+    INT order[4] = {};
+    EXPECT_EQ(SendMessageA(list, LVM_GETCOLUMNORDERARRAY, 3, reinterpret_cast<LPARAM>(order)), 1);
+    EXPECT_THAT(order, ElementsAre(2, 1, 0, 0));
+    char title[32] = "";
+    LVCOLUMNA column = {};
+    column.mask = LVCF_TEXT | LVCF_FMT;
+    column.pszText = title;
+    column.cchTextMax = sizeof(title);
+    EXPECT_NE(SendMessageA(list, LVM_GETCOLUMNA, 1, reinterpret_cast<LPARAM>(&column)), 0);
+    EXPECT_STREQ(title, "Size");
+    EXPECT_EQ(column.fmt & LVCFMT_JUSTIFYMASK, LVCFMT_RIGHT);
+    EXPECT_EQ(SendMessageA(list, LVM_GETCOLUMNA, 3, reinterpret_cast<LPARAM>(&column)), 0);
+
+    INT moved[] = {1, 2, 0};
+    SendMessageA(list, LVM_SETCOLUMNORDERARRAY, 3, reinterpret_cast<LPARAM>(moved));
+    SendMessageA(list, LVM_SETCOLUMNWIDTH, 2, 222);
+    Shell<ShellGetColumnOrderFunction>(ShellService::getColumnOrder)(list, columns);
+    EXPECT_THAT(Orders(), ElementsAre(2u, 0u, 1u));
+    Shell<ShellSaveColumnsFunction>(ShellService::saveColumns)(columns, "FTPFind",
+                                                               ProfilePath().c_str());
+    const std::vector<u32> widths = Widths();
+    for (ColumnRow& row : columns) {
+        row.width = row.order = 0;
+    }
+    LoadColumns();
+    EXPECT_THAT(Orders(), ElementsAre(2u, 0u, 1u));
+    EXPECT_EQ(Widths(), widths);
+    EXPECT_EQ(widths[2], 222u);
+}
+
+TEST_F(WindowServicesTest, NonsenseInTheSettingsIsPassedOver) {
+    settings->Write("FTPFind", "Column0", "4294967295,0");
+    settings->Write("FTPFind", "Column1", "0,0");
+    settings->Write("FTPFind", "Column4", "70,2");
+    LoadColumns();
+    EXPECT_THAT(Widths(), ElementsAre(4000u, 12u, 70u));
+    EXPECT_THAT(Orders(), ElementsAre(0u, 1u, 2u)) << "two columns at one place";
+    settings->Write("FTPFind", "Column1", "-5,7 x");
+    settings->Write("FTPFind", "Column4", "9999999999,1");
+    LoadColumns();
+    EXPECT_THAT(Widths(), ElementsAre(4000u, 12u, 70u));
+
+    settings->Write("FTPFind", "X", "-3");
+    settings->Write("FTPFind", "Y", "99999999999");
+    settings->Write("FTPFind", "Width", "1");
+    settings->Write("FTPFind", "Height", "1x");
+    i32 x = 1;
+    i32 y = 1;
+    i32 width = 1;
+    i32 height = 1;
+    u32 word = 1;
+    Shell<ShellLoadPlacementFunction>(ShellService::loadPlacement)(ProfilePath().c_str(), "FTPFind",
+                                                                   &x, &y, &width, &height, &word);
+    EXPECT_EQ(x, 0);
+    EXPECT_GT(y, 0);
+    EXPECT_GE(width, 100);
+    EXPECT_GE(height, 100);
+
+    const CommandWindow window;
+    MoveWindow(window, 16, 48, 320, 160, FALSE);
+    Shell<ShellSavePlacementFunction>(ShellService::savePlacement)(window, ProfilePath().c_str(),
+                                                                   "FTPFind");
+    EXPECT_EQ(settings->Read("FTPFind", "X"), "16");
+    EXPECT_EQ(settings->Read("FTPFind", "Width"), "320");
+}
+
+TEST_F(WindowServicesTest, MenusHaveTheTextsOfTheirNumbers) {
+    const MenuRow exports[] = {{0x20F, 0, 0, 0}, {}};
+    const MenuRow file[] = {{0x21C, 0, 0, WordFromPointer(exports)},
+                            {menuRowSeparatorId, 0x800, 0, 0},
+                            {0x78, 0, 0, 0},
+                            {}};
+    const MenuRow bar[] = {{0x352, 0, 0, WordFromPointer(file)}, {0x332, MF_GRAYED, 0, 0}, {}};
+    const CommandWindow window;
+    const auto init = Shell<ShellMenuInitFunction>(ShellService::menuInit);
+    init(window, bar);
+    const HMENU first = GetMenu(window);
+    init(window, bar);
+    EXPECT_FALSE(IsMenu(first));
+    const HMENU menu = GetMenu(window);
+    char text[32] = "";
+    GetMenuStringA(menu, 0, text, sizeof(text), MF_BYPOSITION);
+    EXPECT_STREQ(text, "&File");
+    EXPECT_EQ(GetMenuItemCount(menu), 2);
+    EXPECT_EQ(GetMenuState(menu, 0x332, MF_BYCOMMAND) & MF_GRAYED, MF_GRAYED);
+    const HMENU popup = GetSubMenu(menu, 0);
+    EXPECT_EQ(GetMenuItemCount(popup), 3);
+    EXPECT_NE(GetMenuState(popup, 1, MF_BYPOSITION) & MF_SEPARATOR, 0u);
+    GetMenuStringA(menu, 0x20F, text, sizeof(text), MF_BYCOMMAND);
+    EXPECT_STREQ(text, "As &text...");
+}
+
+TEST_F(WindowServicesTest, TheHistoryOfABoxIsShortAndHoldsNothingTwice) {
+    const CommandWindow parent;
+    const HWND box = parent.Add("ComboBox", CBS_DROPDOWN, 0x3D);
+    const auto add = Shell<ShellComboAddFunction>(ShellService::comboAdd);
+    SetWindowTextA(box, "*.field");
+    for (const char* mask : {"*.a", "", "*.b", "*.A"}) {
+        add(box, mask);
+    }
+    char text[32] = "";
+    SendMessageA(box, CB_GETLBTEXT, 0, reinterpret_cast<LPARAM>(text));
+    EXPECT_STREQ(text, "*.A");
+    EXPECT_EQ(SendMessageA(box, CB_GETCOUNT, 0, 0), 2);
+    for (int i = 0; i < 40; ++i) {
+        add(box, std::to_string(i).c_str());
+    }
+    EXPECT_EQ(SendMessageA(box, CB_GETCOUNT, 0, 0), 30);
+    SendMessageA(box, CB_GETLBTEXT, 0, reinterpret_cast<LPARAM>(text));
+    EXPECT_STREQ(text, "39");
+    GetWindowTextA(box, text, sizeof(text));
+    EXPECT_STREQ(text, "*.field");
+}
+
+TEST_F(WindowServicesTest, KeysLeadThroughARegisteredWindow) {
+    const CommandWindow window;
+    ShowWindow(window, SW_SHOW);
+    const HWND box = window.Add("ComboBox", CBS_DROPDOWN | WS_TABSTOP, 0x3D);
+    const HWND check = window.Add("Button", BS_AUTOCHECKBOX | WS_TABSTOP, 0x2777);
+    SetFocus(box);
+    const auto press = [&](WPARAM key) {
+        PostMessageA(GetFocus(), WM_KEYDOWN, key, 0);
+        bool done = false;
+        loop.Post([&] { done = true; });
+        loop.WaitUntil([&] { return done; });
+    };
+    press(VK_RETURN);
+    EXPECT_THAT(window.commands, ElementsAre()) << "nobody registered it";
+    EXPECT_EQ(Shell<ShellRegisterWindowFunction>(ShellService::registerWindow)(window, 8, 0), 0u);
+    press(VK_RETURN);
+    press(VK_ESCAPE);
+    press(VK_TAB);
+    EXPECT_EQ(GetFocus(), check);
+    press(VK_RETURN);
+    EXPECT_THAT(window.commands, ElementsAre(0x12Du, 0x20Eu));
+    Shell<ShellUnregisterWindowFunction>(ShellService::unregisterWindow)(window);
+    press(VK_TAB);
+    EXPECT_EQ(GetFocus(), check);
+}
+
+}  // namespace

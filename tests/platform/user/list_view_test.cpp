@@ -1,0 +1,333 @@
+// The list view: rows of an owner, their states and who hears of them, columns, what is asked.
+
+#include <commctrl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <quennet_canvas.h>
+
+#include <chrono>
+#include <string>
+#include <vector>
+
+#include "platform/user/window_support.h"
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+constexpr INT listId = 66;
+constexpr DWORD usualStyle = WS_CHILD | WS_VISIBLE | LVS_REPORT | LVS_OWNERDATA | LVS_SHOWSELALWAYS;
+
+/// A list of 60 by 11 characters, ten rows under the titles, and what its parent hears.
+class ListViewTest : public testing::Test {
+  protected:
+    void SetUp() override {
+        parent = MakeWindow(&handler);
+        list = CreateWindowExA(0, WC_LISTVIEWA, "", usualStyle, 0, 0, 480, 176, parent,
+                               reinterpret_cast<HMENU>(INT_PTR{listId}), nullptr, nullptr);
+        AddColumn(0, "Name", 120, LVCFMT_LEFT);
+        AddColumn(1, "Size", 60, LVCFMT_RIGHT);
+    }
+    void TearDown() override { DestroyWindow(parent); }
+
+    LRESULT Send(UINT message, WPARAM wParam = 0, LPARAM lParam = 0) const {
+        return SendMessageA(list, message, wParam, lParam);
+    }
+    LRESULT AddColumn(INT place, const char* title, INT width, INT format) const {
+        LVCOLUMNA column = {};
+        column.mask = LVCF_TEXT | LVCF_WIDTH | LVCF_FMT | LVCF_SUBITEM;
+        column.pszText = const_cast<char*>(title);
+        column.cx = width;
+        column.fmt = format;
+        column.iSubItem = place;
+        return Send(LVM_INSERTCOLUMNA, static_cast<WPARAM>(place),
+                    reinterpret_cast<LPARAM>(&column));
+    }
+    void SetCount(int count) {
+        EXPECT_TRUE(Send(LVM_SETITEMCOUNT, static_cast<WPARAM>(count),
+                         LVSICF_NOINVALIDATEALL | LVSICF_NOSCROLL));
+        heard.clear();
+    }
+    LRESULT SetState(INT row, UINT state, UINT mask) const {
+        LVITEMA item = {};
+        item.state = state;
+        item.stateMask = mask;
+        return Send(LVM_SETITEMSTATE, static_cast<WPARAM>(row), reinterpret_cast<LPARAM>(&item));
+    }
+    LRESULT State(INT row) const {
+        return Send(LVM_GETITEMSTATE, static_cast<WPARAM>(row), LVIS_FOCUSED | LVIS_SELECTED);
+    }
+    LRESULT Next(INT row, LPARAM flags) const {
+        return Send(LVM_GETNEXTITEM, static_cast<WPARAM>(row), flags);
+    }
+    /// The keyboard is as the thread has read it.
+    static void Hold(WPARAM key, bool down) {
+        PostMessageA(nullptr, down ? WM_KEYDOWN : WM_KEYUP, key, 1);
+        MSG message = {};
+        while (PeekMessageA(&message, nullptr, WM_KEYFIRST, WM_KEYLAST, PM_REMOVE)) {
+        }
+    }
+    /// What is heard while the key is pressed.
+    std::vector<std::string> Press(WPARAM key, WPARAM with = 0) {
+        heard.clear();
+        Hold(with, with != 0);
+        Send(WM_KEYDOWN, key, 1);
+        Hold(with, false);
+        return std::exchange(heard, {});
+    }
+    std::vector<std::string> Click(int x, int y, WPARAM keys = 0, UINT message = WM_LBUTTONDOWN) {
+        heard.clear();
+        Send(message, MK_LBUTTON | keys, MAKELPARAM(x * 8 + 4, y * 16 + 8));
+        return std::exchange(heard, {});
+    }
+    /// Its lines as the display would show them.
+    std::vector<std::string> Drawn(int width = 60, int height = 11) const {
+        quennet::Surface surface(width, height, quennet::Ink::window);
+        quennet::Canvas canvas(surface, {0, 0, width, height}, {0, 0, width, height}, false);
+        Send(QUENNET_DRAW, 0, reinterpret_cast<LPARAM>(&canvas));
+        std::vector<std::string> lines;
+        for (int y = 0; y < height; ++y) {
+            std::string line;
+            for (int x = 0; x < width; ++x) {
+                const char32_t code = surface.At(x, y).code;
+                line += code == U'…'   ? '~'
+                        : code == U'█' ? '#'
+                        : code == U'░' ? ':'
+                                       : static_cast<char>(code);
+            }
+            line.erase(line.find_last_not_of(' ') + 1);
+            lines.push_back(line);
+        }
+        return lines;
+    }
+
+    void Hear(const NMHDR& header, LPARAM lParam) {
+        EXPECT_EQ(header.hwndFrom, list);
+        EXPECT_EQ(header.idFrom, static_cast<UINT_PTR>(listId));
+        const auto& change = *reinterpret_cast<const NMLISTVIEW*>(lParam);
+        const auto states = [](UINT before, UINT after) {
+            return " " + std::to_string(before) + ">" + std::to_string(after);
+        };
+        switch (header.code) {
+            case LVN_GETDISPINFOA:
+                return Answer(*reinterpret_cast<NMLVDISPINFOA*>(lParam));
+            case LVN_ITEMCHANGED:
+                EXPECT_EQ(change.uChanged, UINT{LVIF_STATE});
+                heard.push_back("row " + std::to_string(change.iItem) +
+                                states(change.uOldState, change.uNewState));
+                return;
+            case LVN_ODSTATECHANGED: {
+                const auto& range = *reinterpret_cast<const NMLVODSTATECHANGE*>(lParam);
+                heard.push_back("rows " + std::to_string(range.iFrom) + "-" +
+                                std::to_string(range.iTo) +
+                                states(range.uOldState, range.uNewState));
+                return;
+            }
+            case LVN_ITEMACTIVATE:
+                heard.push_back("activate " + std::to_string(change.iItem));
+                return;
+            case LVN_COLUMNCLICK:
+                heard.push_back("column " + std::to_string(change.iSubItem));
+                return;
+            default:
+                return;
+        }
+    }
+    void Answer(NMLVDISPINFOA& asked) {
+        EXPECT_GE(asked.item.cchTextMax, 260);
+        asksOfRows.push_back(asked.item.iItem);
+        static char longText[] = "a text of the owner's own that is too long";
+        if (asked.item.iSubItem == 0 && asked.item.iItem == 3) {
+            asked.item.pszText = longText;
+            return;
+        }
+        const std::string text =
+            (asked.item.iSubItem == 0 ? "row " : "") + std::to_string(asked.item.iItem);
+        text.copy(asked.item.pszText, text.size());
+        asked.item.pszText[text.size()] = '\0';
+        asked.item.iImage = asked.item.iItem % 2;
+    }
+
+    HWND parent = nullptr;
+    HWND list = nullptr;
+    std::vector<std::string> heard;
+    std::vector<int> asksOfRows;
+    Handler handler = [this](HWND, UINT message, WPARAM, LPARAM lParam) -> LRESULT {
+        if (message != WM_NOTIFY) {
+            return unhandled;
+        }
+        Hear(*reinterpret_cast<const NMHDR*>(lParam), lParam);
+        return 0;
+    };
+};
+
+}  // namespace
+
+TEST_F(ListViewTest, AsksOnlyForTheRowsThatItPaints) {
+    SetCount(1'000'000);
+    const std::vector<std::string> lines = Drawn();
+    EXPECT_EQ(lines[0], "Name                     Size");
+    EXPECT_EQ(lines[1], "row 0                       0                              #");
+    EXPECT_EQ(lines[4], "a text of the owne~         3                              :");
+    EXPECT_EQ(asksOfRows.size(), 20U);
+    EXPECT_EQ(asksOfRows.back(), 9);
+
+    EXPECT_TRUE(Send(LVM_ENSUREVISIBLE, 999'999, FALSE));
+    EXPECT_EQ(Send(LVM_GETTOPINDEX), 999'990);
+    EXPECT_EQ(Send(LVM_GETCOUNTPERPAGE), 10);
+    asksOfRows.clear();
+    EXPECT_EQ(Drawn()[10], "row 999999             999999                              #");
+    EXPECT_EQ(asksOfRows.size(), 20U);
+
+    char text[6];
+    LVITEMA item = {};
+    item.iSubItem = 1;
+    item.pszText = text;
+    item.cchTextMax = sizeof(text);
+    EXPECT_EQ(Send(LVM_GETITEMTEXTA, 123456, reinterpret_cast<LPARAM>(&item)), 5);
+    EXPECT_STREQ(text, "12345");
+}
+
+TEST_F(ListViewTest, TellsOfWhatAPersonSelectsWithKeysAndClicks) {
+    SetCount(100);
+    EXPECT_THAT(Press(VK_DOWN), ElementsAre("row 0 0>3"));
+    EXPECT_THAT(Press(VK_DOWN), ElementsAre("row 0 3>0", "row 1 0>3"));
+    EXPECT_THAT(Press(VK_DOWN, VK_SHIFT), ElementsAre("rows 1-2 0>2", "row 1 3>2", "row 2 2>3"));
+    EXPECT_THAT(Press(VK_NEXT, VK_CONTROL), ElementsAre("row 2 3>2", "row 11 0>1"));
+    EXPECT_THAT(Press(VK_SPACE, VK_CONTROL), ElementsAre("row 11 1>3"));
+    EXPECT_EQ(Send(LVM_GETSELECTEDCOUNT), 3);
+    EXPECT_THAT(Press(VK_END, VK_SHIFT),
+                ElementsAre("row -1 2>0", "rows 11-99 0>2", "row 11 3>2", "row 99 2>3"));
+    EXPECT_THAT(Press(VK_HOME), ElementsAre("row -1 2>0", "row 99 1>0", "row 0 0>3"));
+    EXPECT_THAT(Press(VK_RETURN), ElementsAre("activate 0"));
+    EXPECT_THAT(Press('A', VK_CONTROL), ElementsAre("row -1 0>2"));
+    EXPECT_EQ(Send(LVM_GETSELECTEDCOUNT), 100);
+
+    EXPECT_THAT(Click(3, 2), ElementsAre("row -1 2>0", "row 0 1>0", "row 1 2>3"));
+    EXPECT_THAT(Click(3, 4, MK_SHIFT), ElementsAre("rows 1-3 0>2", "row 1 3>2", "row 3 2>3"));
+    EXPECT_THAT(Click(3, 4, MK_CONTROL), ElementsAre("row 3 3>1"));
+    EXPECT_THAT(Click(3, 3, 0, WM_LBUTTONDBLCLK),
+                ElementsAre("row -1 2>0", "row 3 1>0", "row 2 2>3", "activate 2"));
+    EXPECT_THAT(Click(25, 0), ElementsAre("column 1"));
+    SetCount(5);
+    EXPECT_THAT(Click(3, 9), ElementsAre("row 2 3>1")) << "below the last row";
+    EXPECT_THAT(Press(VK_LEFT), IsEmpty());
+}
+
+TEST_F(ListViewTest, KeepsStatesAsTheProgramSetsThem) {
+    SetCount(10);
+    constexpr UINT both = LVIS_FOCUSED | LVIS_SELECTED;
+    EXPECT_EQ(Next(-1, LVNI_FOCUSED), -1);
+    EXPECT_TRUE(SetState(4, both, both));
+    EXPECT_TRUE(SetState(7, LVIS_SELECTED, LVIS_SELECTED));
+    EXPECT_TRUE(SetState(4, LVIS_SELECTED, LVIS_SELECTED)) << "nothing new";
+    EXPECT_THAT(heard, ElementsAre("row 4 0>3", "row 7 0>2"));
+    EXPECT_EQ(State(4), LRESULT{both});
+    EXPECT_EQ(Next(-1, LVNI_SELECTED), 4);
+    EXPECT_EQ(Next(4, LVNI_SELECTED), 7);
+    EXPECT_EQ(Next(7, LVNI_SELECTED), -1);
+    EXPECT_EQ(Next(-1, LVNI_FOCUSED | LVNI_SELECTED), 4);
+    EXPECT_EQ(Next(8, LVNI_ALL), 9);
+    EXPECT_EQ(Next(9, LVNI_ALL), -1);
+    for (const INT row : {-2, 10, 11}) {
+        EXPECT_FALSE(SetState(row, both, both)) << row;
+        EXPECT_EQ(State(row), 0) << row;
+    }
+    EXPECT_FALSE(SetState(-1, LVIS_FOCUSED, LVIS_FOCUSED)) << "one row has the focus";
+
+    SetCount(5);
+    EXPECT_EQ(Send(LVM_GETSELECTEDCOUNT), 1) << "row 7 is gone";
+    SetCount(10);
+    EXPECT_EQ(State(7), 0);
+    EXPECT_TRUE(Send(LVM_DELETEALLITEMS));
+    EXPECT_EQ(Send(LVM_GETITEMCOUNT), 0);
+    EXPECT_EQ(Next(-1, LVNI_FOCUSED), -1);
+    EXPECT_FALSE(Send(LVM_SETITEMCOUNT, static_cast<WPARAM>(-1), 0));
+    EXPECT_THAT(Press(VK_DOWN), IsEmpty());
+}
+
+TEST_F(ListViewTest, KeepsColumnsTheirWidthsAndTheirOrder) {
+    EXPECT_EQ(AddColumn(2, "Date", 30, LVCFMT_CENTER), 2);
+    const INT wanted[] = {2, 0, 1};
+    EXPECT_TRUE(Send(LVM_SETCOLUMNORDERARRAY, 3, reinterpret_cast<LPARAM>(wanted)));
+    for (const std::vector<INT>& wrong : {std::vector{0, 0, 1}, {0, 1, 3}, {0, 1}}) {
+        EXPECT_FALSE(
+            Send(LVM_SETCOLUMNORDERARRAY, wrong.size(), reinterpret_cast<LPARAM>(wrong.data())));
+    }
+    INT order[3] = {};
+    EXPECT_TRUE(Send(LVM_GETCOLUMNORDERARRAY, 3, reinterpret_cast<LPARAM>(order)));
+    EXPECT_THAT(order, ElementsAre(2, 0, 1));
+    EXPECT_EQ(Drawn()[0], "Date Name                     Size");
+
+    EXPECT_TRUE(Send(LVM_SETCOLUMNWIDTH, 0, 18));
+    EXPECT_EQ(Send(LVM_GETCOLUMNWIDTH, 0), 18);
+    SetCount(3);
+    EXPECT_EQ(Drawn()[1], " 0   r~         0");
+    Send(LVM_SETCOLUMNWIDTH, 0, LVSCW_AUTOSIZE);
+    EXPECT_EQ(Drawn()[1], " 0   row 0         0");
+    LVCOLUMNA title = {};
+    title.mask = LVCF_TEXT | LVCF_ORDER;
+    title.pszText = const_cast<char*>("A longer title");
+    EXPECT_TRUE(Send(LVM_SETCOLUMNA, 0, reinterpret_cast<LPARAM>(&title)));
+    Click(1, 0, 0, WM_LBUTTONDBLCLK);
+    EXPECT_EQ(Drawn()[0], "A longer title Date      Size");
+    char text[5];
+    title.pszText = text;
+    title.cchTextMax = sizeof(text);
+    EXPECT_TRUE(Send(LVM_GETCOLUMNA, 0, reinterpret_cast<LPARAM>(&title)));
+    EXPECT_STREQ(text, "A lo");
+    EXPECT_EQ(title.iOrder, 0);
+    EXPECT_TRUE(Send(LVM_DELETECOLUMN, 0));
+    EXPECT_EQ(Drawn()[0], "Date Size");
+    EXPECT_FALSE(Send(LVM_DELETECOLUMN, 2));
+}
+
+TEST_F(ListViewTest, StandsInLinesInTheOtherViews) {
+    struct ViewCase {
+        DWORD view;
+        const char* first;
+        const char* third;
+        LRESULT afterRight;  // from row 0
+        LRESULT afterDown;
+    };
+    for (const ViewCase& one : {
+             ViewCase{LVS_LIST, " row 0                    /row 11",
+                      " row 2                    /row 13", 11, 12},
+             ViewCase{LVS_SMALLICON, " row 0                    /row 1",
+                      " row 4                    /row 5", 1, 3},
+             ViewCase{LVS_ICON, "row 0              row 1              row 2", "", 1, 4},
+         }) {
+        SetWindowLongA(list, GWL_STYLE,
+                       static_cast<LONG>((usualStyle & ~DWORD{LVS_TYPEMASK}) | one.view));
+        Send(LVM_SETIMAGELIST, LVSIL_SMALL, 1);
+        SetCount(0);
+        SetCount(40);
+        SetState(0, LVIS_FOCUSED, LVIS_FOCUSED);
+        const std::vector<std::string> lines = Drawn();
+        EXPECT_EQ(lines[0].substr(0, std::string(one.first).size()), one.first);
+        EXPECT_EQ(lines[2].substr(0, std::string(one.third).size()), one.third);
+        Press(VK_RIGHT);
+        EXPECT_EQ(Next(-1, LVNI_FOCUSED), one.afterRight) << one.view;
+        Press(VK_DOWN);
+        EXPECT_EQ(Next(-1, LVNI_FOCUSED), one.afterDown) << one.view;
+        Press(VK_END);
+        EXPECT_EQ(Next(-1, LVNI_SELECTED), 39);
+        EXPECT_EQ(Send(LVM_GETSELECTEDCOUNT), 1);
+    }
+}
+
+TEST_F(ListViewTest, TakesAMillionRowsInItsStride) {
+    using Clock = std::chrono::steady_clock;
+    const Clock::time_point start = Clock::now();
+    SetCount(1'000'000);
+    EXPECT_TRUE(SetState(-1, LVIS_SELECTED, LVIS_SELECTED));
+    for (int turn = 0; turn < 1000; ++turn) {
+        Send(LVM_SETITEMCOUNT, static_cast<WPARAM>(1'000'000 - turn), 0);
+        Press(VK_END, VK_SHIFT);
+        Press(VK_HOME, VK_SHIFT);
+    }
+    EXPECT_EQ(Send(LVM_GETSELECTEDCOUNT), 1);
+    Drawn();
+    EXPECT_LT(Clock::now() - start, std::chrono::seconds(5));
+}

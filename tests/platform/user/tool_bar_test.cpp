@@ -1,0 +1,139 @@
+// Tool bars, in a window that hears what they tell.
+
+#include <commctrl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <quennet_canvas.h>
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "platform/user/window_support.h"
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+namespace {
+
+class ToolBarTest : public testing::Test {
+  protected:
+    ToolBarTest() {
+        parent_ = MakeWindow(&handler_, nullptr, WS_POPUP);
+        MoveWindow(parent_, 0, 0, 320, 160, FALSE);
+        bar_ = CreateWindowExA(0, TOOLBARCLASSNAMEA, "", WS_CHILD | WS_VISIBLE, 0, 0, 0, 0, parent_,
+                               nullptr, nullptr, nullptr);
+        constexpr BYTE separator = TBSTYLE_SEP;
+        const TBBUTTON buttons[] = {{0, 301, TBSTATE_ENABLED, TBSTYLE_BUTTON, {}, 0, 0},
+                                    {0, 302, 0, TBSTYLE_BUTTON, {}, 0, 0},
+                                    {0, 0, TBSTATE_ENABLED, separator, {}, 0, 0},
+                                    {7, 303, TBSTATE_ENABLED, TBSTYLE_CHECK, {}, 77, 0}};
+        Send(TB_BUTTONSTRUCTSIZE, sizeof(TBBUTTON));
+        EXPECT_EQ(Send(TB_ADDBUTTONSA, 4, reinterpret_cast<LPARAM>(buttons)), TRUE);
+    }
+    ~ToolBarTest() override { DestroyWindow(parent_); }
+
+    LRESULT Send(UINT message, WPARAM wParam = 0, LPARAM lParam = 0) {
+        return SendMessageA(bar_, message, wParam, lParam);
+    }
+    void Click(int column) {
+        Send(WM_LBUTTONDOWN, 0, MAKELPARAM(column * quennet::cellWidth, 4));
+        Send(WM_LBUTTONUP, 0, MAKELPARAM(column * quennet::cellWidth, 4));
+    }
+
+    std::string Picture(int columns) {
+        quennet::Surface surface(columns, 1, quennet::Ink::window);
+        const quennet::Area whole = {0, 0, columns, 1};
+        quennet::Canvas canvas(surface, whole, whole, false);
+        Send(QUENNET_DRAW, 0, reinterpret_cast<LPARAM>(&canvas));
+        std::string row;
+        for (const quennet::Cell& cell : surface.cells) {
+            const char shown = cell.code < 0x80 ? static_cast<char>(cell.code) : '|';
+            row += cell.ink == quennet::Ink::disabled ? '-' : shown;
+        }
+        return row;
+    }
+
+    HWND parent_ = nullptr;
+    HWND bar_ = nullptr;
+    std::vector<WPARAM> commands_;
+
+  private:
+    Handler handler_ = [this](HWND, UINT message, WPARAM wParam, LPARAM lParam) {
+        if (message == WM_COMMAND) {
+            EXPECT_EQ(reinterpret_cast<HWND>(lParam), bar_);
+            commands_.push_back(wParam);
+        }
+        auto* tip = reinterpret_cast<NMTTDISPINFOA*>(lParam);
+        if (message == WM_NOTIFY && tip->hdr.code == TTN_GETDISPINFOA) {
+            static char own[] = "Mark all of them";
+            if (tip->hdr.idFrom == 303) {
+                tip->lpszText = own;
+            } else {
+                std::strcpy(tip->szText, tip->hdr.idFrom == 301 ? "&Start" : "Stop");
+            }
+        }
+        return unhandled;
+    };
+};
+
+}  // namespace
+
+TEST_F(ToolBarTest, KeepsItsButtonsAndTheirStates) {
+    EXPECT_EQ(Send(TB_BUTTONCOUNT), 4);
+    TBBUTTON button = {};
+    EXPECT_EQ(Send(TB_GETBUTTON, 3, reinterpret_cast<LPARAM>(&button)), TRUE);
+    EXPECT_EQ(button.idCommand, 303);
+    EXPECT_EQ(button.dwData, 77U);
+    EXPECT_EQ(Send(TB_GETBUTTON, 4, reinterpret_cast<LPARAM>(&button)), FALSE);
+    EXPECT_EQ(Send(TB_COMMANDTOINDEX, 302), 1);
+    EXPECT_EQ(Send(TB_COMMANDTOINDEX, 0), -1) << "a separator has no command";
+
+    EXPECT_EQ(Send(TB_ISBUTTONENABLED, 302), FALSE);
+    EXPECT_EQ(Send(TB_ENABLEBUTTON, 302, TRUE), TRUE);
+    EXPECT_EQ(Send(TB_ISBUTTONENABLED, 302), TRUE);
+    EXPECT_EQ(Send(TB_ENABLEBUTTON, 999, TRUE), FALSE);
+    EXPECT_EQ(Send(TB_ISBUTTONENABLED, 999), -1);
+
+    EXPECT_EQ(Send(TB_INSERTBUTTONA, 0, reinterpret_cast<LPARAM>(&button)), TRUE);
+    EXPECT_EQ(Send(TB_COMMANDTOINDEX, 301), 1);
+    EXPECT_EQ(Send(TB_DELETEBUTTON, 0), TRUE);
+    EXPECT_EQ(Send(TB_DELETEBUTTON, 9), FALSE);
+    EXPECT_EQ(Send(TB_BUTTONCOUNT), 4);
+
+    Send(TB_BUTTONSTRUCTSIZE, sizeof(TBBUTTON) - 4);
+    EXPECT_EQ(Send(TB_ADDBUTTONSA, 1, reinterpret_cast<LPARAM>(&button)), FALSE);
+}
+
+TEST_F(ToolBarTest, StandsAtTheUpperEdgeOfItsParent) {
+    RECT place = {};
+    MoveWindow(parent_, 0, 0, 400, 160, FALSE);
+    Send(WM_SIZE, 0, MAKELPARAM(400, 160));
+    GetWindowRect(bar_, &place);
+    EXPECT_EQ(place.top, 0);
+    EXPECT_EQ(place.right, 400);
+    EXPECT_EQ(place.bottom, 16);
+}
+
+TEST_F(ToolBarTest, ShowsItsTipsAndTellsClicks) {
+    EXPECT_EQ(Picture(40), "[Start] ------ | [Mark all of them]     ");
+    Click(1);
+    Click(9);
+    Click(15);
+    EXPECT_THAT(commands_, ElementsAre(301U)) << "neither a disabled button nor a line";
+    Click(20);
+    EXPECT_THAT(commands_, ElementsAre(301U, 303U));
+    EXPECT_EQ(Send(TB_ISBUTTONCHECKED, 303), TRUE);
+    EXPECT_EQ(GetCapture(), nullptr);
+
+    commands_.clear();
+    Send(WM_LBUTTONDOWN, 0, MAKELPARAM(8, 4));
+    Send(WM_LBUTTONUP, 0, MAKELPARAM(8, 40));
+    EXPECT_THAT(commands_, IsEmpty()) << "let go elsewhere";
+
+    MoveWindow(parent_, 0, 0, 160, 160, FALSE);
+    Send(TB_AUTOSIZE);
+    EXPECT_EQ(Picture(20), "[Sta] ----- | [Mar] ");
+    Send(TB_HIDEBUTTON, 302, TRUE);
+    EXPECT_EQ(Picture(20), "[Start] | [Mark al] ");
+}
