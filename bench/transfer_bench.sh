@@ -2,8 +2,9 @@
 # transfer_bench.sh BUILD_FOLDER [ROUNDS]
 #
 # Compares this client with curl and lftp on one vsftpd on 127.0.0.1, in one run: 1 GiB down into
-# memory and up from there, 2,000 files of 1 KiB each way over one connection, and the memory that a
-# listing of 100,000 entries takes. Prints medians, ratios and whether the limits are kept.
+# memory and up from there, 2,000 files of 1 KiB each way over one connection, a search of 1,000
+# folders, and the memory that a listing of 100,000 entries takes. Prints medians, ratios and whether
+# the limits are kept.
 #
 # Exit status: 0 when all limits are kept, 1 when one is exceeded, 3 when something can't be run.
 set -u
@@ -40,6 +41,10 @@ chmod 755 "$folder" "$served" "$served/small" "$served/many"
 head -c 1073741824 /dev/zero >"$served/gibibyte"
 for ((number = 1; number <= 2000; ++number)); do
     head -c 1024 /dev/zero >"$served/small/file-$number"
+done
+for ((number = 1; number <= 1000; ++number)); do
+    mkdir -p "$served/tree/$((number % 10))/folder-$number"
+    touch "$served/tree/$((number % 10))/folder-$number/"{one,two,three}.txt
 done
 (cd "$served/many" && seq -f 'entry-number-%06g.dat' 100000 | xargs touch)
 
@@ -87,6 +92,11 @@ compare --wall-limit 1.25 \
     quennet "exec '$bin/quennet' put -r served/small $url/incoming/" \
     lftp "exec lftp -c 'set ftp:ssl-allow no; set ftp:use-site-utime no; set ftp:use-site-utime2 no;
         open $url; mirror -R --no-perms served/small incoming'"
+
+echo "search of 1,000 folders"
+compare --wall-limit 1.25 \
+    quennet "exec '$bin/quennet' find $url/tree >/dev/null" \
+    lftp "exec lftp -c 'set ftp:ssl-allow no; open $url; find tree' >/dev/null"
 
 echo "listing of 100,000 entries"
 "$bin/listing_memory" "127.0.0.1:$port" many

@@ -11,8 +11,8 @@ set -u
 
 # package : what serves as well when it came from elsewhere (a command, or a path)
 needed=(g++:g++ cmake:cmake ninja-build:ninja googletest:/usr/src/googletest/CMakeLists.txt)
-# Without ncurses there are no dialogs in the terminal.
-useful=(libncurses-dev:/usr/include/ncurses.h)
+# Without ncurses there are no dialogs in the terminal, without the MIME database no types of files.
+useful=(libncurses-dev:/usr/include/ncurses.h shared-mime-info:/usr/share/mime/globs2)
 case "${1:-}" in
     demo) ;;
     test) useful+=(tmux python3 python3-pyftpdlib) ;;

@@ -2,11 +2,13 @@
 
 #include "app/program_test.h"
 #include "display/tmux.h"
+#include "support/wait.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 using testing::HasSubstr;
+constexpr auto npos = std::string::npos;
 
 class FindScreenTest : public ProgramTest {
   protected:
@@ -41,6 +43,15 @@ TEST_F(FindScreenTest, APersonSearchesFiltersAndGoesToAHit) {
         terminal.Press({"*.txt;docs", "Enter"});
         EXPECT_SHOWS(terminal, "Found: 6 files");
         terminal.ExpectScreen("find");
+        terminal.Press({"S-Down", "M-v", "l"});
+        EXPECT_SHOWS(terminal, "Selected: 1 file, 1 folder, 12,3");
+        terminal.ExpectScreen("find-list");
+        terminal.Press({"M-v", "d", "M-f", "e", "t"});
+        EXPECT_SHOWS(terminal, "Text List");
+        terminal.Press({"hits", "Enter"});
+        EXPECT_TRUE(WaitUntil([&] {
+            return home.Read("hits.txt").find("/t/docs/old/small") != npos;
+        })) << home.Read("hits.txt");
         terminal.Press({"M-o", "f"});
         EXPECT_SHOWS(terminal, "Changed from:");
         terminal.Press({"M-s", "1k", "Enter", "M-u", "M-m", "Enter"});
