@@ -22,30 +22,31 @@ void StoreSize(int* place, socklen_t size) {
     }
 }
 
-SOCKET AcceptOne(SocketUse* listener, sockaddr* address, int* size) {
+/// The descriptor of the next connection and what it takes over from the listener; -1 after a
+/// failure.
+int AcceptOne(SocketUse* listener, sockaddr* address, int* size, SocketState* model) {
     for (;;) {
         socklen_t room = size != nullptr ? static_cast<socklen_t>(*size) : 0;
         const int descriptor =
             system::Accept(listener->Descriptor(), address, size != nullptr ? &room : nullptr);
         if (descriptor >= 0) {
             StoreSize(size, room);
-            SocketState model;
-            model.stream = true;
-            model.nonBlocking = (*listener)->nonBlocking;
-            model.link = Link::connected;
-            return AdoptDescriptor(descriptor, model);
+            model->stream = true;
+            model->nonBlocking = (*listener)->nonBlocking;
+            model->link = Link::connected;
+            return descriptor;
         }
         const bool gone = errno == ECONNABORTED || errno == EINTR;
         if (!gone && errno != EAGAIN) {
             FailFromSystem();
-            return INVALID_SOCKET;
+            return -1;
         }
         if ((*listener)->nonBlocking) {
             Fail(WSAEWOULDBLOCK);
-            return INVALID_SOCKET;
+            return -1;
         }
         if (!listener->Await(POLLIN)) {
-            return INVALID_SOCKET;
+            return -1;
         }
     }
 }
@@ -176,8 +177,14 @@ int quennet_listen(SOCKET socket, int backlog) {
 
 SOCKET quennet_accept(SOCKET socket, sockaddr* address, int* size) {
     PushUnsentOfThread();
-    SocketUse use(socket);
-    return use ? AcceptOne(&use, address, size) : INVALID_SOCKET;
+    SocketState model;
+    int descriptor = -1;
+    {
+        // The listener's lock is gone before the new socket's is taken: no thread holds two.
+        SocketUse use(socket);
+        descriptor = use ? AcceptOne(&use, address, size, &model) : -1;
+    }
+    return descriptor >= 0 ? AdoptDescriptor(descriptor, model) : INVALID_SOCKET;
 }
 
 int quennet_connect(SOCKET socket, const sockaddr* address, int size) {
