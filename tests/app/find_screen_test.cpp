@@ -30,6 +30,11 @@ class FindScreenTest : public ProgramTest {
         Serve();
     }
 
+    /// The end of a run moves the focus to the list, to its first row.
+    static bool HasFocusInList(const TmuxTerminal& terminal) {
+        return WaitUntil([&] { return terminal.Cursor() == "0,10"; });
+    }
+
     std::string Program(const std::string& words) const {
         return "cd " + (home / "").string() +
                "; HOME=. NO_COLOR=1 LC_ALL=C.UTF-8 " QUENNET_PROGRAM " find --window " + words;
@@ -43,6 +48,7 @@ TEST_F(FindScreenTest, APersonSearchesFiltersAndGoesToAHit) {
         terminal.Press({"*.txt;docs", "Enter"});
         EXPECT_SHOWS(terminal, "Found: 6 files");
         terminal.ExpectScreen("find");
+        EXPECT_TRUE(HasFocusInList(terminal));
         terminal.Press({"S-Down", "M-v", "l"});
         EXPECT_SHOWS(terminal, "Selected: 1 file, 1 folder, 12,3");
         terminal.ExpectScreen("find-list");
@@ -56,6 +62,7 @@ TEST_F(FindScreenTest, APersonSearchesFiltersAndGoesToAHit) {
         EXPECT_SHOWS(terminal, "Changed from:");
         terminal.Press({"M-s", "1k", "Enter", "M-u", "M-m", "Enter"});
         EXPECT_SHOWS(terminal, "Found: 3 files");
+        EXPECT_TRUE(HasFocusInList(terminal));
         terminal.Press({"Down", "Down", "M-s", "g"});
         EXPECT_SHOWS(terminal, "\n/t/docs/large.txt\n");
         EXPECT_SHOWS(terminal, "226 Transfer complete\n");  // -v, once the terminal is free
