@@ -10,7 +10,7 @@ build: setup-demo
 
 # The main job, on a server of its own, with every step proved.
 demo: setup-demo
-	@cmake --build --preset default --parallel $(JOBS) --target quennet
+	@cmake --build --preset default --parallel $(JOBS) --target quennet loopback
 	@$(BUILD)/bin/quennet demo
 
 # The tests; those whose servers can't be had are skipped.
