@@ -35,6 +35,24 @@ class FindScreenTest : public ProgramTest {
         return WaitUntil([&] { return terminal.Cursor() == "0,10"; });
     }
 
+    /// Writes the hits over the file that has them already, in a larger window.
+    void WorkWithTheMouse(const TmuxTerminal& terminal) {
+        home.Write("hits.txt", "");
+        terminal.Click(5, 11);
+        EXPECT_SHOWS(terminal, "Selected: 1 file, 12,345");
+        terminal.Click(9, 1);
+        EXPECT_SHOWS(terminal, "Details");
+        terminal.Click(9, 1);
+        terminal.Resize(100, 30);
+        terminal.Click(35, 2);
+        EXPECT_SHOWS(terminal, "Text List");
+        terminal.Press({"hits", "Enter"});
+        EXPECT_SHOWS(terminal, "Write over it?");
+        terminal.Press({"Tab", "Enter"});
+        EXPECT_TRUE(WaitUntil([&] { return !home.Read("hits.txt").empty(); }));
+        terminal.Resize(80, 24);
+    }
+
     std::string Program(const std::string& words) const {
         return "cd " + (home / "").string() +
                "; HOME=. NO_COLOR=1 LC_ALL=C.UTF-8 " QUENNET_PROGRAM " find --window " + words;
@@ -52,12 +70,17 @@ TEST_F(FindScreenTest, APersonSearchesFiltersAndGoesToAHit) {
         terminal.Press({"S-Down", "M-v", "l"});
         EXPECT_SHOWS(terminal, "Selected: 1 file, 1 folder, 12,3");
         terminal.ExpectScreen("find-list");
-        terminal.Press({"M-v", "d", "M-f", "e", "t"});
+        terminal.Press({"M-v", "d", "C-a"});
+        EXPECT_SHOWS(terminal, "Selected: 6 files");
+        terminal.Press({"M-f", "e"});
+        terminal.ExpectScreen("menu");
+        terminal.Press({"t"});
         EXPECT_SHOWS(terminal, "Text List");
         terminal.Press({"hits", "Enter"});
         EXPECT_TRUE(WaitUntil([&] {
             return home.Read("hits.txt").find("/t/docs/old/small") != npos;
         })) << home.Read("hits.txt");
+        WorkWithTheMouse(terminal);
         terminal.Press({"M-o", "f"});
         EXPECT_SHOWS(terminal, "Changed from:");
         terminal.Press({"M-s", "1k", "Enter", "M-u", "M-m", "Enter"});

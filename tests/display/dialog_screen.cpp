@@ -15,8 +15,6 @@
 #include <string>
 #include <thread>
 
-#include "display/list_screen.h"
-#include "display/window_scene.h"
 #include "hostkit/terminal_questions.h"
 
 namespace {
@@ -170,19 +168,17 @@ void RunPassword() {
 
 struct Scene {
     const char* name;
-    std::function<void(const std::string& argument)> run;
+    void (*run)();
 };
 
 const Scene scenes[] = {
-    {"types", [](const std::string&) { RunNested(); }},
-    {"threads", [](const std::string&) { RunThreads(); }},
-    {"message", [](const std::string&) { RunMessage(); }},
-    {"password", [](const std::string&) { RunPassword(); }},
-    {"list", [](const std::string&) { Tell(RunListScreen(1'000'000)); }},
-    {"window", RunWindow},
-    {"exit", [](const std::string&) { RunTypes([](HWND) { std::exit(7); }); }},
-    {"terminate", [](const std::string&) { RunTypes([](HWND) { std::terminate(); }); }},
-    {"crash", [](const std::string&) { RunTypes([](HWND) { raise(SIGSEGV); }); }},
+    {"types", RunNested},
+    {"threads", RunThreads},
+    {"message", RunMessage},
+    {"password", RunPassword},
+    {"exit", [] { RunTypes([](HWND) { std::exit(7); }); }},
+    {"terminate", [] { RunTypes([](HWND) { std::terminate(); }); }},
+    {"crash", [] { RunTypes([](HWND) { raise(SIGSEGV); }); }},
 };
 
 }  // namespace
@@ -196,7 +192,7 @@ int main(int count, char** values) {
     }
     for (const Scene& scene : scenes) {
         if (scene.name == wanted) {
-            scene.run(count > 2 ? values[2] : "");
+            scene.run();
         }
     }
     std::printf("%sdone\n", told.c_str());

@@ -3,11 +3,9 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <string>
 
 #include "display/tmux.h"
-#include "support/temp_folder.h"
 
 using Keys = std::vector<std::string>;
 
@@ -94,42 +92,6 @@ TEST_F(ScreenTest, ShowsMessagesAndAsksForPasswords) {
     EXPECT_SHOWS(cancelled, "password: none");
 }
 
-TEST_F(ScreenTest, WorksMenusToolBarAndTheSaveDialog) {
-    const TempFolder folder;
-    std::filesystem::create_directory(folder / "older");
-    WriteWhole(folder / "hits.txt", "");
-    const TmuxTerminal terminal(60, 20, Scene("window " + (folder / "hits.txt").string()));
-    EXPECT_SHOWS(terminal, "[Save]");
-    terminal.Press({"M-f", "Down", "Right"});
-    terminal.ExpectScreen("menu");
-    EXPECT_EQ(terminal.Cursor(), "21,4") << "the selected entry";
-    terminal.Press({"Down", "Enter", "Up", "Enter"});  // a grayed entry, then the other one
-    EXPECT_SHOWS(terminal, "command 11");
-    terminal.Press({"F10", "Right", "Down", "n"});
-    EXPECT_SHOWS(terminal, "command 15");
-    terminal.Click(8, 1);  // View
-    EXPECT_SHOWS(terminal, "\xE2\x80\xA2 Narrow");
-    terminal.Click(10, 3);
-    EXPECT_SHOWS(terminal, "command 16");
-    terminal.Click(10, 2);  // the button for text
-    EXPECT_SHOWS(terminal, "command 11\ncommand 15\ncommand 16\ncommand 11");
-
-    terminal.Press({"M-m", "*", ".", "d", "Down"});
-    EXPECT_SHOWS(terminal, "chosen *.txt");
-    terminal.Press({"M-Down", "Down"});
-    EXPECT_SHOWS(terminal, "Mask:   *.cpp;*.h");
-    terminal.Press({"Escape"});
-    EXPECT_SHOWS(terminal, "Mask:   *.txt");
-    terminal.Press({"Tab", "M-f", "s"});
-    EXPECT_SHOWS(terminal, "older/");
-    terminal.Press({"Enter"});
-    EXPECT_SHOWS(terminal, "Write over it?");
-    terminal.Press({"Tab", "Enter"});
-    EXPECT_SHOWS(terminal, "saved hits.txt");
-    terminal.Press({"F10", "F10", "M-f", "q"});
-    EXPECT_SHOWS(terminal, "status 0");
-}
-
 TEST_F(ScreenTest, ServesDialogsOfSeveralThreads) {
     const TmuxTerminal terminal(60, 16, Scene("threads"));
     EXPECT_SHOWS(terminal, "Inner:");
@@ -156,28 +118,4 @@ TEST_F(ScreenTest, TakesItsColoursAndCharactersFromTheEnvironment) {
     EXPECT_EQ(coloured.Screen().find("__"), std::string::npos) << "colours show the field";
     const TmuxTerminal ascii(60, 16, Scene("types", "NO_COLOR=1 LC_ALL=C"));
     ascii.ExpectScreen("ascii");
-}
-
-TEST_F(ScreenTest, ShowsAMillionRowsInATopWindowAndWorksThemByKeyboardAndMouse) {
-    const TmuxTerminal terminal(80, 24, Scene("list"));
-    terminal.ExpectScreen("list");
-    EXPECT_EQ(terminal.Cursor(), "0,8") << "the list has the focus";
-    terminal.Press({"End", "S-Up", "S-Up"});
-    EXPECT_SHOWS(terminal, "3 selected");
-    EXPECT_SHOWS(terminal, "file 999999.txt");
-    terminal.Press({"C-a"});
-    EXPECT_SHOWS(terminal, "1000000 selected");
-    terminal.Click(5, 9);
-    terminal.Press({"Enter"});
-    EXPECT_SHOWS(terminal, "1 selected, 999986 activated");
-    // Tab goes round the controls; the last one turns the view.
-    terminal.Press({"Tab", "*", ".", "c", "Tab", "Space", "Tab", "Tab", "Tab", "Space", "Space"});
-    EXPECT_SHOWS(terminal, "[x] Search sub");
-    EXPECT_SHOWS(terminal, "file 999953.txt           file 999969.txt");
-    terminal.Resize(100, 30);
-    terminal.Press({"Space", "Space", "Tab", "Home", "+"});
-    terminal.ExpectScreen("list-100x30");
-    terminal.Press({"M-F4"});
-    EXPECT_SHOWS(terminal, "list: closed, 999986 activated");
-    EXPECT_SHOWS(terminal, "status 0");
 }
