@@ -37,7 +37,7 @@ void NotifyConnectFailed(Session* session) {
     Notify(Notification::connectFailed, reinterpret_cast<LPARAM>(block));
 }
 
-/// Asks for the server's system. One line is read; what else belongs to the reply is owed.
+/// Asks for the server's system. The first line of the reply tells it.
 void AskForSystem(Session* session) {
     constexpr char command[] = "SYST";
     if (SendLine(session, command) <= 0) {
@@ -47,8 +47,10 @@ void AskForSystem(Session* session) {
     ReadReplyLine(session);
     CoreConsolePrintText(session->console, session->replyBuffer);
     ClassifySystem(session);
-    if (session->abortFlag.IsSet() || session->replyBuffer[3] == '-') {
+    if (session->abortFlag.IsSet()) {
         ++session->owedReplies;
+    } else if (session->replyBuffer[3] == '-') {
+        ReadRestOfReply(session);
     }
 }
 

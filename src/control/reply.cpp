@@ -181,18 +181,9 @@ bool TakeReplyLine(Session* session, const Line& line) {
     return more || (session->firstCode > 0 && !isFirstLine && code != session->firstCode);
 }
 
-}  // namespace
-
-int ReadReplyLine(Session* session) {
-    return ReadLine(session).code;
-}
-
-int ReadReply(Session* session) {
-    if (session->controlSocket == noSocket) {
-        return 0;
-    }
-    session->firstCode = 0;
-    session->replyDepth = 0;
+/// The lines of a reply behind the `replyDepth` that are read already, to its end. The results of
+/// ReadReply.
+int ReadLines(Session* session) {
     for (bool more = true; more;) {
         if (++session->replyDepth > replyLines) {
             CoreConsolePrintText(session->console, "Reply without an end.");
@@ -211,6 +202,28 @@ int ReadReply(Session* session) {
     }
     session->replyDepth = 0;
     return IsReplyCode(session->firstCode) ? session->firstCode / 100 : 0;
+}
+
+}  // namespace
+
+int ReadReplyLine(Session* session) {
+    return ReadLine(session).code;
+}
+
+int ReadReply(Session* session) {
+    if (session->controlSocket == noSocket) {
+        return 0;
+    }
+    session->firstCode = 0;
+    session->replyDepth = 0;
+    return ReadLines(session);
+}
+
+void ReadRestOfReply(Session* session) {
+    const int code = CodeOfLine(session->replyBuffer);
+    session->firstCode = IsReplyCode(code) ? code : 0;
+    session->replyDepth = 1;
+    ReadLines(session);
 }
 
 bool ReplyComesSoon(Session* session) {

@@ -33,6 +33,10 @@ int ReadReplyLine(Session* session);
 /// `firstCode`. An abort or a time-out counts as code 421. Format: RFC 959, section 4.2.
 int ReadReply(Session* session);
 
+/// Reads what follows on a first line that ReadReplyLine took and that says that more follows, and
+/// prints it. `replyBuffer` must still hold that line.
+void ReadRestOfReply(Session* session);
+
 /// True when the server's next byte comes within two seconds, or is there already.
 bool ReplyComesSoon(Session* session);
 

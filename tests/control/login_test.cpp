@@ -218,7 +218,9 @@ TEST_F(ConnectTest, TheHostHearsOfAConnectionInTheServersDirectory) {
         <- 230 in
         -> SYST
         <- 215-Windows_NT
-        <- 215 more of it
+        <- 211-more of it
+        <- and more
+        <- 215 end
         -> CWD start
         <- 550 no
         -> PWD
