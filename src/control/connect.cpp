@@ -16,6 +16,7 @@ namespace quennet {
 namespace {
 
 constexpr int shutdownBoth = 2;
+constexpr int done = 2;
 constexpr u32 reconnectFailedText = 6005;
 
 void Notify(Notification notification, LPARAM lParam) {
@@ -65,7 +66,10 @@ bool LogInAndLook(Session* session) {
     if (session->site.directory[0] != 0) {
         ChangeDir(session, session->site.directory);
     }
-    StoreWorkingDir(session, session->site.directory);
+    char directory[pathSize];
+    if (StoreWorkingDir(session, directory) == done) {
+        SetSessionDir(session, directory);
+    }
     return true;
 }
 
@@ -107,7 +111,6 @@ DWORD WINAPI ConnectWorker(void* argument) {
 }
 
 bool Reconnect(Session* session) {
-    constexpr int done = 2;
     if (session->reconnecting.Exchange(1) != 0) {
         return session->controlSocket != noSocket;
     }

@@ -58,6 +58,17 @@ int RefuseDirectory(Session* session) {
     return workingDirRefused;
 }
 
+void SetSessionDir(Session* session, const char* directory) {
+    const ListLock lock;
+    StoreText(session->site.directory, pathSize, directory);
+    session->currentCacheIndex = 0;
+}
+
+void CopySessionDir(const Session* session, char* field) {
+    const ListLock lock;
+    StoreText(field, pathSize, session->site.directory);
+}
+
 int StoreWorkingDir(Session* session, char* field) {
     const Exchange exchange(session);  // up to the look at its reply
     char* directory = nullptr;
@@ -81,8 +92,7 @@ bool ChangeSessionDir(Session* session, const char* path) {
     }
     const int result = StoreWorkingDir(session, directory);
     if (result == done) {
-        std::memcpy(session->site.directory, directory, pathSize);
-        session->currentCacheIndex = 0;
+        SetSessionDir(session, directory);
     } else if (session->firstCode / 100 == done && session->site.directory[0] != 0) {
         // The server has a directory that this side refuses.
         ChangeDir(session, session->site.directory);

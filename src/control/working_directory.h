@@ -1,5 +1,6 @@
 #pragma once
-// The server's current directory.
+// The server's current directory, and the session's own: `site.directory`, which messages of any
+// thread look at. It is written during an exchange and inside the list lock, and read in either.
 
 #include "control/session.h"
 
@@ -20,6 +21,12 @@ constexpr int workingDirRefused = 5;
 
 /// Says on the console that a directory does not fit and gives workingDirRefused.
 int RefuseDirectory(Session* session);
+
+/// Makes a directory that fits the session's own.
+void SetSessionDir(Session* session, const char* directory);
+
+/// Copies the session's directory into a field of `pathSize` bytes.
+void CopySessionDir(const Session* session, char* field);
 
 /// Asks for the server's directory and copies it into a field of `pathSize` bytes. Returns 2 when
 /// the field holds it; workingDirRefused, with the field as it was and the reason on the console;

@@ -1,6 +1,7 @@
 // The module's one exported function, and the table that says which handler runs for a message.
 
 #include "control/lifecycle.h"
+#include "control/working_directory.h"
 #include "find/find_window.h"
 #include "host/message.h"
 #include "host/services.h"
@@ -64,7 +65,9 @@ i32 GetDirectory(const HostMessage& message) {
     Session* session = SessionFromHandle(HandleFrom(message.arg1));
     const SessionUse use(session);
     if (session != nullptr) {
-        ShellAppendText(PointerFromWord<char>(message.arg2), session->site.directory,
+        char directory[pathSize];
+        CopySessionDir(session, directory);
+        ShellAppendText(PointerFromWord<char>(message.arg2), directory,
                         static_cast<u32>(message.arg3));
     }
     return noResult;

@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "control/working_directory.h"
 #include "host/services.h"
 #include "listing/list_text.h"
 #include "listing/walker.h"
@@ -138,7 +139,9 @@ int ReadListing(const char* path, Session* session, u32 longOption) {
     const bool isCurrent = path == nullptr || path == session->site.directory;
     // The current directory can change while its listing is received.
     char key[pathSize];
-    if (!StoreText(key, pathSize, isCurrent ? session->site.directory : path)) {
+    if (isCurrent) {
+        CopySessionDir(session, key);
+    } else if (!StoreText(key, pathSize, path)) {
         return 0;
     }
     if (BeginRequest(session, key, isCurrent)) {

@@ -24,25 +24,24 @@ bool IsSeparator(char character) {
     return character == '/' || character == '\\';
 }
 
-/// The last component of a directory, without a separator at its end.
-void LastComponent(const char* directory, char* name) {
-    char path[pathSize] = "";
-    StoreText(path, pathSize, directory);
-    const std::size_t length = std::strlen(path);
-    if (length > 0 && IsSeparator(path[length - 1])) {
-        path[length - 1] = 0;
+/// The last component of a directory, without a separator at its end, which is cut off for good.
+void LastComponent(char* directory, char* name) {
+    const std::size_t length = std::strlen(directory);
+    if (length > 0 && IsSeparator(directory[length - 1])) {
+        directory[length - 1] = 0;
     }
-    StoreText(name, pathSize, path + ShellNameOffset(path));
+    StoreText(name, pathSize, directory + ShellNameOffset(directory));
 }
 
 void RunChangeDir(Session* session, ChangeDirRequest* request) {
     session->hostCookie = request->cookie;
+    char directory[pathSize];
     char left[pathSize] = "";
-    LastComponent(session->site.directory, left);
-    if (std::strcmp(request->path, "\\") == 0 &&
-        std::strchr(session->site.directory, '/') != nullptr) {
+    CopySessionDir(session, directory);
+    if (std::strcmp(request->path, "\\") == 0 && std::strchr(directory, '/') != nullptr) {
         request->path[0] = '/';
     }
+    LastComponent(directory, left);
     if (ChangeSessionDir(session, request->path)) {
         const bool wentUp = std::strcmp(request->path, "..") == 0;
         request->callback(request->cookie, wentUp ? left : "");

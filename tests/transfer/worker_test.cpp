@@ -121,6 +121,11 @@ TEST_F(WorkerTest, AChangeOfDirectoryNamesWhatWasLeftByGoingUp) {
         session->currentCacheIndex = 3;
         Host().Send(MessageNumber::changeDirAsync, row.path.c_str(), 0xABC0005u, session->handle,
                     reinterpret_cast<HostWord>(HearDone));
+        while (session->users.IsSet()) {
+            char seen[pathSize] = "";
+            Host().Send(MessageNumber::getDirectory, session->handle, seen, sizeof seen);
+            EXPECT_TRUE(seen == row.before || seen == row.after) << seen;
+        }
         EXPECT_EQ(Heard(), row.heard) << row.script;
         EXPECT_EQ(session->site.directory, row.after);
         EXPECT_EQ(session->currentCacheIndex, row.heard.empty() ? 3u : 0u);
