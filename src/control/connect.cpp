@@ -19,8 +19,10 @@ constexpr int shutdownBoth = 2;
 constexpr int done = 2;
 constexpr u32 reconnectFailedText = 6005;
 
-void Notify(Notification notification, LPARAM lParam) {
-    PostMessageA(hostTables.mainWindow, notifyMessage, static_cast<WPARAM>(notification), lParam);
+/// False when the host's main window is gone.
+bool Notify(Notification notification, LPARAM lParam) {
+    return PostMessageA(hostTables.mainWindow, notifyMessage, static_cast<WPARAM>(notification),
+                        lParam) != FALSE;
 }
 
 i8 SignedPanelId(const Session* session) {
@@ -29,13 +31,16 @@ i8 SignedPanelId(const Session* session) {
 
 /// Posts the text of a failed connection; the block becomes the host's.
 void NotifyConnectFailed(Session* session) {
-    auto* block = static_cast<char*>(CoreAlloc(1 + replyBufferSize));
+    void* block = CoreAlloc(1 + replyBufferSize);
     if (block == nullptr) {
         return;
     }
-    block[0] = static_cast<char>(session->handle->panelId);
-    StoreText(block + 1, replyBufferSize, session->replyBuffer);
-    Notify(Notification::connectFailed, reinterpret_cast<LPARAM>(block));
+    auto* text = static_cast<char*>(block);
+    text[0] = static_cast<char>(session->handle->panelId);
+    StoreText(text + 1, replyBufferSize, session->replyBuffer);
+    if (!Notify(Notification::connectFailed, reinterpret_cast<LPARAM>(text))) {
+        CoreFree(&block);
+    }
 }
 
 /// Asks for the server's system. The first line of the reply tells it.
