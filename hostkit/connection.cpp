@@ -193,7 +193,7 @@ DirectoryResult Connection::CheckDirectory(const std::string& path) {
     result.result = host_.Send(MessageNumber::changeDirSync, path.c_str(), use.Handle(), directory);
     result.directory = directory;
     if (result.Done() && result.directory.empty() && !path.empty()) {
-        result.result = -1;  // 0 is also the class of a server that closed instead of answering
+        result.result = -1;  // the server has not said where it stands
     }
     if (!result.Done()) {
         result.text = LastWords();

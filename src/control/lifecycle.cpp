@@ -129,7 +129,7 @@ DWORD WINAPI DisconnectWorker(void* argument) {
         if (session != nullptr) {
             FreeDirCache(session);
         }
-        // The holder is the host's: once it is empty, nothing of the host's may be touched.
+        // Nobody finds a dead handle in the holder, and once that is empty it may be gone itself.
         ShellFreeHandle(TakeHandle(holder));
     }
     return 0;

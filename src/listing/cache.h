@@ -24,7 +24,7 @@ struct CacheEntry {
 static_assert(offsetof(CacheEntry, text) == 6 &&
               offsetof(CacheEntry, path) == WidenedOffset(10, 1));
 
-// The operations on the cache itself are called inside the list lock.
+// The next three are called inside the list lock.
 
 /// Number of the first entry for `path`, in any case; 0 if there is none.
 u32 FindCacheEntry(const Session* session, const char* path);
@@ -35,9 +35,6 @@ CacheEntry* CacheEntryAt(const Session* session, u32 number);
 /// Appends an entry without text and returns its number; 0 when memory is short or the path has
 /// more than 259 characters.
 u32 AddCacheEntry(Session* session, const char* path);
-
-/// Frees all listings and the cache.
-void FreeDirCache(Session* session);
 
 /// Makes sure that the listing of `path`, null for the current directory, is in the cache, and
 /// makes it the current entry.
@@ -50,6 +47,9 @@ void FreeDirCache(Session* session);
 /// Returns 2 on success, else the result of FetchListing, which leaves the cache as it was; 0 for a
 /// path of more than 259 characters.
 int ReadListing(const char* path, Session* session, u32 longOption);
+
+/// Frees all listings and the cache of a session that nobody works on any more.
+void FreeDirCache(Session* session);
 
 /// Message 26: hands the entries of a directory to `callback`, inside the list lock. Arguments as
 /// in ReadListing and ParseListing. Returns 0, or -1 when there is no session or no listing.
