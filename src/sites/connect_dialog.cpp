@@ -8,6 +8,7 @@
 
 #include "host/services.h"
 #include "sites/connect_controls.h"
+#include "sites/dialog_help.h"
 #include "sites/firewall_dialog.h"
 #include "sites/site_fields.h"
 #include "sites/site_store.h"
@@ -16,7 +17,6 @@ namespace quennet {
 
 namespace {
 
-constexpr int okButton = 99;
 constexpr int addButton = 97;
 constexpr int deleteButton = 96;
 constexpr int listButton1 = 14535;
@@ -132,8 +132,7 @@ void Open(HWND dialog, ConnectParams* params) {
     CoreInitDialog(dialog);
     CoreApplyDialogTexts(dialog, dialogTexts);
     SetFocus(GetDlgItem(dialog, siteList));
-    SetWindowLongPtrA(dialog, GWL_EXSTYLE,
-                      GetWindowLongPtrA(dialog, GWL_EXSTYLE) | WS_EX_CONTEXTHELP);
+    AddHelpButton(dialog);
     for (const TextLimit& limit : textLimits) {
         SendDlgItemMessageA(dialog, limit.control, EM_LIMITTEXT, limit.characters, 0);
     }

@@ -2,6 +2,7 @@
 
 #include "control/firewall.h"
 #include "host/services.h"
+#include "sites/dialog_help.h"
 #include "sites/site_store.h"
 
 namespace quennet {
@@ -9,7 +10,6 @@ namespace quennet {
 namespace {
 
 constexpr int typeList = 14301;
-constexpr int okButton = 99;
 constexpr u16 dialogTexts[] = {0, 14312, 14315, 14316, 99, 2, 0};
 constexpr WPARAM textLimit = 80;
 
@@ -55,8 +55,7 @@ void Open(HWND dialog, SiteRecord* site) {
     CoreInitDialog(dialog);
     SetFocus(GetDlgItem(dialog, okButton));
     CoreApplyDialogTexts(dialog, dialogTexts);
-    SetWindowLongPtrA(dialog, GWL_EXSTYLE,
-                      GetWindowLongPtrA(dialog, GWL_EXSTYLE) | WS_EX_CONTEXTHELP);
+    AddHelpButton(dialog);
     const SettingsPath file;
     EnsurePasswordKey();
     const i32 id = CurrentSiteId();
@@ -106,24 +105,9 @@ void Accept(HWND dialog) {
 }  // namespace
 
 INT_PTR CALLBACK FirewallDialogProc(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
-    if (message == WM_INITDIALOG) {
-        Open(dialog, reinterpret_cast<SiteRecord*>(lParam));
-        return FALSE;  // the focus is set
-    }
-    if (message != WM_COMMAND) {
-        return FALSE;
-    }
-    switch (LOWORD(wParam)) {
-        case IDOK:
-        case okButton:
-            Accept(dialog);
-            return TRUE;
-        case IDCANCEL:
-            EndDialog(dialog, 0);
-            return TRUE;
-        default:
-            return FALSE;
-    }
+    return RunTwoButtons(
+        message, wParam, [&] { Open(dialog, reinterpret_cast<SiteRecord*>(lParam)); },
+        [&] { Accept(dialog); }, [&] { EndDialog(dialog, 0); });
 }
 
 }  // namespace quennet

@@ -1,12 +1,11 @@
 #include "sites/text_dialogs.h"
 
 #include "host/services.h"
+#include "sites/dialog_help.h"
 
 namespace quennet {
 
 namespace {
-
-constexpr int okButton = 99;
 
 struct TextDialog {
     int edit;
@@ -51,24 +50,9 @@ void Cancel(HWND dialog, const TextDialog& kind) {
 }
 
 INT_PTR Handle(HWND dialog, const TextDialog& kind, UINT message, WPARAM wParam, LPARAM lParam) {
-    if (message == WM_INITDIALOG) {
-        Open(dialog, kind, reinterpret_cast<char*>(lParam));
-        return FALSE;  // the focus is set
-    }
-    if (message != WM_COMMAND) {
-        return FALSE;
-    }
-    switch (LOWORD(wParam)) {
-        case IDOK:
-        case okButton:
-            Accept(dialog, kind);
-            return TRUE;
-        case IDCANCEL:
-            Cancel(dialog, kind);
-            return TRUE;
-        default:
-            return FALSE;
-    }
+    return RunTwoButtons(
+        message, wParam, [&] { Open(dialog, kind, reinterpret_cast<char*>(lParam)); },
+        [&] { Accept(dialog, kind); }, [&] { Cancel(dialog, kind); });
 }
 
 }  // namespace
