@@ -62,7 +62,6 @@ void AskForSystem(Session* session) {
 
 /// Logs in and learns what the server is and where it put the session. False when the login failed.
 bool LogInAndLook(Session* session) {
-    const Exchange exchange(session);
     ConnectWithRetries(session);
     if (session->controlSocket == noSocket) {
         return false;
@@ -79,9 +78,16 @@ bool LogInAndLook(Session* session) {
 }
 
 void Connect(Session* session) {
-    if (session->controlSocket != noSocket) {
-        CoreConsolePrintText(session->console, "Already connected");
-    } else if (!LogInAndLook(session)) {
+    bool isLoggedIn = false;
+    {
+        const Exchange exchange(session, Exchange::Kept{});
+        if (session->controlSocket != noSocket) {
+            CoreConsolePrintText(session->console, "Already connected");
+            return;
+        }
+        isLoggedIn = LogInAndLook(session);
+    }
+    if (!isLoggedIn) {
         NotifyConnectFailed(session);
     } else if (session->controlSocket != noSocket) {
         NotifyConnected(session);

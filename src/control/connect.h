@@ -14,7 +14,7 @@ void NotifyConnected(Session* session);
 
 /// Thread entry of message 24, argument the session: logs in, learns the server's family, goes to
 /// the start directory and tells the host, also of a failure. Gives back the `backgroundJobs` and
-/// the use that message 24 counted for it.
+/// the use that message 24 counted for it, and the exchange that it kept.
 DWORD WINAPI ConnectWorker(void* argument);
 
 }  // namespace quennet

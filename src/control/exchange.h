@@ -8,6 +8,10 @@ namespace quennet {
 /// Told to whoever wants the connection while an exchange is under way.
 constexpr char commandInProgress[] = "Command in progress, ignored.";
 
+/// Keeps the connection of a session that no other thread knows yet for the worker that is to be
+/// started: whoever wants it before the worker is refused.
+void KeepExchange(Session* session);
+
 /// Claims the connection for the calling thread while it stands: from the first command of what
 /// belongs together to the last reply, so that no other thread slips between two of its commands.
 /// A claim inside a claim of the same thread is granted and ends nothing. A null session is never
@@ -15,6 +19,9 @@ constexpr char commandInProgress[] = "Command in progress, ignored.";
 class Exchange {
   public:
     explicit Exchange(Session* session);
+    /// Takes over what KeepExchange has kept.
+    struct Kept {};
+    Exchange(Session* session, Kept);
     ~Exchange();
     Exchange(const Exchange&) = delete;
     Exchange& operator=(const Exchange&) = delete;

@@ -2,6 +2,7 @@
 
 #include "control/command.h"
 #include "control/connect.h"
+#include "control/exchange.h"
 #include "control/login.h"
 #include "control/message_wait.h"
 #include "control/sockets.h"
@@ -65,6 +66,7 @@ void PrepareConnection(Session* session) {
 void StartConnecting(Session* session) {
     session->backgroundJobs.Add(1);
     session->users.Add(1);
+    KeepExchange(session);
     if (!StartWorker(ConnectWorker, session)) {
         StoreText(session->replyBuffer, replyBufferSize, "No thread for the connection.");
         session->stopRetrying.Store(1);

@@ -1,6 +1,7 @@
 #include "control/login.h"
 
 #include "control/connect.h"
+#include "control/exchange.h"
 #include "control/firewall.h"
 #include "control/reconnect.h"
 #include "control/server_family.h"
@@ -203,7 +204,10 @@ class ConnectTest : public SessionTest {
         wire.Start(script);
         session->backgroundJobs.Store(1);
         session->users.Add(1);
+        KeepExchange(session);
+        EXPECT_TRUE(Exchange(session).IsRefused()) << "the worker comes first";
         ConnectWorker(session);
+        EXPECT_FALSE(Exchange(session).IsRefused());
         EXPECT_EQ(session->backgroundJobs.Load(), 0u);
         EXPECT_EQ(session->users.Load(), 0u);
     }
