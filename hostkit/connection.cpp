@@ -140,6 +140,8 @@ void Connection::RunDialog(HWND owner, const std::function<void(HWND dialog)>& t
                host_.GetPanels().NextCookie(), &params_);
     const std::lock_guard lock(mutex_);
     block_ = quennet::WordFromPointer(Handle());
+    // Without a handle the record is gone, and another connection's may get its address.
+    site_ = block_ != 0 ? site_ : 0;
 }
 
 void Connection::Disconnect() {
