@@ -15,7 +15,6 @@ namespace quennet {
 
 namespace {
 
-constexpr int shutdownBoth = 2;
 constexpr int done = 2;
 constexpr u32 reconnectFailedText = 6005;
 

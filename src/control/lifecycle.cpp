@@ -21,8 +21,6 @@ namespace {
 
 constexpr u16 defaultPort = 21;
 constexpr u32 defaultTimeoutSeconds = 30;
-constexpr u32 winsockFailedText = 6000;
-constexpr int shutdownBoth = 2;
 
 /// The block of a new connection, with all that does not depend on the dialog; null without memory.
 Session* NewSession(WindowNumber console, u8 panelId, u32* wsaUseCount) {

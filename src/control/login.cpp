@@ -16,7 +16,6 @@ namespace quennet {
 
 namespace {
 
-constexpr int shutdownBoth = 2;
 constexpr u32 passwordQuestionSize = 80;
 
 /// The address of a host name or of dotted numbers.

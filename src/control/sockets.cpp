@@ -47,7 +47,6 @@ constexpr SocketError socketErrors[] = {
 constexpr int interruptedCode = 10004;
 constexpr int timedOutCode = 10060;
 constexpr int wouldBlockCode = 10035;
-constexpr u32 winsockFailedText = 6000;
 constexpr int connectSeconds = 60;
 
 enum class Direction { read, write };
@@ -260,13 +259,12 @@ void ReleaseWinsock(u32* useCount) {
 }
 
 SocketNumber CloseSocketGracefully(Session* session, SocketNumber socket, int how) {
-    constexpr int noMoreSending = 1;
     if (socket == noSocket) {
         return noSocket;
     }
     CancelBlockingCall(session);
     shutdown(socket, how);
-    if (how == noMoreSending) {
+    if (how == shutdownSend) {
         DrainSocket(session, socket);
     }
     linger immediate{};

@@ -6,6 +6,13 @@
 
 namespace quennet {
 
+/// What a socket is shut down for.
+constexpr int shutdownSend = 1;
+constexpr int shutdownBoth = 2;
+
+/// The host's text for a library that does not start.
+constexpr u32 winsockFailedText = 6000;
+
 /// Puts the English text of the last socket error into `buffer`, cut to `size` bytes; the empty
 /// text for an error that has none.
 void SocketErrorText(char* buffer, u32 size);
@@ -52,10 +59,10 @@ int AcquireWinsock(WindowNumber console, u32* useCount);
 /// ends it.
 void ReleaseWinsock(u32* useCount);
 
-/// Shuts a socket down (`how` as shutdown takes it) and closes it, throwing away what is unsent.
-/// With `how` 1 the peer's last bytes are read first, into `replyBuffer`, until it closes or
-/// `abortFlag` is set. Returns the value for the socket's field: noSocket, or the socket itself
-/// when the close failed.
+/// Shuts a socket down (`how`: shutdownSend or shutdownBoth) and closes it, throwing away what is
+/// unsent. With shutdownSend the peer's last bytes are read first, into `replyBuffer`, until it
+/// closes or `abortFlag` is set. Returns the value for the socket's field: noSocket, or the socket
+/// itself when the close failed.
 SocketNumber CloseSocketGracefully(Session* session, SocketNumber socket, int how);
 
 }  // namespace quennet

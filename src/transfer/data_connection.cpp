@@ -12,7 +12,6 @@ namespace quennet {
 
 namespace {
 
-constexpr int shutdownBoth = 2;
 constexpr int codeNotUnderstood = 500;
 constexpr int interruptedCode = 10004;
 constexpr int hostAddressNumbers = 6;

@@ -38,7 +38,6 @@ namespace quennet {
 
 namespace {
 
-constexpr int shutdownBoth = 2;
 constexpr int blockSize = replyBufferSize;
 
 /// Where the bytes of one transfer go: a file of the host, or a growing buffer.

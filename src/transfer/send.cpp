@@ -106,7 +106,6 @@ int EndOfSend(Session* session, FinalReply* finalReply, int sendResult) {
 
 int SendFile(Session* session, const char* command, const char* path, char type) {
     constexpr int dataFollows = 1;
-    constexpr int shutdownSending = 1;
     // The exchange that occupies the connection goes on with what the session holds.
     const Exchange exchange(session);
     if (IsOccupied(session, exchange) || RefusesToSend(session, command)) {
@@ -127,7 +126,7 @@ int SendFile(Session* session, const char* command, const char* path, char type)
         return -1;
     }
     const int sent = SendData(session, path);
-    session->dataSocket = CloseSocketGracefully(session, session->dataSocket, shutdownSending);
+    session->dataSocket = CloseSocketGracefully(session, session->dataSocket, shutdownSend);
     return EndOfSend(session, &finalReply, sent);
 }
 
