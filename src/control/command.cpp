@@ -48,16 +48,12 @@ int WaitUntilTaken(WindowNumber console, SocketNumber socket, const SharedWord* 
 /// Logs in again and sends the line once more, if the session stands where it stood.
 int RepairAndResend(Session* session, const char* line) {
     constexpr int done = 2;
-    if (!Reconnect(session)) {
-        return -1;
-    }
-    if (line[0] == 0) {
+    const bool isBack = Reconnect(session);
+    if (isBack && line[0] == 0) {
         return done;
     }
-    if (SendLine(session, line) == -1) {
-        return -1;
-    }
-    return ReadReply(session);
+    session->firstCode = 0;  // the codes of the login say nothing of this line
+    return isBack && SendLine(session, line) != -1 ? ReadReply(session) : -1;
 }
 
 }  // namespace
