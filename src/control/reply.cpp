@@ -187,7 +187,9 @@ int ReadLines(Session* session) {
     for (bool more = true; more;) {
         if (++session->replyDepth > replyLines) {
             CoreConsolePrintText(session->console, "Reply without an end.");
+            session->firstCode = 0;
             session->replyDepth = 0;
+            ++session->owedReplies;  // its rest stands on the socket
             return -1;
         }
         const Line line = ReadLine(session);

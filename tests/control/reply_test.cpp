@@ -112,6 +112,8 @@ TEST_F(ReplyTest, AReplyWithoutAnEndIsAFailedRead) {
     EXPECT_EQ(ReadReply(session), -1);
     EXPECT_EQ(Lines().back(), "Reply without an end.");
     EXPECT_EQ(Lines().size(), 10'001u);
+    EXPECT_EQ(session->firstCode, 0);
+    EXPECT_FALSE(SettleOwedReplies(session)) << "its rest is nobody's reply";
     session->controlSocket = (closesocket(session->controlSocket), noSocket);
     wire.Finish();
 }
