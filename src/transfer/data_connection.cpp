@@ -95,7 +95,7 @@ int SendPortCommand(Session* session, const u8* addressBytes, const u8* portByte
     std::snprintf(command, sizeof command, "%s %d,%d,%d,%d,%d,%d", "PORT", addressBytes[0],
                   addressBytes[1], addressBytes[2], addressBytes[3], portBytes[0], portBytes[1]);
     const int result = SendCommandText(session, command);
-    if (result == 2 || session->firstCode == codeNotUnderstood) {
+    if (result == 2 || result == -1 || session->firstCode == codeNotUnderstood) {
         return result;
     }
     return SendCommandText(session, command);
@@ -155,23 +155,32 @@ SocketNumber OpenActiveData(Session* session) {
     return data;
 }
 
-void TellType(Session* session, char type) {
-    if (session->transferType != type) {
-        SendCommand(session, "%s %c", "TYPE", type);
-        session->transferType = type;
+bool TellType(Session* session, char type) {
+    if (session->transferType == type) {
+        return true;
     }
+    if (SendCommand(session, "%s %c", "TYPE", type) == -1) {
+        return false;
+    }
+    session->transferType = type;
+    return true;
 }
 
 bool SetUpTransfer(Session* session, char type) {
-    TellType(session, type);
+    if (!TellType(session, type)) {
+        return false;
+    }
     const bool passive = (session->site.siteOptions & SiteOptionPassive) != 0;
     session->listenSocket = passive ? OpenPassiveData(session) : OpenActiveData(session);
     if (session->listenSocket == noSocket) {
         return false;
     }
     // A repair during the set-up put the server back to its first type.
-    TellType(session, type);
-    return true;
+    if (TellType(session, type)) {
+        return true;
+    }
+    AbandonDataSocket(session);
+    return false;
 }
 
 int AwaitDataConnection(Session* session) {

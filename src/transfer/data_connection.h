@@ -6,7 +6,7 @@
 namespace quennet {
 
 /// Sends PORT with 4 address bytes and 2 port bytes in network order (RFC 959, section 4.1.2).
-/// A failure other than 500 gets a second try. Returns the result of the last command; 2 is
+/// A refusal other than 500 gets a second try. Returns the result of the last command; 2 is
 /// accepted.
 int SendPortCommand(Session* session, const u8* addressBytes, const u8* portBytes);
 
@@ -24,8 +24,9 @@ SocketNumber OpenPassiveData(Session* session);
 /// connection. Returns the listening socket or noSocket.
 SocketNumber OpenActiveData(Session* session);
 
-/// Tells the server the representation type when it changes. A refusal counts as told.
-void TellType(Session* session, char type);
+/// Tells the server the representation type when it changes. A refusal counts as told. False when
+/// the connection was lost on the way, and the session is not what it was: nothing may follow then.
+bool TellType(Session* session, char type);
 
 /// Makes everything ready for a transfer command: tells the server the representation type when it
 /// changes, and fills `listenSocket` the way that the site's options want. False when there is no

@@ -202,14 +202,18 @@ bool ReceiveData(Session* session, const char* path, GrowBuffer* buffer, u32 res
 }
 
 /// Asks the server to begin where the comparison begins. A server that can't begins with byte 0.
-u32 RestartOffset(Session* session, u32 resumeOffset) {
+/// False when the connection was lost on the way, and the session is not what it was.
+bool TellRestart(Session* session, u32* resumeOffset) {
     constexpr int waitsForTransfer = 3;
-    if (resumeOffset == 0) {
-        return 0;
+    if (*resumeOffset == 0) {
+        return true;
     }
     const int result = SendCommand(session, "%s %lu", "REST",
-                                   static_cast<unsigned long>(resumeOffset - resumeOverlap));
-    return result == waitsForTransfer ? resumeOffset : 0;
+                                   static_cast<unsigned long>(*resumeOffset - resumeOverlap));
+    if (result != waitsForTransfer) {
+        *resumeOffset = 0;
+    }
+    return result != -1;
 }
 
 /// Reads the final reply and weighs it against what failed on this side.
@@ -243,9 +247,9 @@ int ReceiveFile(Session* session, const char* command, const char* path, GrowBuf
     if (!SetUpTransfer(session, type)) {
         return 0;
     }
-    resumeOffset = RestartOffset(session, resumeOffset);
+    const bool restartTold = TellRestart(session, &resumeOffset);
     const u32 login = session->logins;
-    if (SendCommandText(session, command) != dataFollows) {
+    if (!restartTold || SendCommandText(session, command) != dataFollows) {
         AbandonDataSocket(session);
         return 0;
     }

@@ -61,9 +61,7 @@ bool JoinServers(Session* source, Session* destination, char type) {
         return false;
     }
     // A repair during the set-up put the server back to its first type.
-    TellType(source, type);
-    TellType(destination, type);
-    return true;
+    return TellType(source, type) && TellType(destination, type);
 }
 
 /// Sends a transfer command. False unless data follows.
@@ -120,9 +118,8 @@ Outcome Copy(Session* source, Session* destination, const TransferItem* item, ch
     if (RefusesToSend(source, from) || RefusesToSend(destination, to)) {
         return {};
     }
-    TellType(source, type);
-    TellType(destination, type);
-    if (!JoinServers(source, destination, type) || !Begins(destination, "STOR", to)) {
+    if (!TellType(source, type) || !TellType(destination, type) ||
+        !JoinServers(source, destination, type) || !Begins(destination, "STOR", to)) {
         return {};
     }
     FinalReply destinationReply(destination);
