@@ -10,11 +10,23 @@ namespace quennet {
 
 namespace {
 
+constexpr int done = 2;
+
 void CutSeparator(char* path) {
     const std::size_t length = std::strlen(path);
     if (length >= 2 && (path[length - 1] == '/' || path[length - 1] == '\\')) {
         path[length - 1] = 0;
     }
+}
+
+/// Copies what GetWorkingDir found into a field: `done`, or workingDirRefused with the reason on
+/// the console.
+int StoreDirectory(Session* session, const char* directory, char* field) {
+    if (directory == nullptr) {
+        CoreConsolePrintText(session->console, "The reply names no directory.");
+        return workingDirRefused;
+    }
+    return StoreText(field, pathSize, directory) ? done : RefuseDirectory(session);
 }
 
 }  // namespace
@@ -73,31 +85,40 @@ int StoreWorkingDir(Session* session, char* field) {
     const Exchange exchange(session);  // up to the look at its reply
     char* directory = nullptr;
     const int replyClass = GetWorkingDir(session, &directory);
-    if (replyClass != 2) {
+    return replyClass == done ? StoreDirectory(session, directory, field) : replyClass;
+}
+
+int EnterDirectory(Session* session, const char* path, char** result) {
+    const Exchange exchange(session);
+    int replyClass = ChangeDir(session, path);
+    if (replyClass != done) {
         return replyClass;
     }
-    if (directory == nullptr) {
-        CoreConsolePrintText(session->console, "The reply names no directory.");
-        return workingDirRefused;
+    const u32 login = session->logins;
+    replyClass = GetWorkingDir(session, result);
+    if (replyClass != done || session->logins == login) {
+        return replyClass;
     }
-    return StoreText(field, pathSize, directory) ? replyClass : RefuseDirectory(session);
+    // A repair has led back: the reply names the directory of before.
+    replyClass = ChangeDir(session, path);
+    return replyClass == done ? GetWorkingDir(session, result) : replyClass;
 }
 
 bool ChangeSessionDir(Session* session, const char* path) {
-    constexpr int done = 2;
-    char directory[pathSize];
     const Exchange exchange(session);
-    if (ChangeDir(session, path) != done) {
+    char* directory = nullptr;
+    if (EnterDirectory(session, path, &directory) != done) {
         return false;
     }
-    const int result = StoreWorkingDir(session, directory);
-    if (result == done) {
-        SetSessionDir(session, directory);
-    } else if (session->firstCode / 100 == done && session->site.directory[0] != 0) {
-        // The server has a directory that this side refuses.
+    char fitting[pathSize];
+    if (StoreDirectory(session, directory, fitting) == done) {
+        SetSessionDir(session, fitting);
+        return true;
+    }
+    if (session->site.directory[0] != 0) {
         ChangeDir(session, session->site.directory);
     }
-    return result == done;
+    return false;
 }
 
 }  // namespace quennet

@@ -99,11 +99,8 @@ i32 ChangeDirSync(const char* path, FtpHandle* handle, char* out) {
         return 0;
     }
     const Exchange exchange(session);
-    int result = ChangeDir(session, path);
     char* directory = nullptr;
-    if (result == done) {
-        result = GetWorkingDir(session, &directory);
-    }
+    int result = EnterDirectory(session, path, &directory);
     if (result == done && out != nullptr && directory != nullptr &&
         !StoreText(out, pathSize, directory)) {
         result = RefuseDirectory(session);

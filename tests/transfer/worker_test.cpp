@@ -88,6 +88,12 @@ struct ChangeRow {
     std::vector<std::string> heard;
 };
 
+/// The connection is lost instead of a reply, and its repair asks for the way back to `directory`.
+std::string Loss(const std::string& directory) {
+    return "<- 421 bye\nclose\naccept\n<- 220 again\n-> USER anna\n<- 230 in\n-> CWD " + directory +
+           "\n";
+}
+
 TEST_F(WorkerTest, AChangeOfDirectoryNamesWhatWasLeftByGoingUp) {
     const std::string up = "-> CDUP\n<- 250 ok\n-> PWD\n<- 257 \"/a\"\n";
     const std::string tooLong(pathSize, 'd');
@@ -110,6 +116,13 @@ TEST_F(WorkerTest, AChangeOfDirectoryNamesWhatWasLeftByGoingUp) {
          "/a",
          {}},
         {"/a", "s\nDELE x", "", "/a", {}},
+        {"/a",
+         "s",
+         "-> CWD s\n<- 250 ok\n-> PWD\n" + Loss("/a") +
+             "<- 250 ok\n-> PWD\n<- 257 \"/a\"\n-> CWD s\n<- 250 ok\n-> PWD\n<- 257 \"/a/s\"\n",
+         "/a/s",
+         {"done 5 "}},
+        {"/a", "s", "-> CWD s\n<- 250 ok\n-> PWD\n" + Loss("/a") + "<- 550 gone\n", "/a", {}},
     };
     std::string script;
     for (const ChangeRow& row : rows) {
@@ -140,13 +153,16 @@ TEST_F(WorkerTest, AChangeAtOnceLeavesTheSessionWhereItStands) {
         "-> CWD a\n<- 250 ok\n-> PWD\n<- 257 \"/a\"\n-> CWD b\n<- 550 no\n"
         "-> CWD c\n<- 250 ok\n-> PWD\n<- 450 no\n"
         "-> CWD d\n<- 250 ok\n-> PWD\n<- 257 \"" +
-        tooLong + "\"\n-> CWD /old\n<- 250 ok\n-> CWD e\n<- 250 ok\n-> PWD\n<- 257 \"/e\"\n");
+        tooLong + "\"\n-> CWD /old\n<- 250 ok\n-> CWD f\n<- 250 ok\n-> PWD\n" + Loss("/old") +
+        "<- 250 ok\n-> PWD\n<- 257 \"/old\"\n-> CWD f\n<- 550 no\n-> CWD e\n<- 250 ok\n-> PWD\n<- "
+        "257 \"/e\"\n");
     char out[pathSize] = "?";
     const struct {
         const char* path;
         i32 result;
         const char* out;
-    } rows[] = {{"", 0, "?"}, {"a", 0, "/a"}, {"b", 5, "/a"}, {"c", 4, "/a"}, {"d", 5, "/a"}};
+    } rows[] = {{"", 0, "?"},   {"a", 0, "/a"}, {"b", 5, "/a"},
+                {"c", 4, "/a"}, {"d", 5, "/a"}, {"f", 5, "/a"}};
     for (const auto& row : rows) {
         EXPECT_EQ(Host().Send(MessageNumber::changeDirSync, row.path, session->handle, out),
                   row.result);
