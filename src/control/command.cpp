@@ -107,6 +107,11 @@ int SendLine(Session* session, const char* text) {
         return -1;
     }
     const BusyMark busy(session);
+    if (SocketWritable(session->controlSocket) == 0) {
+        // Sending would wait for a server that has long stopped reading, and nothing could end it.
+        CoreConsolePrintText(session->console, "The server takes no commands.");
+        return -1;
+    }
     char line[lineSize] = "";
     ShellAppendText(line, text, lineSize);
     ShellAppendText(line, "\r\n", lineSize);

@@ -28,7 +28,8 @@ const char* ObjectionTo(const char* line);
 
 /// Sends a line, whole or not at all. Refuses one that holds CR or LF or does not fit its buffer of
 /// 4096 bytes with CR LF, and any line during an exchange, unless `abortFlag` is set: so ABOR gets
-/// out during a transfer. Returns what SendBlock gives, -1 when refused.
+/// out during a transfer. Returns what SendBlock gives, -1 when refused or when the server takes
+/// nothing for a second.
 int SendLine(Session* session, const char* text);
 
 /// Sends a formatted line and reads its reply, see above. The line is shown on the console, a

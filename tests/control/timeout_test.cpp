@@ -1,5 +1,6 @@
 // Waits that last as long as they do for users.
 
+#include "control/command.h"
 #include "control/sockets.h"
 #include "support/session_test.h"
 
@@ -41,6 +42,10 @@ TEST_F(TimeoutTest, ASocketThatNobodyReadsIsGivenUpAfterTenTests) {
     EXPECT_EQ(WaitSocketWritable(session->console, session->controlSocket, nullptr), 0);
     EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
     EXPECT_THAT(Lines(), IsEmpty());
+
+    nonBlocking = 0;
+    ioctlsocket(session->controlSocket, static_cast<long>(FIONBIO), &nonBlocking);
+    EXPECT_EQ(SendLine(session, "NOOP"), -1) << "nor does a command wait for ever";
     closesocket(listener);
 }
 
