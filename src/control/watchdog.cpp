@@ -45,7 +45,9 @@ bool RegisterWatchdogClass(HINSTANCE instance) {
     windowClass.cbWndExtra = 4;
     windowClass.hInstance = instance;
     windowClass.lpszClassName = className;
-    return RegisterClassExA(&windowClass) != 0;
+    // Another thread may have been first.
+    return RegisterClassExA(&windowClass) != 0 ||
+           GetClassInfoExA(instance, className, &windowClass);
 }
 
 }  // namespace
