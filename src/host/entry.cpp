@@ -44,8 +44,8 @@ i32 SetTables(const HostMessage& message) {
 }
 
 i32 GetHostText(const HostMessage& message) {
-    const auto* session = PointerFromWord<Session>(message.arg1);
-    const SessionUse use(PointerFromWord<Session>(message.arg1));
+    auto* session = PointerFromWord<Session>(message.arg1);
+    const SessionUse use(session);
     if (session != nullptr) {
         StoreText(PointerFromWord<char>(message.arg2), pathSize, session->hostText);
     }
