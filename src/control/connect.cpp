@@ -128,11 +128,8 @@ bool Reconnect(Session* session) {
     session->backgroundJobs.Store(0);
     session->controlSocket = CloseSocketGracefully(session, session->controlSocket, shutdownBoth);
     if (LoginSession(session) == loginDone) {
-        if (session->site.directory[0] != 0 &&
-            ChangeDir(session, session->site.directory) != done) {
-            CoreConsolePrintText(session->console, "The directory could not be entered again.");
-            isBack = false;
-        }
+        session->displaced = session->site.directory[0] != 0 ? 1 : 0;
+        isBack = ReturnToSessionDir(session);
     } else {
         session->backgroundJobs.Store(0);
         ShellReportError(hostTables.mainWindow, reconnectFailedText);

@@ -11,6 +11,7 @@ namespace quennet {
 namespace {
 
 constexpr int done = 2;
+constexpr int refused = 5;
 
 void CutSeparator(char* path) {
     const std::size_t length = std::strlen(path);
@@ -36,10 +37,22 @@ int ChangeDir(Session* session, const char* path) {
     if (exchange.IsRefused()) {
         return 0;
     }
-    if (std::strcmp(path, "..") == 0 && SendCommandText(session, "CDUP") != 5) {
-        return session->firstCode / 100;
+    const bool goesUp = std::strcmp(path, "..") == 0;
+    const int replyClass = goesUp && SendCommandText(session, "CDUP") != refused
+                               ? session->firstCode / 100
+                               : SendCommandAltArg(session, "CWD", "XCWD", path);
+    if (replyClass == done) {
+        session->displaced = 0;
     }
-    return SendCommandAltArg(session, "CWD", "XCWD", path);
+    return replyClass;
+}
+
+bool ReturnToSessionDir(Session* session) {
+    if (session->displaced == 0 || ChangeDir(session, session->site.directory) == done) {
+        return true;
+    }
+    CoreConsolePrintText(session->console, "The directory could not be entered again.");
+    return false;
 }
 
 int GetWorkingDir(Session* session, char** result) {

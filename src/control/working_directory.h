@@ -10,6 +10,11 @@ namespace quennet {
 /// class of the last reply, 0 when no code was read. `site.directory` stays as it was.
 int ChangeDir(Session* session, const char* path);
 
+/// Goes into the session's directory where a repair could not, and nobody has gone elsewhere since:
+/// before anything is done with a name, which would mean another file there. False, with a line on
+/// the console, when the server still refuses.
+bool ReturnToSessionDir(Session* session);
+
 /// Asks for the server's directory. Returns the class of the reply, -1 for a null `result`. With
 /// class 2 `*result` is the text between the first two double quotes (RFC 959, appendix II),
 /// without a separator at its end, or null when the reply has no such text; it stands in

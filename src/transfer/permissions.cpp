@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "control/command.h"
+#include "control/working_directory.h"
 #include "transfer/transfer.h"
 
 namespace quennet {
@@ -25,7 +26,7 @@ u16 OctalOf(u16 attributes) {
 /// The class of the reply; -1 without one, and while another exchange is under way.
 i32 SendChange(Session* session, const char* name, u16 attributes) {
     const Exchange exchange(session);
-    if (IsBusy(session, exchange)) {
+    if (IsBusy(session, exchange) || !ReturnToSessionDir(session)) {
         return -1;
     }
     char text[permissionTextSize];

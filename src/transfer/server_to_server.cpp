@@ -18,6 +18,7 @@
 #include "control/command.h"
 #include "control/reply.h"
 #include "control/sockets.h"
+#include "control/working_directory.h"
 #include "host/services.h"
 #include "transfer/data_connection.h"
 #include "transfer/transfer.h"
@@ -115,7 +116,8 @@ int LastWord(Session* session, Session* other, FinalReply* finalReply) {
 Outcome Copy(Session* source, Session* destination, const TransferItem* item, char type) {
     const char* from = item->source + ShellNameOffset(item->source);
     const char* to = item->destination + ShellNameOffset(item->destination);
-    if (RefusesToSend(source, from) || RefusesToSend(destination, to)) {
+    if (RefusesToSend(source, from) || RefusesToSend(destination, to) ||
+        !ReturnToSessionDir(source) || !ReturnToSessionDir(destination)) {
         return {};
     }
     if (!TellType(source, type) || !TellType(destination, type) ||

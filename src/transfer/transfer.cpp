@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "control/command.h"
+#include "control/working_directory.h"
 #include "host/process_clock.h"
 #include "host/services.h"
 
@@ -65,7 +66,8 @@ bool IsBusy(Session* session, const Exchange& exchange) {
 }
 
 bool IsOccupied(Session* session, const Exchange& exchange) {
-    return session->controlSocket == noSocket || IsBusy(session, exchange);
+    return session->controlSocket == noSocket || IsBusy(session, exchange) ||
+           !ReturnToSessionDir(session);
 }
 
 bool RefusesToSend(Session* session, const char* line) {

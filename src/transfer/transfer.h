@@ -34,7 +34,8 @@ class TransferClock {
 /// transfer is under way that the same thread has begun.
 bool IsBusy(Session* session, const Exchange& exchange);
 
-/// True when no transfer may start: without a control connection, and when busy.
+/// True when no transfer may start: without a control connection, when busy, and when the session
+/// can't get back into its directory.
 bool IsOccupied(Session* session, const Exchange& exchange);
 
 /// Refuses a line that can't be sent as it is, before anything goes out for it: says why on the

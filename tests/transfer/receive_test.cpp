@@ -251,11 +251,12 @@ TEST_F(ReceiveTest, NoTransferBeginsInAnotherDirectoryThanTheSessions) {
     const std::string lost =
         "<- 421 bye\nclose\naccept\n<- 220 again\n-> USER anna\n<- 230 in\n"
         "-> CWD /pub\n<- 550 gone\n";
+    const std::string back = "-> CWD /pub\n<- 250 there again\n";
     const std::string mine(2048, 'x');
     folder.Write("f", mine);
     StoreText(session->site.directory, pathSize, "/pub");
-    LogIn("-> TYPE I\n" + lost + "-> TYPE I\n<- 200 ok\n-> PASV\n<- 227 ({pasv})\n-> REST 1536\n" +
-          lost + "-> PORT *\n" + lost);
+    LogIn("-> TYPE I\n" + lost + back + "-> TYPE I\n<- 200 ok\n-> PASV\n<- 227 ({pasv})\n" +
+          "-> REST 1536\n" + lost + back + "-> PORT *\n" + lost);
     EXPECT_EQ(Receive("f"), 0);
     EXPECT_EQ(Receive("f", 2048), 0);
     EXPECT_EQ(session->listenSocket, noSocket);

@@ -91,6 +91,34 @@ TEST_F(RemoteCommandTest, EachConversationHasItsResult) {
     wire.Finish();
 }
 
+TEST_F(RemoteCommandTest, NamesMeanNothingOutsideTheSessionsDirectory) {
+    StoreText(session->site.directory, pathSize, "/pub");
+    LogIn(R"(
+        -> DELE a
+        <- 421 bye
+        close
+        accept
+        <- 220 again
+        -> USER anna
+        <- 230 in
+        -> CWD /pub
+        <- 550 gone
+        -> CWD /pub
+        <- 550 gone
+        -> CWD /pub
+        <- 250 there again
+        -> MKD c
+        <- 257 ok
+        -> DELE d
+        <- 250 ok
+    )");
+    EXPECT_EQ(Run({removal, "a", "", 0}), -1);
+    EXPECT_EQ(Run({dirRemoval, "b", "", 0}), -1);
+    EXPECT_EQ(Run({making, "c", "", 0}), 0);
+    EXPECT_EQ(Run({removal, "d", "", 0}), 0);
+    wire.Finish();
+}
+
 TEST_F(RemoteCommandTest, WhatAnotherExchangeOwnsIsLeftAlone) {
     LogIn("");
     session->busy.Store(1);
