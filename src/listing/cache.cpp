@@ -65,6 +65,14 @@ void KeepListing(Session* session, const char* path, GrowBuffer* buffer) {
     session->currentCacheIndex = number;
 }
 
+// What the listing of a path is kept under: a path that is too long by its end, where directories
+// differ.
+const char* KeyOf(const char* path) {
+    constexpr std::size_t longest = pathSize - 1;
+    const std::size_t length = std::strlen(path);
+    return length > longest ? path + length - longest : path;
+}
+
 // Whether a cached text serves. If not, the session notes that `path` is being fetched.
 bool BeginRequest(Session* session, const char* path, bool isCurrent) {
     const ListLock lock;
@@ -141,8 +149,8 @@ int ReadListing(const char* path, Session* session, u32 longOption) {
     char key[pathSize];
     if (isCurrent) {
         CopySessionDir(session, key);
-    } else if (!StoreText(key, pathSize, path)) {
-        return 0;
+    } else {
+        StoreText(key, pathSize, KeyOf(path));
     }
     if (BeginRequest(session, key, isCurrent)) {
         return listed;

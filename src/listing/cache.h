@@ -41,11 +41,11 @@ u32 AddCacheEntry(Session* session, const char* path);
 ///
 /// The current directory is listed again only when its entry is stale; a path that is named is
 /// always listed. LIST has no path: who names another directory has changed to it before. While
-/// the same directory is being fetched already, nothing is done. `longOption` as in FetchListing.
-/// Takes the list lock, but not while the listing is received.
+/// the same directory is being fetched already, nothing is done. A path of more than 259 characters
+/// is kept under its last 259. `longOption` as in FetchListing. Takes the list lock, but not while
+/// the listing is received.
 ///
-/// Returns 2 on success, else the result of FetchListing, which leaves the cache as it was; 0 for a
-/// path of more than 259 characters.
+/// Returns 2 on success, else the result of FetchListing, which leaves the cache as it was.
 int ReadListing(const char* path, Session* session, u32 longOption);
 
 /// Frees all listings and the cache of a session that nobody works on any more.

@@ -150,14 +150,13 @@ TEST_F(CacheTest, SavesTheTextThatWasReadLast) {
     wire.Finish();
 }
 
-TEST_F(CacheTest, PathsOfAllLengthsAreKeptWholeOrRefused) {
+TEST_F(CacheTest, PathsOfAllLengthsAreListedALongerOneIsKeptByItsEnd) {
     const std::string longest(pathSize - 1, 'x');
     LogIn(Fetch("fone") + Fetch("ftwo"));
     EXPECT_EQ(List(longest.c_str()), Names{"fone"});
-    EXPECT_EQ(List((longest + "x").c_str()), Names{"failed"});
-    EXPECT_EQ(List("y"), Names{"ftwo"});
+    EXPECT_EQ(List((longest + "y").c_str()), Names{"ftwo"});
     EXPECT_STREQ(Entry(1)->path, longest.c_str());
-    EXPECT_STREQ(Entry(2)->path, "y");
+    EXPECT_STREQ(Entry(2)->path, (longest.substr(1) + "y").c_str());
     EXPECT_EQ(FindCacheEntry(session, (longest + "x").c_str()), 0u);
     EXPECT_EQ(AddCacheEntry(session, (longest + "x").c_str()), 0u);
     EXPECT_EQ(Entry(0), nullptr);
