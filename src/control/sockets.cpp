@@ -169,6 +169,12 @@ int SocketReadableNow(SocketNumber socket) {
     return TestSocket(socket, Direction::read, 0);
 }
 
+bool PeerHasClosed(SocketNumber socket) {
+    char next = 0;
+    return socket != noSocket && SocketReadableNow(socket) > 0 &&
+           recv(socket, &next, sizeof next, MSG_PEEK) == 0;
+}
+
 int WaitSocketReadable(SocketNumber socket, const SharedWord& abortFlag) {
     for (;;) {
         const int readable = SocketReadable(socket);

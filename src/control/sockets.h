@@ -32,6 +32,9 @@ int SocketWritable(SocketNumber socket);
 /// 1 when the socket can be read at this moment, 0 when not, below 0 after a failure.
 int SocketReadableNow(SocketNumber socket);
 
+/// Whether the peer has closed the connection in order and all that it sent before is read.
+bool PeerHasClosed(SocketNumber socket);
+
 /// Waits until the socket can be read or `abortFlag` is set: 1, 0 when aborted, below 0 after a
 /// failure. Nothing but the flag bounds the wait.
 int WaitSocketReadable(SocketNumber socket, const SharedWord& abortFlag);

@@ -4,7 +4,9 @@
 //
 // A lost connection is repaired underneath, and the repair leaves the server in the session's own
 // directory. A relative step, or a listing, that met a repair has gone wrong without a sign, so
-// the number of logins is compared before and behind, and the step is made once more.
+// the number of logins is compared before and behind, and the step is made once more. So it is when
+// the server has closed in order instead of answering, which by itself only the next command would
+// find out.
 
 #include "find/find_walk.h"
 
@@ -13,6 +15,8 @@
 #include <cstring>
 
 #include "control/exchange.h"
+#include "control/reconnect.h"
+#include "control/sockets.h"
 #include "control/working_directory.h"
 #include "find/find_lookup.h"
 #include "find/find_store.h"
@@ -116,10 +120,22 @@ Entered EnterOnce(Session* session, const char* name, WalkLevel* level) {
     return Entered::entered;
 }
 
+/// Another thread that holds the connection sees to that itself.
+void RepairIfClosed(const FindWindow* find) {
+    Session* session = find->session;
+    const bool isHeld = session->exchangeThread.Load() == GetCurrentThreadId();
+    if (isHeld && !find->stop.IsSet() && PeerHasClosed(session->controlSocket)) {
+        Reconnect(session);
+    }
+}
+
 Entered Enter(const FindWindow* find, const char* name, WalkLevel* level) {
     Session* session = find->session;
     const u32 logins = session->logins;
     const Entered entered = EnterOnce(session, name, level);
+    if (entered != Entered::entered) {
+        RepairIfClosed(find);
+    }
     if (session->logins == logins) {
         return entered;
     }
@@ -131,6 +147,9 @@ void* ReadEntries(const FindRun& run, const WalkLevel& level) {
     Session* session = run.find->session;
     const u32 logins = session->logins;
     void* entries = ShellReadDirectory(level.path, session->handle, run.options & FindOptLongList);
+    if (entries == nullptr) {
+        RepairIfClosed(run.find);
+    }
     if (session->logins == logins) {
         return entries;
     }

@@ -1,8 +1,10 @@
 // The walk, on wires that carry its commands; what a directory holds is written down beside them.
 
+#include "control/sockets.h"
 #include "find/find_store.h"
 #include "find/find_test.h"
 #include "hostkit/masks.h"
+#include "support/wait.h"
 
 using namespace quennet;
 using testing::Contains;
@@ -206,6 +208,25 @@ TEST_F(WalkTest, AListingThatMetARepairIsReadAgain) {
     wire.Finish();
     EXPECT_THAT(Hits(), ElementsAre("/: hit"));
     EXPECT_THAT(reads, ElementsAre("/ 0", "/ 0"));
+}
+
+TEST_F(WalkTest, AServerThatClosesInsteadOfAnsweringIsAskedAgain) {
+    const std::string again = "close\naccept\n<- 220 again\n-> USER anna\n<- 230 in\n";
+    bool closed = false;
+    listings["/"] = {Folder("a"), Folder("b")};
+    listings["/a"] = {{"hit"}};
+    onRead = [&](const std::string& path) {
+        if (path == "/b" && !closed) {
+            closed = WaitUntil([this] { return PeerHasClosed(session->controlSocket); });
+        } else if (closed) {
+            listings["/b"] = {{"hit"}};
+        }
+    };
+    Open(inRoot + std::string("-> CWD /\n<- 250 ok\n-> CWD a\n") + again + Step("/", "a", "/a") +
+         Step("/", "b", "/b") + again + Back("/b") + Back("/"));
+    Walk("/", FindOptRecurse, "hit");
+    wire.Finish();
+    EXPECT_THAT(Hits(), ElementsAre("/a: hit", "/b: hit"));
 }
 
 TEST_F(WalkTest, TheFilterAndItsWordForDirectoriesDecide) {
