@@ -20,6 +20,54 @@ void CutSeparator(char* path) {
     }
 }
 
+/// The text between the first two quotes, null without them.
+char* FirstQuoted(char* reply) {
+    char* opening = std::strchr(reply, '"');
+    char* closing = opening != nullptr ? std::strchr(opening + 1, '"') : nullptr;
+    if (closing == nullptr) {
+        return nullptr;
+    }
+    *closing = 0;
+    return opening + 1;
+}
+
+/// The text in quotes, where two of them in a row stand for one; null without an end.
+char* WholeQuoted(char* reply) {
+    char* opening = std::strchr(reply, '"');
+    if (opening == nullptr) {
+        return nullptr;
+    }
+    char* out = opening + 1;
+    for (const char* in = out; *in != 0; ++in) {
+        if (*in == '"' && *++in != '"') {
+            *out = 0;
+            return opening + 1;
+        }
+        *out++ = *in;
+    }
+    return nullptr;
+}
+
+int AskWorkingDir(Session* session, char** result, char* (*find)(char* reply)) {
+    if (result == nullptr) {
+        return -1;
+    }
+    *result = nullptr;
+    const Exchange exchange(session);
+    if (exchange.IsRefused()) {
+        return 0;
+    }
+    const int replyClass = SendCommandAlt(session, "PWD", "XPWD");
+    if (replyClass != done) {
+        return replyClass;
+    }
+    *result = find(session->replyBuffer);
+    if (*result != nullptr) {
+        CutSeparator(*result);
+    }
+    return replyClass;
+}
+
 /// Copies what GetWorkingDir found into a field: `done`, or workingDirRefused with the reason on
 /// the console.
 int StoreDirectory(Session* session, const char* directory, char* field) {
@@ -56,26 +104,11 @@ bool ReturnToSessionDir(Session* session) {
 }
 
 int GetWorkingDir(Session* session, char** result) {
-    if (result == nullptr) {
-        return -1;
-    }
-    *result = nullptr;
-    const Exchange exchange(session);
-    if (exchange.IsRefused()) {
-        return 0;
-    }
-    const int replyClass = SendCommandAlt(session, "PWD", "XPWD");
-    if (replyClass != 2) {
-        return replyClass;
-    }
-    char* opening = std::strchr(session->replyBuffer, '"');
-    char* closing = opening != nullptr ? std::strchr(opening + 1, '"') : nullptr;
-    if (closing != nullptr) {
-        *closing = 0;
-        *result = opening + 1;
-        CutSeparator(*result);
-    }
-    return replyClass;
+    return AskWorkingDir(session, result, FirstQuoted);
+}
+
+int GetWholeWorkingDir(Session* session, char** result) {
+    return AskWorkingDir(session, result, WholeQuoted);
 }
 
 int RefuseDirectory(Session* session) {

@@ -21,6 +21,10 @@ bool ReturnToSessionDir(Session* session);
 /// `replyBuffer` and is good until the next read.
 int GetWorkingDir(Session* session, char** result);
 
+/// The same for a directory that may have a quote in its name: the server writes that one twice,
+/// and the text above ends there. This one does not, and has it once.
+int GetWholeWorkingDir(Session* session, char** result);
+
 /// Result of a change to a directory that its field can't hold, or that the server does not name.
 constexpr int workingDirRefused = 5;
 

@@ -94,12 +94,17 @@ bool IsOnPresentPath(const WalkLevel* level, const char* path) {
     return false;
 }
 
-/// Asks the server where it is. False for no answer, and for a directory that is not to be walked.
-bool LearnPath(Session* session, WalkLevel* level) {
-    char* path = nullptr;
-    if (GetWorkingDir(session, &path) != done || path == nullptr) {
-        return false;
-    }
+bool HoldsQuote(const char* text) {
+    return std::strchr(text, '"') != nullptr;
+}
+
+/// Whether the server's answer ends at a quote of a name, which not every server writes twice.
+bool HasLostQuote(const WalkLevel* parent, const char* name, const char* path) {
+    const bool hasQuote = HoldsQuote(name) || (parent != nullptr && HoldsQuote(parent->path));
+    return hasQuote && (path == nullptr || !HoldsQuote(path));
+}
+
+bool StorePath(Session* session, WalkLevel* level, const char* path) {
     if (IsOnPresentPath(level->parent, path)) {
         return false;
     }
@@ -110,11 +115,36 @@ bool LearnPath(Session* session, WalkLevel* level) {
     return true;
 }
 
+/// Takes the step from the parent for the directory's path; not that of a link, which may lead
+/// anywhere.
+bool StoreStep(Session* session, const char* name, WalkLevel* level) {
+    char path[findPathSize + 1 + findNameSize] = "";
+    if (level->parent == nullptr || level->isLink) {
+        return false;
+    }
+    StoreText(path, findPathSize, level->parent->path);
+    AppendSeparator(path, '/');
+    ShellAppendText(path, name, sizeof path);
+    return StorePath(session, level, path);
+}
+
+/// Asks the server where it is. False for no answer, and for a directory that is not to be walked.
+bool LearnPath(Session* session, const char* name, WalkLevel* level) {
+    char* path = nullptr;
+    if (GetWholeWorkingDir(session, &path) != done) {
+        return false;
+    }
+    if (HasLostQuote(level->parent, name, path)) {
+        return StoreStep(session, name, level);
+    }
+    return path != nullptr && StorePath(session, level, path);
+}
+
 Entered EnterOnce(Session* session, const char* name, WalkLevel* level) {
     if (level->parent != nullptr && ChangeDir(session, level->parent->path) != done) {
         return Entered::parentLost;
     }
-    if (ChangeDir(session, name) != done || !LearnPath(session, level)) {
+    if (ChangeDir(session, name) != done || !LearnPath(session, name, level)) {
         return Entered::refused;
     }
     return Entered::entered;

@@ -229,6 +229,29 @@ TEST_F(WalkTest, AServerThatClosesInsteadOfAnsweringIsAskedAgain) {
     EXPECT_THAT(Hits(), ElementsAre("/a: hit", "/b: hit"));
 }
 
+// Some servers write a quote in a name twice, others don't.
+TEST_F(WalkTest, AQuoteInANameIsNotTheEndOfThePath) {
+    listings = {{"/", {Folder("a\"b")}},
+                {"/a", {{"hit"}}},
+                {"/a\"b", {Folder("\"c\"")}},
+                {"/a\"b/\"c\"", {Folder("d"), {"hit"}}},
+                {"/a\"b/\"c\"/d", {{"hit"}}}};
+    std::string script;
+    for (const std::string quote : {"\"\"", "\""}) {
+        const std::string inner = "/a" + quote + "b/" + quote + "c" + quote;
+        script += inRoot + Step("/", "a\"b", "/a" + quote + "b") + Step("/a\"b", "\"c\"", inner) +
+                  Step("/a\"b/\"c\"", "d", inner + "/d") + Back("/a\"b/\"c\"") + Back("/a\"b") +
+                  Back("/");
+    }
+    Open(script);
+    for (int server = 0; server < 2; ++server) {
+        ResetStore(&find);
+        Walk("/", FindOptRecurse, "hit");
+        EXPECT_THAT(Hits(), ElementsAre("/a\"b/\"c\": hit", "/a\"b/\"c\"/d: hit"));
+    }
+    wire.Finish();
+}
+
 TEST_F(WalkTest, TheFilterAndItsWordForDirectoriesDecide) {
     hostkit::FilterRecord filter = {};
     StoreText(filter.masks, sizeof filter.masks, "k*");
