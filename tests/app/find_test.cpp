@@ -142,11 +142,13 @@ TEST_F(FindTest, WhatWasFoundBeforeTheEndIsPrinted) {
     EXPECT_EQ(result.errors, "quennet: 1 directory could not be listed: 550 not this one\n");
     EXPECT_EQ(result.output, "/t/x.txt\n/t/c/x.txt\n");
     EXPECT_TRUE(fs::exists(home / "list"));
-    for (const char* command : {"LIST", "CWD"}) {
-        server->ClearFaults();
-        server->Add({command, 2, FaultAction::resetBefore, "", 0, {}});
-        EXPECT_EQ(Find({"-m", "*.txt"}), exitDone) << command << result.errors;
-        EXPECT_EQ(result.output, "/t/x.txt\n/t/a/x.txt\n/t/a/b/x.txt\n/t/c/x.txt\n");
+    for (const auto& [command, occurrence] : {std::pair{"LIST", 2}, {"PASV", 2}, {"CWD", 4}}) {
+        for (const FaultAction action : {FaultAction::resetBefore, FaultAction::dropBefore}) {
+            server->ClearFaults();
+            server->Add({command, occurrence, action, "", 0, {}});
+            EXPECT_EQ(Find({"-m", "*.txt"}), exitDone) << command << result.errors;
+            EXPECT_EQ(result.output, "/t/x.txt\n/t/a/x.txt\n/t/a/b/x.txt\n/t/c/x.txt\n");
+        }
     }
 }
 
