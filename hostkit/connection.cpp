@@ -1,6 +1,5 @@
 #include "hostkit/connection.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <utility>
@@ -25,11 +24,6 @@ constexpr auto changePause = std::chrono::milliseconds(100);
 constexpr auto refusalGrace = std::chrono::seconds(1);
 // Longer than any single wait of the module for a server.
 constexpr auto longestSilence = std::chrono::seconds(100);
-
-bool IsReply(const std::string& line) {
-    const auto isDigit = [](char character) { return character >= '0' && character <= '9'; };
-    return line.size() >= 3 && std::all_of(line.begin(), line.begin() + 3, isDigit);
-}
 
 bool IsRefusal(const std::string& line) {
     return IsReply(line) && (line[0] == '4' || line[0] == '5');

@@ -1,5 +1,6 @@
 #include "hostkit/console.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "hostkit/services.h"
@@ -34,6 +35,15 @@ std::string HarmlessLine(const std::string& line) {
         }
     }
     return harmless;
+}
+
+bool IsReply(std::string_view line) {
+    constexpr std::size_t codeLength = 3;
+    constexpr std::string_view remark = " bytes received in ";
+    constexpr std::string_view remarkEnd = " KB/s)";
+    const std::size_t digits = std::min(line.find_first_not_of("0123456789"), line.size());
+    const bool isRemark = line.substr(digits).starts_with(remark) && line.ends_with(remarkEnd);
+    return digits == codeLength && !isRemark;
 }
 
 }  // namespace hostkit

@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <string>
+#include <string_view>
 
 #include "hostkit/host.h"
 
@@ -34,5 +35,9 @@ class Console {
 /// The line without the characters that a terminal would act on: each control character (C0, DEL,
 /// and C1 in UTF-8) becomes '?', a tab a blank.
 std::string HarmlessLine(const std::string& line);
+
+/// Whether a line is a server's reply: it begins with a code. The module's own remark on a
+/// download, «597 bytes received in 0.01 seconds, (58.30 KB/s)», is none.
+bool IsReply(std::string_view line);
 
 }  // namespace hostkit

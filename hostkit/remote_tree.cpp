@@ -1,6 +1,5 @@
 #include "hostkit/remote_tree.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace hostkit {
@@ -139,12 +138,6 @@ class Collector {
     std::vector<Pending> pending_;
     std::size_t here_ = noParent;  // the directory that the session stands in
 };
-
-bool IsReply(const std::string& text) {
-    return text.size() >= 4 && std::all_of(text.begin(), text.begin() + 3, [](char character) {
-               return character >= '0' && character <= '9';
-           });
-}
 
 }  // namespace
 

@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "failure.h"
+#include "hostkit/console.h"
 
 namespace cli {
 
@@ -14,17 +15,6 @@ constexpr std::string_view enteredCommand = "PWD";  // once for each directory
 constexpr std::string_view commands[] = {"CWD ", enteredCommand, "PASV", "PORT ", listCommand};
 constexpr std::string_view repair = "Connecting to ";
 constexpr char noReply[] = "no reply";
-constexpr std::string_view remark = " bytes received in ";
-constexpr std::string_view remarkEnd = " KB/s)";
-
-/// «597 bytes received in 0.00 seconds, (582.13 KB/s)» is the module's own remark.
-bool IsReply(const std::string& line) {
-    const std::size_t codeEnd = line.find_first_not_of("0123456789");
-    const bool isRemark =
-        line.compare(std::min(codeEnd, line.size()), remark.size(), remark) == 0 &&
-        line.ends_with(remarkEnd);
-    return line.size() >= 3 && codeEnd >= 3 && !isRemark;
-}
 
 }  // namespace
 
@@ -36,7 +26,7 @@ void Omissions::TakeLine(const std::string& line) {
         isOpen_ = false;
     } else if (std::ranges::any_of(commands, begins)) {
         TakeCommand(line);
-    } else if (IsReply(line)) {
+    } else if (hostkit::IsReply(line)) {
         TakeReply(line);
     }
 }

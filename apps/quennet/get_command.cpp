@@ -81,14 +81,6 @@ hostkit::ExistingAction Ask(Status& status, const Watch& watch, const LocalTarge
                         {"", target.path, localSize, source.size, CanResume(localSize, source)});
 }
 
-/// Whether a text is the server's: the module hands on what stands in its buffer, which after a
-/// broken transfer may be data.
-bool IsReply(const std::string& text) {
-    return text.size() >= 4 && std::all_of(text.begin(), text.begin() + 3, [](char character) {
-               return character >= '0' && character <= '9';
-           });
-}
-
 class Download {
   public:
     Download(Client& client, const Options& options, Watch& watch, Status& status,
@@ -148,9 +140,10 @@ class Download {
         if (result.localFailure) {
             throw Failure(ExitStatus::failed, result.localFailure->Text());
         }
-        throw Failure(
-            ExitStatus::failed,
-            source_.path + ": " + (IsReply(result.text) ? result.text : "the transfer broke off"));
+        // What stands in the module's buffer after a broken transfer may be data.
+        const bool isReply = hostkit::IsReply(result.text);
+        throw Failure(ExitStatus::failed,
+                      source_.path + ": " + (isReply ? result.text : "the transfer broke off"));
     }
 
     /// Only a file that is too short is one: it may have grown since it was listed.
