@@ -125,6 +125,9 @@ class Tracker {
         switch (message.message) {
             case WM_KEYDOWN:
             case WM_SYSKEYDOWN:
+                if (message.message == WM_SYSKEYDOWN && message.wParam == VK_F4) {
+                    return Leave();  // the window is to close
+                }
                 if (!Key(message.wParam)) {
                     TranslateMessage(&message);
                 }

@@ -265,6 +265,13 @@ TEST_F(MenuTest, EndsWithItsWindow) {
     EXPECT_THAT(told_, ElementsAre("popup 0"));
 }
 
+TEST_F(MenuTest, LetsAltF4CloseTheWindow) {
+    PostMessageA(window_, WM_SYSCHAR, 'f', 1);
+    PostMessageA(window_, WM_SYSKEYDOWN, VK_F4, 1);
+    Finish();
+    EXPECT_FALSE(IsWindow(window_));
+}
+
 TEST_F(MenuTest, IsChangedByAnotherThreadWhileItIsWorked) {
     std::jthread worker([&](const std::stop_token& stop) {
         for (UINT turn = 0; !stop.stop_requested(); ++turn) {
