@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include <commctrl.h>
+#include <shellapi.h>
 
 #include <algorithm>
 #include <charconv>
@@ -181,8 +182,15 @@ static void SaveColumns(const ColumnRow* columns, const char* name, const char* 
     });
 }
 
+/// Icons are the system's: their list is borrowed.
 static void PrepareList(HWND list) {
     SendMessageA(list, LVM_SETEXTENDEDLISTVIEWSTYLE, LVS_EX_FULLROWSELECT, LVS_EX_FULLROWSELECT);
+    SHFILEINFOA any = {};
+    const DWORD_PTR icons = SHGetFileInfoA("file", FILE_ATTRIBUTE_NORMAL, &any, sizeof(any),
+                                           SHGFI_SYSICONINDEX | SHGFI_USEFILEATTRIBUTES);
+    for (const WPARAM size : {WPARAM{LVSIL_NORMAL}, WPARAM{LVSIL_SMALL}}) {
+        SendMessageA(list, LVM_SETIMAGELIST, size, static_cast<LPARAM>(icons));
+    }
 }
 
 /// The views have the numbers of the list's own styles.

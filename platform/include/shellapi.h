@@ -36,7 +36,8 @@ QUENNET_PLATFORM_BEGIN
 /// then a "Folder". The icon is a small number that stands for a kind of file: QUENNET_ICON_...
 /// below.
 ///
-/// Not 0 when it worked. From any thread.
+/// Not 0 when it worked; with SHGFI_SYSICONINDEX that is the image list of these icons
+/// (commctrl.h). From any thread.
 QUENNET_PLATFORM_API DWORD_PTR WINAPI SHGetFileInfoA(LPCSTR path, DWORD attributes,
                                                      SHFILEINFOA* info, UINT size, UINT flags);
 
