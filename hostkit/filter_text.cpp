@@ -23,12 +23,6 @@ struct Unit {
 };
 constexpr Unit units[] = {{'K', 10}, {'M', 20}, {'G', 30}, {'T', 40}};
 
-std::string_view Trimmed(std::string_view text) {
-    const std::size_t first = text.find_first_not_of(' ');
-    return first == text.npos ? std::string_view()
-                              : text.substr(first, text.find_last_not_of(' ') - first + 1);
-}
-
 template <typename Number>
 bool ReadNumber(std::string_view digits, Number& number) {
     const char* end = digits.data() + digits.size();

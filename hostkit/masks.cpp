@@ -43,13 +43,13 @@ bool MatchesAll(std::string_view mask) {
     return mask == "." || mask == "*.*" || mask == "*";
 }
 
+}  // namespace
+
 std::string_view Trimmed(std::string_view text) {
     const std::size_t first = text.find_first_not_of(' ');
     return first == text.npos ? std::string_view()
                               : text.substr(first, text.find_last_not_of(' ') - first + 1);
 }
-
-}  // namespace
 
 bool MatchesMasks(std::string_view name, std::string_view masks) {
     bool anyMask = false;

@@ -8,6 +8,9 @@
 
 namespace hostkit {
 
+/// The text without the blanks around it.
+std::string_view Trimmed(std::string_view text);
+
 /// Whether a name matches one mask of a list. Masks are set apart by ';'; '*' stands for any text,
 /// '?' for one byte; ASCII letters match without regard to case. ".", "*.*" and an empty list match
 /// every name. Takes at most name times mask steps.

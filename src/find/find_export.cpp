@@ -23,10 +23,6 @@ constexpr u32 folderTitle = 0xFBD;
 constexpr u32 cellSize = 32;
 constexpr u32 titleSize = 512;
 
-bool IsDirectory(const FindRecord& record) {
-    return (record.attributes & attributeDirectory) != 0;
-}
-
 /// What all formats say of a hit.
 struct Cells {
     char size[cellSize] = "";

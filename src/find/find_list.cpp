@@ -38,10 +38,6 @@ u32 ColumnOf(const FindWindow* find, u32 subItem) {
     return findColumns;
 }
 
-bool IsDirectory(const FindRecord& record) {
-    return (record.attributes & attributeDirectory) != 0;
-}
-
 /// The system's number for the icon; all directories have that of a folder.
 i32 SystemIcon(const FindRecord& record) {
     SHFILEINFOA info;

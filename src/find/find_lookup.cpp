@@ -20,10 +20,6 @@ void TypeNameOf(const char* path, UINT flags, char* type) {
     CopyCut(type, typeNameSize, info.szTypeName);
 }
 
-bool IsDirectory(const FindRecord& record) {
-    return (record.attributes & attributeDirectory) != 0;
-}
-
 /// "Zip-File" for a type that the system does not know, "File" without an extension.
 void MakeTypeName(FindRecord* record) {
     const char* extension = record->name + record->extension;
@@ -40,15 +36,6 @@ LRESULT NextRow(HWND list, LRESULT row, UINT state) {
     const LRESULT next =
         SendMessageA(list, LVM_GETNEXTITEM, static_cast<WPARAM>(row), MAKELPARAM(state, 0));
     return next > row ? next : -1;
-}
-
-void CountSelected(FindCounters* counters, const FindRecord& record) {
-    if (IsDirectory(record)) {
-        ++counters->folders;
-    } else {
-        ++counters->files;
-        counters->bytes += record.size;
-    }
 }
 
 /// Takes the states that the last look left out of the records.
@@ -78,7 +65,7 @@ void KeepState(FindWindow* find, u32 row, u32 state, FindCounters* counters) {
         find->endStateRow = row + 1;
     }
     if (counters != nullptr && (state & LVIS_SELECTED) != 0) {
-        CountSelected(counters, *record);
+        counters->Count(*record);
     }
 }
 
@@ -158,11 +145,6 @@ void FillTypeName(FindRecord* record) {
     if (record->type[0] == 0) {
         MakeTypeName(record);
     }
-}
-
-bool IsLink(const FindRecord& record) {
-    constexpr u16 linkBits = attributeDirectory | attributePermissions | attributeLink;
-    return (record.attributes & linkBits) == linkBits;
 }
 
 void UpdateRecordTable(FindWindow* find) {

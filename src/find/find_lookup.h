@@ -17,9 +17,6 @@ const FindRecord* ResolveCurrentItem(FindWindow* find, char* name, char* directo
 /// Runs under ShellListLock.
 void FillTypeName(FindRecord* record);
 
-/// A directory with both bits of a link.
-bool IsLink(const FindRecord& record);
-
 /// The end of a run: makes the record table and brings the list's selection into the records.
 /// Called without the lock.
 void UpdateRecordTable(FindWindow* find);

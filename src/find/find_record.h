@@ -46,10 +46,29 @@ static_assert(offsetof(FindRecord, listState) == 30 && offsetof(FindRecord, name
 static_assert(offsetof(FindDirRecord, path) == 2);
 static_assert(offsetof(FindRecord, name) + findNameSize == findScratchSize);
 
+inline bool IsDirectory(const FindRecord& record) {
+    return (record.attributes & attributeDirectory) != 0;
+}
+
+/// A directory with both bits of a link.
+inline bool IsLink(const FindRecord& record) {
+    constexpr u16 linkBits = attributeDirectory | attributePermissions | attributeLink;
+    return (record.attributes & linkBits) == linkBits;
+}
+
 struct FindCounters {
     u64 folders;
     u64 files;
     u64 bytes;  // of the files
+
+    void Count(const FindRecord& record) {
+        if (IsDirectory(record)) {
+            ++folders;
+        } else {
+            ++files;
+            bytes += record.size;
+        }
+    }
 };
 
 // Bits of `FindWindow.options`; bit 0 is the host's.

@@ -190,15 +190,6 @@ void* ReadEntries(const FindRun& run, const WalkLevel& level) {
     return ShellReadDirectory(level.path, session->handle, run.options & FindOptLongList);
 }
 
-void CountHit(FindCounters* found, const FindRecord& record) {
-    if ((record.attributes & attributeDirectory) != 0) {
-        ++found->folders;
-    } else {
-        ++found->files;
-        found->bytes += record.size;
-    }
-}
-
 bool IsWanted(const FindRun& run, const FindRecord& record) {
     if (ShellMatchMask(record.name, run.mask) == 0) {
         return false;
@@ -247,13 +238,13 @@ bool TakeEntry(FindRun* run, const DirEntry& entry, u32 directoryNumber, WalkLev
         return false;
     }
     const FindRecord* record = BuildRecord(run, entry, nameLength, directoryNumber);
-    if ((record->attributes & attributeDirectory) != 0 && (run->options & FindOptRecurse) != 0) {
+    if (IsDirectory(*record) && (run->options & FindOptRecurse) != 0) {
         AppendName(&level->names, name, IsLink(*record));
     }
     if (!IsWanted(*run, *record) || !AppendHit(run->find, record)) {
         return false;
     }
-    CountHit(&run->find->found, *record);
+    run->find->found.Count(*record);
     return true;
 }
 
