@@ -116,16 +116,29 @@ void HandleCommand(FindWindow* find, u32 command) {
 
 // --- Opening and closing -------------------------------------------------------------------------
 
+/// A connection has one window: false when another thread has opened it meanwhile.
+bool TakePlace(FindWindow* find) {
+    const ListLock lock;
+    const bool isFree = find->session->findWindow == nullptr;
+    if (isFree) {
+        find->session->findWindow = find;
+    }
+    return isFree;
+}
+
+void LeavePlace(FindWindow* find) {
+    const ListLock lock;
+    if (find->session->findWindow == find) {
+        find->session->findWindow = nullptr;
+    }
+}
+
 void Create(FindWindow* find, HWND window) {
     constexpr u32 windowKind = 8;
     SetWindowLongPtrA(window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(find));
     find->separator = '\\';
     find->window = window;
-    {
-        const ListLock lock;
-        find->session->findWindow = find;
-    }
-    if (!ShellRegisterWindow(window, windowKind)) {
+    if (!TakePlace(find) || !ShellRegisterWindow(window, windowKind)) {
         SendMessageA(window, WM_CLOSE, 0, 0);
         return;
     }
@@ -177,10 +190,7 @@ void Destroy(FindWindow* find, HWND window) {
         SaveSettings(find);  // the controls are there to tell
     }
     FreeStore(find);
-    {
-        const ListLock lock;
-        find->session->findWindow = nullptr;
-    }
+    LeavePlace(find);
     find->session = nullptr;
     find->window = nullptr;
 }

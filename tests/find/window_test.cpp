@@ -180,6 +180,30 @@ TEST_F(FindWindowTest, TwoConnectionsHaveTwoWindowsWithStatesOfTheirOwn) {
     EXPECT_TRUE(IsWindow(first));
 }
 
+std::function<void()> whenPlaced;
+
+extern "C" void PlaceWindow(const char*, const char*, i32* x, i32* y, i32* width, i32* height,
+                            u32*) {
+    *x = *y = 0;
+    *width = *height = 400;
+    if (const auto act = std::exchange(whenPlaced, {})) {
+        act();
+    }
+}
+
+TEST_F(FindWindowTest, TwoOpeningsAtOnceMakeOneWindow) {
+    Connect(connection);
+    ReplacedServices services;
+    services.Replace(ShellService::loadPlacement, PlaceWindow);
+    HWND first = nullptr;
+    whenPlaced = [&] { first = Open(); };
+    EXPECT_EQ(Open(), first);
+    EXPECT_EQ(FindWindowA("FTPFind", nullptr), first);
+    EXPECT_EQ(FindWindowExA(nullptr, first, "FTPFind", nullptr), nullptr);
+    connection.Disconnect();
+    EXPECT_FALSE(IsWindow(first));
+}
+
 extern "C" u32 RefuseWindow(HWND, u32, u32) {
     return 0xABCD0001;
 }
