@@ -51,8 +51,16 @@ INSTANTIATE_TEST_SUITE_P(Servers, InteropFind, testing::ValuesIn(PassiveCases())
 TEST_P(InteropFind, HitsAreThoseOfTheSystemsFind) {
     const char* const names[] = {"plain.txt", "semi;colon.txt", "q\"uote.TXT",  "<a&b>.htm",
                                  "a blank",   "-dash.txt",      "\xC3\xA4.txt", ".hidden.txt"};
-    for (const char* folder :
-         {"", "sub", "sub/in;ner", "sub/<&>", "other.txt", "other.txt/deep/er"}) {
+    const std::string longName(150, 'l');
+    const std::string folders[] = {"",
+                                   "sub",
+                                   "sub/in;ner",
+                                   "sub/<&>",
+                                   "other.txt",
+                                   "other.txt/deep/er",
+                                   "q\"uo\"/te\"",
+                                   longName + "/" + longName};
+    for (const std::string& folder : folders) {
         fs::create_directories(served / "tree" / folder);
         for (const char* name : names) {
             WriteBytes(served / "tree" / folder / name, name);
