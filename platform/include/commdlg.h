@@ -65,8 +65,8 @@ QUENNET_PLATFORM_BEGIN
 /// never a box for reading only.
 ///
 /// FALSE, with lpstrFile as it was, after Cancel (CommDlgExtendedError is 0 then), for a wrong
-/// lStructSize, for a buffer that is missing or too small for the path (its first two bytes are
-/// then the size needed, where they fit), and when the owner is no window.
+/// lStructSize, for a missing buffer, and when the owner is no window. The person is told of a path
+/// that does not fit the buffer, in the dialog, which then stays.
 ///
 /// The dialog has class "#32770". Its controls have the numbers of dlgs.h: the name is edit control
 /// edt1, the entries of the folder are list box lst1 (folders first and with a '/' at their end),

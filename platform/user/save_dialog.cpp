@@ -275,6 +275,9 @@ class SaveDialog {
         if (IsFolder(path)) {
             return Tell(dialog_, "This is a folder:\n" + path);
         }
+        if (path.size() >= request_.nMaxFile) {
+            return Tell(dialog_, "This name is too long:\n" + path);
+        }
         if ((request_.Flags & OFN_OVERWRITEPROMPT) == 0 || !Exists(path) ||
             Confirms(dialog_, "The file exists already. Write over it?\n" + path)) {
             path_ = path;
@@ -294,14 +297,6 @@ class SaveDialog {
 BOOL Fail(DWORD error) {
     lastError = error;
     return FALSE;
-}
-
-BOOL TellSize(OPENFILENAMEA& request, std::size_t needed) {
-    if (request.nMaxFile >= sizeof(WORD)) {
-        const auto size = static_cast<WORD>(std::min<std::size_t>(needed, 0xFFFF));
-        std::memcpy(request.lpstrFile, &size, sizeof(size));
-    }
-    return Fail(FNERR_BUFFERTOOSMALL);
 }
 
 void FillRecord(OPENFILENAMEA& request, const std::string& path) {
@@ -340,12 +335,8 @@ BOOL WINAPI GetSaveFileNameA(OPENFILENAMEA* request) {
     if (!dialog.Run()) {
         return FALSE;
     }
-    const std::string& path = dialog.Path();
-    if (path.size() >= request->nMaxFile) {
-        return TellSize(*request, path.size() + 1);
-    }
     request->nFilterIndex = dialog.FilterIndex();
-    FillRecord(*request, path);
+    FillRecord(*request, dialog.Path());
     return TRUE;
 }
 
