@@ -32,6 +32,10 @@ BOOL Refuse() {
 }
 
 bool IsCalendarTime(const SYSTEMTIME& time) {
+    // The calendar's own types keep a byte of a month and of a day.
+    if (time.wMonth > 12 || time.wDay > 31) {
+        return false;
+    }
     const year_month_day date{year{time.wYear}, month{time.wMonth}, day{time.wDay}};
     return time.wYear >= firstFileTimeYear && time.wYear <= lastFileTimeYear && date.ok() &&
            time.wHour < 24 && time.wMinute < 60 && time.wSecond < 60 && time.wMilliseconds < 1000;

@@ -126,8 +126,8 @@ TEST(LineParserTest, KnowsEnglishAndGermanMonthsInAnyCase) {
 
 TEST(LineParserTest, DatesThatTheCalendarDoesNotHaveAreZero) {
     for (const char* columns :
-         {"Feb 29 2001", "Jun 31 2001", "Jan 0 2001", "Jan -1 2001", "Jan 32 2001", "Jan 1 1979",
-          "Jan 1 2108", "Jan 1 24:00", "Jan 1 12:60", "Jan 1 -1:00", "Jan x 2001"}) {
+         {"Feb 29 2001", "Jun 31 2001", "Jan 0 2001", "Jan -1 2001", "Jan 32 2001", "Jan 257 2001",
+          "Jan 1 1979", "Jan 1 2108", "Jan 1 24:00", "Jan 1 12:60", "Jan 1 -1:00", "Jan x 2001"}) {
         EXPECT_EQ(Read(std::string("-rw-r--r-- 1 u g 5 ") + columns + " a", ServerFamily::unixLike),
                   (Entry{"a", 5, 0, 0, 0x8123}))
             << columns;
