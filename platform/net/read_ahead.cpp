@@ -54,6 +54,10 @@ bool ReadAhead::MakeRoom() {
 }
 
 ReadAhead::Fill ReadAhead::FillFrom(int descriptor) {
+    if (brokenBy_ != 0) {
+        errno = brokenBy_;
+        return Fill::failed;
+    }
     if (!MakeRoom()) {
         errno = ENOBUFS;
         return Fill::failed;
@@ -68,7 +72,12 @@ ReadAhead::Fill ReadAhead::FillFrom(int descriptor) {
     if (received == 0) {
         return Fill::ended;
     }
-    return errno == EAGAIN || errno == EINTR ? Fill::wouldBlock : Fill::failed;
+    if (errno == EAGAIN || errno == EINTR) {
+        return Fill::wouldBlock;
+    }
+    // The system tells it once; from then on it speaks of the end of the stream.
+    brokenBy_ = errno;
+    return Fill::failed;
 }
 
 std::size_t ReadAhead::Peek(char* buffer, std::size_t length) {

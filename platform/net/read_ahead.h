@@ -11,7 +11,8 @@ class ReadAhead {
     enum class Fill { received, ended, wouldBlock, failed };
 
     /// One receive without waiting, for as much as there is room. After `failed`, errno tells the
-    /// reason.
+    /// reason, and so it does each time from then on: a broken stream has no end that could be
+    /// reached.
     Fill FillFrom(int descriptor);
 
     /// Copies at most `length` bytes out, in the stream's order; Take removes them.
@@ -35,6 +36,7 @@ class ReadAhead {
     std::size_t end_ = 0;
     std::size_t seen_ = 0;
     bool lastFillWasFull_ = false;
+    int brokenBy_ = 0;  // errno of the failure that ended the stream
 };
 
 }  // namespace quennet::net

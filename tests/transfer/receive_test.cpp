@@ -383,10 +383,25 @@ TEST_F(ReceiveTest, AResetDataConnectionIsNoSuccessWhateverTheServerSays) {
         pause 0.3
         data reset
         <- 226 done
+        -> PASV
+        <- 227 ({pasv})
+        -> REST 1536
+        <- 350 go on
+        -> RETR compared
+        <- 150 here
+        data accept
+        data <- part
+        pause 0.3
+        data reset
+        <- 226 done
     )");
+    folder.Write("compared", std::string(1536, 'x') + "part" + std::string(508, 'x'));
     EXPECT_EQ(Receive("f"), 0);
     EXPECT_STREQ(session->replyBuffer, "The data connection was lost.");
-    EXPECT_THAT(Lines(), Contains("Connection reset"));
+    EXPECT_EQ(Receive("compared", 2048), 0);
+    EXPECT_STREQ(session->replyBuffer, "The data connection was lost.");
+    const std::vector<std::string> lines = Lines();
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), "Connection reset"), 2);
     wire.Finish();
 }
 
