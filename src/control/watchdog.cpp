@@ -84,7 +84,10 @@ void ArmWatchdog(Session* session) {
 
 void DisarmWatchdog(Session* session) {
     if (session != nullptr && session->watchdogWindow != 0) {
+        // A timer that has fired is gone, and to stop it again an error of its own.
+        const int error = WSAGetLastError();
         KillTimer(WindowFromNumber(session->watchdogWindow), timerId);
+        WSASetLastError(error);
     }
 }
 

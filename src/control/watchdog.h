@@ -21,7 +21,7 @@ void DestroyWatchdogWindow(Session* session);
 /// Starts the session's time-out of `timeoutSeconds`, anew when it runs; none when that is 0.
 void ArmWatchdog(Session* session);
 
-/// Stops the time-out.
+/// Stops the time-out. The last socket error stays what it was.
 void DisarmWatchdog(Session* session);
 
 /// Keeps the time-out running while it stands.

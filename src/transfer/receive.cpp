@@ -265,7 +265,7 @@ int ReceiveFile(Session* session, const char* command, const char* path, GrowBuf
         return connected;
     }
     const bool connectionHeld = ReceiveData(session, path, buffer, resumeOffset, &finalReply);
-    if (!session->abortFlag.IsSet() && shutdown(session->dataSocket, shutdownBoth) != 0) {
+    if (session->dataSocket != noSocket && shutdown(session->dataSocket, shutdownBoth) != 0) {
         ReportSocketError(session->console);
     }
     session->dataSocket = CloseSocketGracefully(session, session->dataSocket, shutdownBoth);
