@@ -26,6 +26,9 @@ class Exchange {
     Exchange(const Exchange&) = delete;
     Exchange& operator=(const Exchange&) = delete;
 
+    /// Whether the connection is the calling thread's.
+    bool IsGranted() const { return granted_; }
+
     /// True, with a line on the console, when another thread holds the connection.
     bool IsRefused() const;
 

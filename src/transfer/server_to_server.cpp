@@ -162,14 +162,9 @@ bool AreDistinct(Session* source, const Session* destination) {
     return false;
 }
 
-/// Whether a transfer may start on both. What is under way on one of them keeps its record, its
-/// reply buffer and its abort flag.
-bool AreFree(Session* source, Session* destination) {
-    if (!source->busy.IsSet() && !destination->busy.IsSet()) {
-        return true;
-    }
-    CoreConsolePrintText(source->console, commandInProgress);
-    return false;
+/// Whether nothing else is under way on one side.
+bool IsFree(Session* session, const Exchange& exchange) {
+    return exchange.IsGranted() && !session->busy.IsSet();
 }
 
 }  // namespace
@@ -182,8 +177,12 @@ i32 CopyBetweenServers(TransferItem* item, FtpHandle* sourceHandle, FtpHandle* d
     const Exchange onSource(source);
     const Exchange onDestination(destination);
     if (source == nullptr || destination == nullptr || source->controlSocket == noSocket ||
-        destination->controlSocket == noSocket || !AreDistinct(source, destination) ||
-        onSource.IsRefused() || onDestination.IsRefused() || !AreFree(source, destination)) {
+        destination->controlSocket == noSocket || !AreDistinct(source, destination)) {
+        return -1;
+    }
+    // What is under way on one of them keeps its record, its reply buffer and its abort flag.
+    if (!IsFree(source, onSource) || !IsFree(destination, onDestination)) {
+        CoreConsolePrintText(source->console, commandInProgress);
         return -1;
     }
     Session* const sides[] = {source, destination};

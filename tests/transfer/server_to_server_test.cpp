@@ -194,6 +194,11 @@ TEST_F(ServerToServerTest, WhatCannotBeCopiedSendsNothing) {
     EXPECT_EQ(Lines().back(), "Command in progress, ignored.");
     EXPECT_EQ(SourceError(), "");
     EXPECT_TRUE(destination->abortFlag.IsSet());
+    destination->busy.Store(0);
+    destination->exchangeThread.Store(1);  // of another thread, between two commands
+    const std::size_t before = Lines().size();
+    EXPECT_EQ(Copy(), -1);
+    EXPECT_EQ(Lines().size(), before + 1) << "the source's console says why";
     destination->controlSocket = noSocket;
     wire.Finish();
 }
