@@ -35,7 +35,8 @@ void SetLocalFileTime(const TransferItem* item) {
     }
 }
 
-/// Receives the item's file, once more from byte 0 when the first run was aborted. True when done.
+/// Receives the item's file, once more from byte 0 when the first run was aborted, and gives it the
+/// source's date. True when done.
 bool Download(Session* session, const TransferItem* item, u32 resumeOffset) {
     constexpr int confirmed = 2;
     char command[sizeof item->source + 8];
@@ -47,43 +48,25 @@ bool Download(Session* session, const TransferItem* item, u32 resumeOffset) {
         session->busy.Store(0);
         result = ReceiveFile(session, command, item->destination, nullptr, 0, type);
     }
-    return result == confirmed;
-}
-
-i32 GetConfirmedFile(Session* session, const TransferItem* item, u32 resumeOffset) {
-    if (!Download(session, item, resumeOffset)) {
-        SetErrorText(session, session->replyBuffer);
-        return 1;
+    if (result == confirmed) {
+        SetLocalFileTime(item);
     }
-    SetLocalFileTime(item);
-    return 0;
+    return result == confirmed;
 }
 
 }  // namespace
 
 i32 GetFile(TransferItem* item, FtpHandle* handle, ConfirmCallback confirm) {
-    Session* session = SessionFromHandle(handle);
-    const SessionUse use(session);
-    if (session == nullptr) {
-        return -1;
-    }
-    if (IsBusy(session, Exchange(session))) {
-        return RefuseBusyTransfer(session);
-    }
-    // While the host asks, the connection is free.
-    const bool exists = ShellFileCheck(item->destination) == 0;
-    const u32 resumeOffset = exists ? ResumeOffset(item->destination, item->sourceSize) : 0;
-    const bool leftOut = exists && !GoesOn(item, confirm, resumeOffset);
-    // A transfer that is under way keeps its record, its reply buffer and its abort flag.
-    const Exchange exchange(session);
-    if (IsBusy(session, exchange)) {
-        return RefuseBusyTransfer(session);
-    }
-    session->progress = PointerFromWord<TransferRecord>(item->record);
-    const i32 result = leftOut ? 0 : GetConfirmedFile(session, item, resumeOffset);
-    session->progress = nullptr;
-    session->abortFlag.Store(0);
-    return result;
+    u32 resumeOffset = 0;
+    const auto goesOn = [&] {
+        if (ShellFileCheck(item->destination) != 0) {
+            return true;
+        }
+        resumeOffset = ResumeOffset(item->destination, item->sourceSize);
+        return GoesOn(item, confirm, resumeOffset);
+    };
+    const auto moves = [&](Session* session) { return Download(session, item, resumeOffset); };
+    return RunTransfer(item, handle, goesOn, moves);
 }
 
 void AbortCommand(FtpHandle* handle) {

@@ -162,11 +162,6 @@ bool AreDistinct(Session* source, const Session* destination) {
     return false;
 }
 
-/// Whether nothing else is under way on one side.
-bool IsFree(Session* session, const Exchange& exchange) {
-    return exchange.IsGranted() && !session->busy.IsSet();
-}
-
 }  // namespace
 
 i32 CopyBetweenServers(TransferItem* item, FtpHandle* sourceHandle, FtpHandle* destinationHandle) {

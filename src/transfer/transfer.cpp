@@ -55,14 +55,16 @@ void TransferClock::PrintSpeed(const char* beforeCount, const char* behindCount)
     CoreConsolePrintText(session_->console, text);
 }
 
+bool IsFree(const Session* session, const Exchange& exchange) {
+    return exchange.IsGranted() && !session->busy.IsSet();
+}
+
 bool IsBusy(Session* session, const Exchange& exchange) {
-    if (exchange.IsRefused()) {
-        return true;
-    }
-    if (session->busy.IsSet()) {
+    const bool isBusy = !IsFree(session, exchange);
+    if (isBusy) {
         CoreConsolePrintText(session->console, commandInProgress);
     }
-    return session->busy.IsSet();
+    return isBusy;
 }
 
 bool IsOccupied(Session* session, const Exchange& exchange) {
@@ -79,10 +81,10 @@ bool RefusesToSend(Session* session, const char* line) {
     return objection != nullptr;
 }
 
-i32 RefuseBusyTransfer(Session* session) {
-    constexpr i32 failed = 1;
+i32 RefuseTransfer(Session* session) {
+    CoreConsolePrintText(session->console, commandInProgress);
     SetErrorText(session, commandInProgress);
-    return failed;
+    return transferFailed;
 }
 
 void NoteLocalFailure(Session* session, LocalFailure failure) {

@@ -30,8 +30,11 @@ class TransferClock {
     u64 bytes_ = 0;
 };
 
-/// True, with a line on the console, when `exchange` was not granted, and while a command or a
-/// transfer is under way that the same thread has begun.
+/// Whether nothing else is under way on the connection: `exchange` was granted, and the same thread
+/// has begun no command and no transfer.
+bool IsFree(const Session* session, const Exchange& exchange);
+
+/// True, with a line on the console, when the connection is not free.
 bool IsBusy(Session* session, const Exchange& exchange);
 
 /// True when no transfer may start: without a control connection, when busy, and when the session
@@ -52,14 +55,48 @@ bool FailedLocally(Session* session);
 /// Puts a text of the module into `replyBuffer`, where the host's error text comes from.
 void SetFailureText(Session* session, const char* text);
 
-/// Tells the host that something else is under way. Gives the result of its message.
-i32 RefuseBusyTransfer(Session* session);
-
 /// Tells the host why a transfer failed: `errorText` of the session's handle, cut to its size. An
 /// empty text is the reply that never came.
 void SetErrorText(Session* session, const char* text);
 
 /// Asks the host about a target that exists. False when the file is to be left out.
 bool GoesOn(TransferItem* item, ConfirmCallback confirm, u32 resumeOffset);
+
+/// Results of messages 39 and 40.
+constexpr i32 transferDone = 0;  // or left out
+constexpr i32 transferFailed = 1;
+
+/// Tells the user and the host that something else is under way. Gives transferFailed.
+i32 RefuseTransfer(Session* session);
+
+/// Moves one file for the host: `goesOn()` asks whether it is wanted, while the connection is free;
+/// `moves(session)` moves it and says whether all went well. What else is under way on the
+/// connection keeps its record, its reply buffer and its abort flag: the file is not moved then.
+///
+/// Returns one of the results above, transferFailed with `errorText` set; -1 without a session.
+template <typename Question, typename Transfer>
+i32 RunTransfer(const TransferItem* item, FtpHandle* handle, Question goesOn, Transfer moves) {
+    Session* session = SessionFromHandle(handle);
+    const SessionUse use(session);
+    if (session == nullptr) {
+        return -1;
+    }
+    if (!IsFree(session, Exchange(session))) {
+        return RefuseTransfer(session);
+    }
+    const bool wanted = goesOn();
+    const Exchange exchange(session);
+    if (!IsFree(session, exchange)) {
+        return wanted ? RefuseTransfer(session) : transferDone;
+    }
+    session->progress = PointerFromWord<TransferRecord>(item->record);
+    const bool done = !wanted || moves(session);
+    if (!done) {
+        SetErrorText(session, session->replyBuffer);
+    }
+    session->progress = nullptr;
+    session->abortFlag.Store(0);
+    return done ? transferDone : transferFailed;
+}
 
 }  // namespace quennet
