@@ -253,7 +253,8 @@ void ReadOs2Line(const Columns& columns, SYSTEMTIME* calendar, u32* size, u16* a
     ParseClockTime(columns.FromEnd(2), calendar);
 }
 
-// A date with a clock time has no year of its own: it is the latest such day up to today.
+// What has a clock time is not of days to come: a later year becomes the present one, and a later
+// day of it the same day of the year before.
 void MoveBackFromTheFuture(SYSTEMTIME* calendar, const SYSTEMTIME& today) {
     if (calendar->wYear < today.wYear) {
         return;
@@ -351,15 +352,15 @@ char* ParseListLineOn(const SYSTEMTIME& today, char* line, u32* size, u16* date,
     SYSTEMTIME calendar = {};
     calendar.wYear = today.wYear;
     calendar.wMonth = 1;
-    bool yearIsGuessed = false;
+    bool clockSeen = false;
     if (columns.count >= shortestUnixLine) {
-        yearIsGuessed = ReadUnixLine(columns, &calendar, size, attributes);
+        clockSeen = ReadUnixLine(columns, &calendar, size, attributes);
     } else if (Holds(columns.token[0], '-')) {
-        yearIsGuessed = ReadDosLine(columns, &calendar, size);
+        clockSeen = ReadDosLine(columns, &calendar, size);
     } else {
         ReadOs2Line(columns, &calendar, size, attributes);
     }
-    if (yearIsGuessed) {
+    if (clockSeen) {
         MoveBackFromTheFuture(&calendar, today);
     }
     ConvertToDos(calendar, date, time);

@@ -20,8 +20,8 @@ class TransferClock {
 
     u64 bytes() const { return bytes_; }
 
-    /// Prints "`beginning` `verb` in ... seconds", unless the loop took no time. One of the two
-    /// texts stands in front of the count, the other behind it.
+    /// Prints how many bytes took how long, unless the loop took no time. The texts stand in front
+    /// of «1234 bytes» and behind it.
     void PrintSpeed(const char* beforeCount, const char* behindCount) const;
 
   private:
