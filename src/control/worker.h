@@ -1,7 +1,7 @@
 #pragma once
 // Worker threads: started and never joined.
 
-#include "host/types.h"
+#include "control/session.h"
 
 namespace quennet {
 
@@ -14,6 +14,17 @@ inline bool StartWorker(LPTHREAD_START_ROUTINE entry, void* argument) {
     }
     CloseHandle(thread);
     return true;
+}
+
+/// The same for a thread that works on a session: it is one of the session's users from here on,
+/// and takes itself off at its end.
+inline bool StartWorkerOn(Session* session, LPTHREAD_START_ROUTINE entry, void* argument) {
+    session->users.Add(1);
+    const bool started = StartWorker(entry, argument);
+    if (!started) {
+        session->users.Subtract(1);
+    }
+    return started;
 }
 
 }  // namespace quennet

@@ -82,9 +82,7 @@ void ChangeDirAsync(const char* path, u16 cookie, FtpHandle* handle,
     request->handle = handle;
     request->callback = callback;
     std::memcpy(request->path, path, length + 1);
-    session->users.Add(1);
-    if (!StartWorker(ChangeDirWorker, request)) {
-        session->users.Subtract(1);
+    if (!StartWorkerOn(session, ChangeDirWorker, request)) {
         FreeRequest(request);
     }
 }

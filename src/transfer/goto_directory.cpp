@@ -68,9 +68,7 @@ void GotoDirectory(Session* session, const char* name, const char* directory, u1
     request->cookie = cookie;
     request->begins = begins;
     request->done = done;
-    session->users.Add(1);
-    if (!StartWorker(GotoWorker, request)) {
-        session->users.Subtract(1);
+    if (!StartWorkerOn(session, GotoWorker, request)) {
         FreeRequest(request);
     }
 }

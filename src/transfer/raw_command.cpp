@@ -101,10 +101,8 @@ void RawCommand(HostWord word, FtpHandle* handle, const char* text, u16 cookie) 
     request->handle = handle;
     request->session = session;
     session->backgroundJobs.Add(1);
-    session->users.Add(1);
-    if (!StartWorker(RawCommandWorker, request)) {
+    if (!StartWorkerOn(session, RawCommandWorker, request)) {
         session->backgroundJobs.Store(0);
-        session->users.Subtract(1);
         FreeRequest(request);
     }
 }
