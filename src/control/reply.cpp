@@ -54,6 +54,8 @@ constexpr int peekBytes = 82;
 constexpr int lineBytes = 4000;
 constexpr int replyLines = 10000;
 constexpr int codeOfAbort = 421;
+constexpr int preliminary = 1;   // the class of a reply that another one follows
+constexpr int mostReplies = 16;  // read in a row for what is over
 
 enum class LineEnd { line, aborted, closed, failed };
 
@@ -242,8 +244,6 @@ bool ReplyComesSoon(Session* session) {
 }
 
 bool SettleOwedReplies(Session* session) {
-    constexpr int mostReplies = 16;
-    constexpr int preliminary = 1;
     u32 awaited = session->owedReplies + session->doubtfulReplies;
     if (awaited == 0) {
         return true;
@@ -275,8 +275,12 @@ FinalReply::~FinalReply() {
 }
 
 int FinalReply::Read() {
-    read_ = true;
-    return ReadReply(session_);
+    int result = preliminary;
+    for (int reply = 0; reply < mostReplies && result == preliminary; ++reply) {
+        result = ReadReply(session_);
+    }
+    read_ = result != preliminary;
+    return result;
 }
 
 }  // namespace quennet

@@ -55,7 +55,7 @@ class FinalReply {
     FinalReply(const FinalReply&) = delete;
     FinalReply& operator=(const FinalReply&) = delete;
 
-    /// Reads it, with the results of ReadReply.
+    /// Reads it, with the results of ReadReply, and whatever preliminary replies come before it.
     int Read();
 
     /// Says that ABOR was sent and one reply read since: whether a second one comes is the server's

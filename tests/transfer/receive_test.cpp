@@ -55,6 +55,7 @@ TEST_F(ReceiveTest, TypeGoesOutOnAChangeOnlyAndCountsAlsoWhenItIsRefused) {
         data accept
         data <- \x00\r\n\xff
         data close
+        <- 125 nearly
         <- 226 done
         -> PASV
         <- 227 ok ({pasv})
