@@ -15,6 +15,16 @@ using testing::Not;
 
 namespace {
 
+// Steps of the server, in the order in which they stand on the wire.
+const std::string binary = "-> TYPE I\n<- 200 ok\n";
+const std::string passive = "-> PASV\n<- 227 ({pasv})\n";
+const std::string retrieves = passive + "-> RETR f\n<- 150 here\ndata accept\n";
+const std::string resumes =
+    passive + "-> REST 1536\n<- 350 go on\n-> RETR f\n<- 150 here\ndata accept\n";
+const std::string confirms = "data close\n<- 226 done\n";
+const std::string breaksOff = "data <- part\ndata expect close\n<- 426 broken\n";
+const std::string inStep = "-> NOOP\n<- 200 mine\n";
+
 class ReceiveTest : public SessionTest {
   protected:
     ~ReceiveTest() override { CoreFreeWord(&buffer.base); }
@@ -193,20 +203,7 @@ TEST_F(ReceiveTest, AResumeComparesTheLast512Bytes) {
     const std::string whole = Wire::Pattern(5000);
     folder.Write("f", whole.substr(0, 2048));
     wire.Data("rest", whole.substr(1536));
-    LogIn(R"(
-        -> TYPE I
-        <- 200 ok
-        -> PASV
-        <- 227 ({pasv})
-        -> REST 1536
-        <- 350 go on
-        -> RETR f
-        <- 150 here
-        data accept
-        data send rest
-        data close
-        <- 226 done
-    )");
+    LogIn(binary + resumes + "data send rest\n" + confirms);
     TransferRecord record = {};
     record.bytesTotal = 5000;
     session->progress = &record;
@@ -296,25 +293,9 @@ TEST_F(ReceiveTest, AnotherFileIsAbortedKeptAsItIsAndLeavesTheSessionInStep) {
     std::string other = mine.substr(1536);
     other[300] = 'y';
     wire.Data("other", other + std::string(100'000, 'z'));
-    LogIn(R"(
-        -> TYPE I
-        <- 200 ok
-        -> PASV
-        <- 227 ({pasv})
-        -> REST 1536
-        <- 350 go on
-        -> RETR f
-        <- 150 here
-        data accept
-        data send other
-        -> ABOR
-        data expect close
-        <- 426 aborted
-        pause 0.3
-        <- 226 abort done
-        -> NOOP
-        <- 200 mine
-    )");
+    LogIn(binary + resumes +
+          "data send other\n-> ABOR\ndata expect close\n<- 426 aborted\npause 0.3\n<- 226 done\n" +
+          inStep);
     EXPECT_EQ(Receive("f", 2048), 5);
     EXPECT_TRUE(session->abortFlag.IsSet());
     EXPECT_EQ(folder.Read("f"), mine);
@@ -329,41 +310,17 @@ TEST_F(ReceiveTest, AnotherFileIsAbortedKeptAsItIsAndLeavesTheSessionInStep) {
 TEST_F(ReceiveTest, AStreamShorterThanTheOverlapLeavesTheFileItsLength) {
     const std::string mine(2048, 'x');
     folder.Write("f", mine);
-    LogIn(R"(
-        -> TYPE I
-        <- 200 ok
-        -> PASV
-        <- 227 ({pasv})
-        -> REST 1536
-        <- 350 go on
-        -> RETR f
-        <- 150 here
-        data accept
-        data <- xxxx
-        data close
-        <- 226 done
-    )");
+    LogIn(binary + resumes + "data <- xxxx\n" + confirms);
     EXPECT_EQ(Receive("f", 2048), 2);
     EXPECT_EQ(folder.Read("f"), mine);
     wire.Finish();
 }
 
 TEST_F(ReceiveTest, AnAbortEndsAStalledTransferWithinTwoSecondsAndItsReplyIsNotTakenForAnother) {
-    LogIn(R"(
-        -> PASV
-        <- 227 ({pasv})
-        -> LIST
-        <- 150 here
-        data accept
-        data <- part
-        data expect close
-        <- 426 broken
-        -> NOOP
-        <- 200 mine
-    )");
+    LogIn(binary + retrieves + breaksOff + inStep);
     AbortAfter(std::chrono::milliseconds(300));
     const auto start = std::chrono::steady_clock::now();
-    EXPECT_EQ(List(), 5);
+    EXPECT_EQ(Receive("f"), 5);
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(2300));
     session->abortFlag.Store(0);
     EXPECT_EQ(SendCommandText(session, "NOOP"), 2);
@@ -372,35 +329,13 @@ TEST_F(ReceiveTest, AnAbortEndsAStalledTransferWithinTwoSecondsAndItsReplyIsNotT
 }
 
 TEST_F(ReceiveTest, AResetDataConnectionIsNoSuccessWhateverTheServerSays) {
-    LogIn(R"(
-        -> TYPE I
-        <- 200 ok
-        -> PASV
-        <- 227 ({pasv})
-        -> RETR f
-        <- 150 here
-        data accept
-        data <- part
-        pause 0.3
-        data reset
-        <- 226 done
-        -> PASV
-        <- 227 ({pasv})
-        -> REST 1536
-        <- 350 go on
-        -> RETR compared
-        <- 150 here
-        data accept
-        data <- part
-        pause 0.3
-        data reset
-        <- 226 done
-    )");
-    folder.Write("compared", std::string(1536, 'x') + "part" + std::string(508, 'x'));
-    EXPECT_EQ(Receive("f"), 0);
-    EXPECT_STREQ(session->replyBuffer, "The data connection was lost.");
-    EXPECT_EQ(Receive("compared", 2048), 0);
-    EXPECT_STREQ(session->replyBuffer, "The data connection was lost.");
+    const std::string resets = "data <- part\npause 0.3\ndata reset\n<- 226 done\n";
+    LogIn(binary + retrieves + resets + resumes + resets);
+    for (const u32 resumeOffset : {0u, 2048u}) {
+        folder.Write("f", std::string(1536, 'x') + "part" + std::string(508, 'x'));
+        EXPECT_EQ(Receive("f", resumeOffset), 0);
+        EXPECT_STREQ(session->replyBuffer, "The data connection was lost.");
+    }
     const std::vector<std::string> lines = Lines();
     EXPECT_EQ(std::count(lines.begin(), lines.end(), "Connection reset"), 2);
     wire.Finish();
@@ -521,30 +456,9 @@ TEST_F(GetFileTest, AnotherFileIsFetchedWholeWithTheSourcesDate) {
     const std::string whole = Wire::Pattern(4000);
     wire.Data("whole", whole);
     wire.Data("tail", whole.substr(1536));
-    LogIn(R"(
-        -> TYPE I
-        <- 200 ok
-        -> PASV
-        <- 227 ({pasv})
-        -> REST 1536
-        <- 350 go on
-        -> RETR f
-        <- 150 here
-        data accept
-        data send tail
-        -> ABOR
-        data expect close
-        <- 426 aborted
-        <- 226 abort done
-        -> PASV
-        <- 227 ({pasv})
-        -> RETR f
-        <- 150 here
-        data accept
-        data send whole
-        data close
-        <- 226 done
-    )");
+    LogIn(binary + resumes +
+          "data send tail\n-> ABOR\ndata expect close\n<- 426 aborted\n<- 226 done\n" + retrieves +
+          "data send whole\n" + confirms);
     EXPECT_EQ(Get("f", 4000), 0);
     EXPECT_EQ(folder.Read("f"), whole);
     struct stat status = {};
@@ -560,14 +474,7 @@ TEST_F(GetFileTest, AnotherFileIsFetchedWholeWithTheSourcesDate) {
 }
 
 TEST_F(GetFileTest, AFailureHandsOverTheServersWordsWithoutARestart) {
-    LogIn(R"(
-        -> TYPE I
-        <- 200 ok
-        -> PASV
-        <- 227 ({pasv})
-        -> RETR f
-        <- 550 no such file
-    )");
+    LogIn(binary + passive + "-> RETR f\n<- 550 no such file\n");
     EXPECT_EQ(Get("f", 4000), 1);
     EXPECT_STREQ(session->handle->errorText, "550 no such file");
     EXPECT_EQ(session->progress, nullptr);
@@ -591,26 +498,7 @@ TEST_F(GetFileTest, ASecondOneAtOnceTouchesNothingOfTheFirst) {
 }
 
 TEST_F(GetFileTest, AnAbortLeadsToOneRestartWhichASecondOneEnds) {
-    LogIn(R"(
-        -> TYPE I
-        <- 200 ok
-        -> PASV
-        <- 227 ({pasv})
-        -> RETR f
-        <- 150 here
-        data accept
-        data <- part
-        data expect close
-        <- 426 broken
-        -> PASV
-        <- 227 ({pasv})
-        -> RETR f
-        <- 150 here
-        data accept
-        data <- part
-        data expect close
-        <- 426 broken
-    )");
+    LogIn(binary + retrieves + breaksOff + retrieves + breaksOff);
     AbortAfter(std::chrono::milliseconds(300));
     AbortAfter(std::chrono::milliseconds(3500));
     EXPECT_EQ(Get("f", 4000), 1);
