@@ -74,6 +74,13 @@ inline void CoreFreeWord(HostWord* word) {
     *word = 0;
 }
 
+/// Frees a record that the module allocated.
+template <typename Record>
+void CoreFreeRecord(Record* record) {
+    void* block = record;
+    CoreFree(&block);
+}
+
 inline void CoreCopyText(char* target, const char* text, u32 size) {
     Core<CoreCopyTextFunction>(CoreService::copyText)(target, text, size);
 }

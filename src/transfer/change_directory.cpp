@@ -49,17 +49,12 @@ void RunChangeDir(Session* session, ChangeDirRequest* request) {
     session->backgroundJobs.Store(0);
 }
 
-void FreeRequest(ChangeDirRequest* request) {
-    void* block = request;
-    CoreFree(&block);
-}
-
 DWORD WINAPI ChangeDirWorker(void* argument) {
     auto* request = static_cast<ChangeDirRequest*>(argument);
     // The handle lives: the message that started this thread has counted it among the users.
     Session* session = SessionFromHandle(request->handle);
     RunChangeDir(session, request);
-    FreeRequest(request);
+    CoreFreeRecord(request);
     session->users.Subtract(1);
     return 0;
 }
@@ -83,7 +78,7 @@ void ChangeDirAsync(const char* path, u16 cookie, FtpHandle* handle,
     request->callback = callback;
     std::memcpy(request->path, path, length + 1);
     if (!StartWorkerOn(session, ChangeDirWorker, request)) {
-        FreeRequest(request);
+        CoreFreeRecord(request);
     }
 }
 

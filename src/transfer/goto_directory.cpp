@@ -18,11 +18,6 @@ struct GotoRequest {
     GotoDoneCallback done;
 };
 
-void FreeRequest(GotoRequest* request) {
-    void* block = request;
-    CoreFree(&block);
-}
-
 DWORD WINAPI GotoWorker(void* argument) {
     auto* request = static_cast<GotoRequest*>(argument);
     Session* session = request->session;
@@ -30,7 +25,7 @@ DWORD WINAPI GotoWorker(void* argument) {
     if (ChangeSessionDir(session, request->directory)) {
         request->done(request->cookie, request->name);
     }
-    FreeRequest(request);
+    CoreFreeRecord(request);
     ShellSetForeground(hostTables.mainWindow);
     session->users.Subtract(1);
     return 0;
@@ -45,7 +40,7 @@ GotoRequest* NewRequest(Session* session, const char* name, const char* director
     if (!StoreText(request->name, pathSize, name) ||
         !StoreText(request->directory, pathSize, directory)) {
         RefuseDirectory(session);
-        FreeRequest(request);
+        CoreFreeRecord(request);
         return nullptr;
     }
     request->session = session;
@@ -69,7 +64,7 @@ void GotoDirectory(Session* session, const char* name, const char* directory, u1
     request->begins = begins;
     request->done = done;
     if (!StartWorkerOn(session, GotoWorker, request)) {
-        FreeRequest(request);
+        CoreFreeRecord(request);
     }
 }
 

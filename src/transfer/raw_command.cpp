@@ -22,11 +22,6 @@ struct RawCommandRequest {
     char text[typedSize];
 };
 
-void FreeRequest(RawCommandRequest* request) {
-    void* block = request;
-    CoreFree(&block);
-}
-
 /// A typed TYPE changes what the server has without the session's knowing: the next transfer tells
 /// its own again.
 void ForgetTypedType(Session* session, const char* text) {
@@ -65,7 +60,7 @@ DWORD WINAPI RawCommandWorker(void* argument) {
     auto* request = static_cast<RawCommandRequest*>(argument);
     Session* session = request->session;
     RunRawCommand(session, request);
-    FreeRequest(request);
+    CoreFreeRecord(request);
     session->users.Subtract(1);
     return 0;
 }
@@ -78,7 +73,7 @@ RawCommandRequest* NewRequest(Session* session, const char* text) {
     }
     if (!StoreText(request->text, typedSize, text)) {
         CoreConsolePrintText(session->console, "Line too long, not sent.");
-        FreeRequest(request);
+        CoreFreeRecord(request);
         return nullptr;
     }
     return request;
@@ -103,7 +98,7 @@ void RawCommand(HostWord word, FtpHandle* handle, const char* text, u16 cookie) 
     session->backgroundJobs.Add(1);
     if (!StartWorkerOn(session, RawCommandWorker, request)) {
         session->backgroundJobs.Store(0);
-        FreeRequest(request);
+        CoreFreeRecord(request);
     }
 }
 
