@@ -78,6 +78,22 @@ int StoreDirectory(Session* session, const char* directory, char* field) {
     return StoreText(field, pathSize, directory) ? done : RefuseDirectory(session);
 }
 
+/// Changes the server's directory and asks for its name, with the results of GetWorkingDir.
+int ChangeAndAsk(Session* session, const char* path, char** directory) {
+    int replyClass = ChangeDir(session, path);
+    if (replyClass != done) {
+        return replyClass;
+    }
+    const u32 login = session->logins;
+    replyClass = GetWorkingDir(session, directory);
+    if (replyClass != done || session->logins == login) {
+        return replyClass;
+    }
+    // A repair has led back: the reply names the directory of before.
+    replyClass = ChangeDir(session, path);
+    return replyClass == done ? GetWorkingDir(session, directory) : replyClass;
+}
+
 }  // namespace
 
 int ChangeDir(Session* session, const char* path) {
@@ -134,37 +150,28 @@ int StoreWorkingDir(Session* session, char* field) {
     return replyClass == done ? StoreDirectory(session, directory, field) : replyClass;
 }
 
-int EnterDirectory(Session* session, const char* path, char** result) {
+int EnterDirectory(Session* session, const char* path, char* field) {
     const Exchange exchange(session);
-    int replyClass = ChangeDir(session, path);
-    if (replyClass != done) {
+    char* directory = nullptr;
+    const int replyClass = ChangeAndAsk(session, path, &directory);
+    if (replyClass != done || field == nullptr) {
         return replyClass;
     }
-    const u32 login = session->logins;
-    replyClass = GetWorkingDir(session, result);
-    if (replyClass != done || session->logins == login) {
-        return replyClass;
+    const int result = StoreDirectory(session, directory, field);
+    if (result != done && session->site.directory[0] != 0) {
+        ChangeDir(session, session->site.directory);
     }
-    // A repair has led back: the reply names the directory of before.
-    replyClass = ChangeDir(session, path);
-    return replyClass == done ? GetWorkingDir(session, result) : replyClass;
+    return result;
 }
 
 bool ChangeSessionDir(Session* session, const char* path) {
     const Exchange exchange(session);
-    char* directory = nullptr;
-    if (EnterDirectory(session, path, &directory) != done) {
+    char directory[pathSize];
+    if (EnterDirectory(session, path, directory) != done) {
         return false;
     }
-    char fitting[pathSize];
-    if (StoreDirectory(session, directory, fitting) == done) {
-        SetSessionDir(session, fitting);
-        return true;
-    }
-    if (session->site.directory[0] != 0) {
-        ChangeDir(session, session->site.directory);
-    }
-    return false;
+    SetSessionDir(session, directory);
+    return true;
 }
 
 }  // namespace quennet

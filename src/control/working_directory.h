@@ -42,14 +42,16 @@ void CopySessionDir(const Session* session, char* field);
 /// any other class is that of the reply.
 int StoreWorkingDir(Session* session, char* field);
 
-/// Changes the server's directory and asks for its name, with the results of GetWorkingDir; any
-/// class but 2 is also that of a refused change. When a repair between the two has led back, both
-/// are made once more. `site.directory` stays as it was.
-int EnterDirectory(Session* session, const char* path, char** result);
+/// Changes the server's directory, asks for its name and copies that into a field of `pathSize`
+/// bytes, unless it is null. When a repair between the two has led back, both are made once more.
+/// `site.directory` stays as it was.
+///
+/// Returns 2; workingDirRefused, with the field as it was, the reason on the console and that
+/// directory left again; any other class is that of the reply.
+int EnterDirectory(Session* session, const char* path, char* field);
 
 /// Changes the server's directory and makes it the session's own, whose listing is then no longer
-/// the current one. False when the session's directory stays as it was; a directory that can't be
-/// stored is left again.
+/// the current one. False when the session's directory stays as it was.
 bool ChangeSessionDir(Session* session, const char* path);
 
 }  // namespace quennet

@@ -15,8 +15,8 @@ void ChangeDirAsync(const char* path, u16 cookie, FtpHandle* handle,
 /// Message 30: changes the server's directory at once. `out`, which may be null, takes the new
 /// directory (260 bytes); the session's own directory stays as it was. An empty path does nothing.
 ///
-/// Returns 0; the class of the step that failed, also for a directory that does not fit; -1 without
-/// a session or without an answer.
+/// Returns 0; the class of the step that failed, 5 also when `out` can't have the directory because
+/// it does not fit or has no name; -1 without a session or without an answer.
 i32 ChangeDirSync(const char* path, FtpHandle* handle, char* out);
 
 }  // namespace quennet

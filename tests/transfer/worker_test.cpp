@@ -154,15 +154,16 @@ TEST_F(WorkerTest, AChangeAtOnceLeavesTheSessionWhereItStands) {
         "-> CWD c\n<- 250 ok\n-> PWD\n<- 450 no\n"
         "-> CWD d\n<- 250 ok\n-> PWD\n<- 257 \"" +
         tooLong + "\"\n-> CWD /old\n<- 250 ok\n-> CWD f\n<- 250 ok\n-> PWD\n" + Loss("/old") +
-        "<- 250 ok\n-> PWD\n<- 257 \"/old\"\n-> CWD f\n<- 550 no\n-> CWD e\n<- 250 ok\n-> PWD\n<- "
-        "257 \"/e\"\n");
+        "<- 250 ok\n-> PWD\n<- 257 \"/old\"\n-> CWD f\n<- 550 no\n"
+        "-> CWD g\n<- 250 ok\n-> PWD\n<- 257 unnamed\n-> CWD /old\n<- 250 ok\n"
+        "-> CWD e\n<- 250 ok\n-> PWD\n<- 257 unnamed\n");
     char out[pathSize] = "?";
     const struct {
         const char* path;
         i32 result;
         const char* out;
-    } rows[] = {{"", 0, "?"},   {"a", 0, "/a"}, {"b", 5, "/a"},
-                {"c", 4, "/a"}, {"d", 5, "/a"}, {"f", 5, "/a"}};
+    } rows[] = {{"", 0, "?"},   {"a", 0, "/a"}, {"b", 5, "/a"}, {"c", 4, "/a"},
+                {"d", 5, "/a"}, {"f", 5, "/a"}, {"g", 5, "/a"}};
     for (const auto& row : rows) {
         EXPECT_EQ(Host().Send(MessageNumber::changeDirSync, row.path, session->handle, out),
                   row.result);
