@@ -47,6 +47,22 @@ HMODULE ModuleOfHandle(void* handle) {
     return ModuleOfAddress(map->l_ld);
 }
 
+/// Libraries of the platform that this one stands in for.
+constexpr LPCSTR ownLibraries[] = {"ICMP.DLL"};
+
+bool IsOwnLibrary(LPCSTR name) {
+    return std::ranges::any_of(ownLibraries, [&](LPCSTR own) { return lstrcmpiA(own, name) == 0; });
+}
+
+/// A handle that the caller closes, for the library that this function is part of.
+void* ReopenOwnLibrary() {
+    Dl_info info{};
+    if (dladdr(reinterpret_cast<const void*>(ReopenOwnLibrary), &info) == 0) {
+        return nullptr;
+    }
+    return dlopen(info.dli_fname, RTLD_LAZY | RTLD_NOLOAD);
+}
+
 /// A handle that the caller closes, for a module loaded by whatever means.
 void* ReopenModule(HMODULE module) {
     if (module == GetModuleHandleA(nullptr)) {
@@ -66,7 +82,8 @@ HMODULE WINAPI LoadLibraryA(LPCSTR name) {
         SetLastError(ERROR_INVALID_PARAMETER);
         return nullptr;
     }
-    void* const handle = dlopen(name, RTLD_NOW | RTLD_LOCAL);
+    void* const handle =
+        IsOwnLibrary(name) ? ReopenOwnLibrary() : dlopen(name, RTLD_NOW | RTLD_LOCAL);
     const HMODULE module = handle != nullptr ? ModuleOfHandle(handle) : nullptr;
     if (module == nullptr) {
         SetLastError(ERROR_MOD_NOT_FOUND);

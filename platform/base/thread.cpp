@@ -125,6 +125,10 @@ DWORD WINAPI GetCurrentThreadId() {
     return id;
 }
 
+DWORD WINAPI GetCurrentProcessId() {
+    return static_cast<DWORD>(getpid());
+}
+
 void WINAPI Sleep(DWORD milliseconds) {
     quennet::BeforeWait();
     if (milliseconds == 0) {

@@ -15,6 +15,7 @@
 
 #define ERROR_SUCCESS             0
 #define ERROR_PATH_NOT_FOUND      3
+#define ERROR_ACCESS_DENIED       5
 #define ERROR_INVALID_HANDLE      6
 #define ERROR_NOT_ENOUGH_MEMORY   8
 #define ERROR_INVALID_PARAMETER   87
@@ -22,6 +23,8 @@
 #define ERROR_MOD_NOT_FOUND       126
 #define ERROR_PROC_NOT_FOUND      127
 #define ERROR_INVALID_FLAGS       1004
+
+#define INVALID_HANDLE_VALUE ((HANDLE)(LONG_PTR)-1)
 
 #define INFINITE      0xFFFFFFFFu
 #define WAIT_OBJECT_0 0u
@@ -122,6 +125,7 @@ QUENNET_PLATFORM_API DWORD WINAPI WaitForSingleObject(HANDLE object, DWORD milli
 /// STILL_ACTIVE while the thread runs.
 QUENNET_PLATFORM_API BOOL WINAPI GetExitCodeThread(HANDLE thread, LPDWORD exitCode);
 QUENNET_PLATFORM_API DWORD WINAPI GetCurrentThreadId(void);
+QUENNET_PLATFORM_API DWORD WINAPI GetCurrentProcessId(void);
 
 /// A lock that its owner may enter again; it must leave as often.
 QUENNET_PLATFORM_API void WINAPI InitializeCriticalSection(LPCRITICAL_SECTION section);
@@ -132,7 +136,8 @@ QUENNET_PLATFORM_API void WINAPI LeaveCriticalSection(LPCRITICAL_SECTION section
 // --- Libraries ----------------------------------------------------------------------------
 
 /// Loads a shared library, or counts one more use. The result is the library's load address, the
-/// same that dladdr gives as dli_fbase for code inside it. Null after a failure.
+/// same that dladdr gives as dli_fbase for code inside it. Null after a failure. ICMP.DLL is the
+/// layer's own library.
 QUENNET_PLATFORM_API HMODULE WINAPI LoadLibraryA(LPCSTR name);
 QUENNET_PLATFORM_API BOOL WINAPI FreeLibrary(HMODULE library);
 /// The address of a name that this very library exports; null if it has none.

@@ -82,8 +82,10 @@ typedef struct quennet_fd_set {
 #undef SO_LINGER
 #undef SO_OOBINLINE
 #undef SO_RCVBUF
+#undef SO_RCVTIMEO
 #undef SO_REUSEADDR
 #undef SO_SNDBUF
+#undef SO_SNDTIMEO
 #undef SO_TYPE
 #undef SOMAXCONN
 #undef FIONBIO
@@ -101,6 +103,8 @@ typedef struct quennet_fd_set {
 #define SO_OOBINLINE  0x0100
 #define SO_SNDBUF     0x1001
 #define SO_RCVBUF     0x1002
+#define SO_SNDTIMEO   0x1005  // milliseconds that a blocking send may last, 0 for ever
+#define SO_RCVTIMEO   0x1006  // the same for a blocking receive; both then fail with WSAETIMEDOUT
 #define SO_ERROR      0x1007  // a number as WSAGetLastError gives it; asking clears it
 #define SO_TYPE       0x1008
 
@@ -172,6 +176,8 @@ QUENNET_PLATFORM_API int WINAPI WSACancelBlockingCall(void);
 
 // --- Sockets ------------------------------------------------------------------------------
 
+/// A raw ICMP socket (SOCK_RAW, IPPROTO_ICMP) sees all ICMP that arrives but the requests that the
+/// system answers itself, each with its IP header. WSAEACCES where the user may not have one.
 QUENNET_PLATFORM_API SOCKET quennet_socket(int family, int type, int protocol);
 QUENNET_PLATFORM_API int quennet_bind(SOCKET socket, const struct sockaddr* address, int size);
 QUENNET_PLATFORM_API int quennet_listen(SOCKET socket, int backlog);
@@ -213,6 +219,10 @@ QUENNET_PLATFORM_API int quennet_getpeername(SOCKET socket, struct sockaddr* add
 
 /// The result stays valid until the same thread asks again.
 QUENNET_PLATFORM_API struct hostent* quennet_gethostbyname(const char* name);
+/// `address` has `size` bytes, `family` is AF_INET. An address that has no name goes by its text,
+/// so every host that can be reached has a record.
+QUENNET_PLATFORM_API struct hostent* quennet_gethostbyaddr(const char* address, int size,
+                                                           int family);
 QUENNET_PLATFORM_API struct protoent* quennet_getprotobyname(const char* name);
 QUENNET_PLATFORM_API char* quennet_inet_ntoa(struct in_addr address);
 
@@ -246,6 +256,7 @@ inline int bind(SOCKET socket, const struct sockaddr* address, Size size) {
 
 #define accept(...)         quennet_accept(__VA_ARGS__)
 #define connect(...)        quennet_connect(__VA_ARGS__)
+#define gethostbyaddr(...)  quennet_gethostbyaddr(__VA_ARGS__)
 #define gethostbyname(...)  quennet_gethostbyname(__VA_ARGS__)
 #define getpeername(...)    quennet_getpeername(__VA_ARGS__)
 #define getprotobyname(...) quennet_getprotobyname(__VA_ARGS__)

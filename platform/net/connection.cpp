@@ -149,6 +149,9 @@ SOCKET quennet_socket(int family, int type, int protocol) {
         FailFromSystem();
         return INVALID_SOCKET;
     }
+    if (type == SOCK_RAW && protocol == IPPROTO_ICMP) {
+        system::LeaveOutRequests(descriptor);
+    }
     SocketState model;
     model.stream = type == SOCK_STREAM;
     return AdoptDescriptor(descriptor, model);

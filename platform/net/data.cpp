@@ -53,6 +53,17 @@ bool IsConnected(SocketUse* use) {
     return false;
 }
 
+/// Sleeps until one of the poll events has come. False, with the last error set, when the deadline
+/// is over or the socket was closed meanwhile.
+bool AwaitInTime(SocketUse* use, short events, const Deadline& deadline) {
+    const int rest = deadline.RestForPoll();
+    if (rest == 0) {
+        Fail(WSAETIMEDOUT);
+        return false;
+    }
+    return use->Await(events, rest);
+}
+
 std::size_t SendThrough(SocketUse* use, const char* data, std::size_t length) {
     std::size_t taken = 0;
     const int error = (*use)->unsent.SendThrough(use->Descriptor(), data, length, &taken);
@@ -92,6 +103,7 @@ int SendStream(SocketUse* use, const char* data, std::size_t length) {
         return Fail(WSAESHUTDOWN);
     }
     const bool atOnce = OpensBurst(&state);
+    const Deadline deadline = Deadline::After(state.sendTimeout);
     std::size_t taken = 0;
     for (;;) {
         if (state.error == 0) {
@@ -106,7 +118,7 @@ int SendStream(SocketUse* use, const char* data, std::size_t length) {
         if (state.nonBlocking) {
             return Fail(WSAEWOULDBLOCK);
         }
-        if (!use->Await(POLLOUT)) {
+        if (!AwaitInTime(use, POLLOUT, deadline)) {
             return SOCKET_ERROR;
         }
         PushUnsent(&state, use->Descriptor());
@@ -120,6 +132,7 @@ int SendStream(SocketUse* use, const char* data, std::size_t length) {
 /// Urgent bytes and datagrams go straight to the system.
 int SendStraight(SocketUse* use, const char* data, std::size_t length, int flags,
                  const sockaddr* address, int size) {
+    const Deadline deadline = Deadline::After((*use)->sendTimeout);
     for (;;) {
         PushUnsent(&**use, use->Descriptor());
         if ((*use)->error != 0) {
@@ -138,7 +151,7 @@ int SendStraight(SocketUse* use, const char* data, std::size_t length, int flags
         if ((*use)->nonBlocking) {
             return Fail(WSAEWOULDBLOCK);
         }
-        if (!use->Await(POLLOUT)) {
+        if (!AwaitInTime(use, POLLOUT, deadline)) {
             return SOCKET_ERROR;
         }
     }
@@ -148,6 +161,7 @@ int SendStraight(SocketUse* use, const char* data, std::size_t length, int flags
 /// came before an error are delivered before it.
 int AwaitBytes(SocketUse* use) {
     SocketState& state = **use;
+    const Deadline deadline = Deadline::After(state.receiveTimeout);
     while (state.received.Size() == 0) {
         const ReadAhead::Fill fill = ReceiveAhead(&state, use->Reference());
         if (fill == ReadAhead::Fill::received) {
@@ -162,7 +176,7 @@ int AwaitBytes(SocketUse* use) {
         if (state.nonBlocking) {
             return Fail(WSAEWOULDBLOCK);
         }
-        if (!use->Await(POLLIN)) {
+        if (!AwaitInTime(use, POLLIN, deadline)) {
             return SOCKET_ERROR;
         }
     }
@@ -199,6 +213,7 @@ int ReceiveStream(SocketUse* use, char* buffer, std::size_t length, bool peek) {
 int ReceiveStraight(SocketUse* use, char* buffer, std::size_t length, int flags, sockaddr* address,
                     int* size) {
     const bool datagram = !(*use)->stream;
+    const Deadline deadline = Deadline::After((*use)->receiveTimeout);
     for (;;) {
         socklen_t room = size != nullptr ? static_cast<socklen_t>(*size) : 0;
         const ssize_t received = system::ReceiveFrom(use->Descriptor(), buffer, length,
@@ -217,7 +232,7 @@ int ReceiveStraight(SocketUse* use, char* buffer, std::size_t length, int flags,
         if ((*use)->nonBlocking) {
             return Fail(WSAEWOULDBLOCK);
         }
-        if (!use->Await((flags & MSG_OOB) != 0 ? POLLPRI : POLLIN)) {
+        if (!AwaitInTime(use, (flags & MSG_OOB) != 0 ? POLLPRI : POLLIN, deadline)) {
             return SOCKET_ERROR;
         }
     }

@@ -1,5 +1,6 @@
 // Names of hosts and protocols. Each thread has its own results.
 
+#include <cstring>
 #include <vector>
 
 #include "net/errors.h"
@@ -46,6 +47,30 @@ int ResolverError(int hostError) {
 }
 
 }  // namespace
+
+hostent* quennet_gethostbyaddr(const char* address, int size, int family) {
+    if (!Started()) {
+        return nullptr;
+    }
+    if (address == nullptr || size != sizeof(in_addr) || family != AF_INET) {
+        Fail(WSAEFAULT);
+        return nullptr;
+    }
+    PushUnsentOfThread();
+    static thread_local Answer<hostent> answer;
+    int hostError = HOST_NOT_FOUND;
+    hostent* const found =
+        Ask(&answer, [&](hostent* record, char* texts, std::size_t room, hostent** result) {
+            return gethostbyaddr_r(address, sizeof(in_addr), AF_INET, record, texts, room, result,
+                                   &hostError);
+        });
+    if (found != nullptr) {
+        return found;
+    }
+    in_addr plain{};
+    std::memcpy(&plain, address, sizeof plain);
+    return quennet_gethostbyname(quennet_inet_ntoa(plain));
+}
 
 hostent* quennet_gethostbyname(const char* name) {
     if (!Started()) {

@@ -121,6 +121,11 @@ int quennet_setsockopt(SOCKET socket, int level, int option, const char* value, 
     if (level == SOL_SOCKET && option == SO_DONTLINGER) {
         return SetLinger(&use, {number == 0, 0});
     }
+    if (level == SOL_SOCKET && (option == SO_RCVTIMEO || option == SO_SNDTIMEO)) {
+        int64_t& timeout = option == SO_RCVTIMEO ? use->receiveTimeout : use->sendTimeout;
+        timeout = number == 0 ? -1 : static_cast<DWORD>(number);
+        return 0;
+    }
     const NumberOption* const known = FindNumberOption(level, option);
     if (known == nullptr) {
         return Fail(WSAENOPROTOOPT);

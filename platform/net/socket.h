@@ -38,6 +38,8 @@ struct SocketState {
     Visible<Link> link = Link::none;
     int error = 0;  // found beside the calls, for the next one to report
     int64_t lastSendMilliseconds = 0;
+    int64_t sendTimeout = -1;  // milliseconds for one call, -1 for ever
+    int64_t receiveTimeout = -1;
     ReadAhead received;
     SendBuffer unsent;
 };

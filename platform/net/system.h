@@ -7,6 +7,7 @@
 #endif
 
 #include <errno.h>
+#include <linux/icmp.h>
 #include <netdb.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
@@ -34,6 +35,13 @@ constexpr unsigned long ioctlReadable = FIONREAD;
 /// Every descriptor of the layer is non-blocking; blocking is what the layer makes of it.
 inline int OpenSocket(int family, int type, int protocol) {
     return ::socket(family, type | SOCK_NONBLOCK | SOCK_CLOEXEC, protocol);
+}
+
+/// The requests that the system answers itself are none of a socket's business; on the way to an
+/// address of the own machine it would see its own one before the answer.
+inline void LeaveOutRequests(int descriptor) {
+    const icmp_filter filter = {1u << ICMP_ECHO | 1u << ICMP_TIMESTAMP | 1u << ICMP_ADDRESS};
+    ::setsockopt(descriptor, SOL_RAW, ICMP_FILTER, &filter, sizeof filter);
 }
 
 inline int Accept(int descriptor, sockaddr* address, socklen_t* size) {

@@ -105,7 +105,9 @@ class PollList {
 Deadline Deadline::After(int64_t milliseconds) {
     Deadline deadline;
     deadline.never_ = milliseconds < 0;
-    deadline.end_ = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
+    if (!deadline.never_) {
+        deadline.end_ = std::chrono::steady_clock::now() + std::chrono::milliseconds(milliseconds);
+    }
     return deadline;
 }
 

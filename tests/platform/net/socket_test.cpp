@@ -42,6 +42,26 @@ TEST_F(SocketTest, WhatIsNoSocketIsTold) {
     EXPECT_EQ(Receive(0, 1), "error 10038") << "a descriptor, but no socket of ours";
 }
 
+TEST_F(SocketTest, ABlockingCallEndsWhenItsTimeIsOver) {
+    const int milliseconds = 60;
+    for (const int option : {SO_RCVTIMEO, SO_SNDTIMEO}) {
+        EXPECT_EQ(setsockopt(socket_, SOL_SOCKET, option,
+                             reinterpret_cast<const char*>(&milliseconds), sizeof milliseconds),
+                  0);
+    }
+    const DWORD start = GetTickCount();
+    EXPECT_EQ(Receive(socket_, 1), "error 10060");
+    EXPECT_GE(GetTickCount() - start, 55u);
+    int sent = 0;
+    for (int turn = 0; turn < 1000 && sent >= 0; ++turn) {
+        sent = SendText(socket_, std::string(1'000'000, '.'));
+    }
+    EXPECT_EQ(sent, SOCKET_ERROR);
+    EXPECT_EQ(WSAGetLastError(), WSAETIMEDOUT) << "the peer takes nothing";
+    SetResetAtClose(socket_);
+    EXPECT_EQ(closesocket(socket_), 0);
+}
+
 TEST_F(SocketTest, ErrorsAndAnswersBelongToTheThreadThatAsked) {
     const hostent* const host = gethostbyname("127.0.0.9");
     ASSERT_NE(host, nullptr);
