@@ -66,7 +66,7 @@ class Services {
     CRITICAL_SECTION listLock_;
     i32 currentSiteId_ = 0;
     u32 optionWord_ = 0;
-    u32 pingWord_ = 0;
+    u32 pingWord_ = 0;  // else the ping tool leaves the system's echo library alone
     u32 passwordKey_ = 0;
     FilterRecord defaultFilter_ = openFilter;
     std::shared_mutex filterMutex_;

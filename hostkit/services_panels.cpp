@@ -20,6 +20,31 @@ namespace {
 using namespace quennet;
 
 constexpr std::size_t usualLine = 1024;
+constexpr LRESULT mostListed = 10'000;
+
+bool ShowsItsEnd(HWND list, LRESULT count) {
+    RECT entry = {};
+    RECT area = {};
+    GetClientRect(list, &area);
+    SendMessageA(list, LB_GETITEMRECT, static_cast<WPARAM>(count - 1),
+                 reinterpret_cast<LPARAM>(&entry));
+    return count == 0 || entry.top < area.bottom;
+}
+
+/// Adds a line, for which the oldest one may go, and follows the lines unless somebody looks at
+/// earlier ones.
+void AddLine(HWND list, const std::string& line) {
+    const LRESULT count = SendMessageA(list, LB_GETCOUNT, 0, 0);
+    const bool follow = ShowsItsEnd(list, count);
+    if (count >= mostListed) {
+        SendMessageA(list, LB_DELETESTRING, 0, 0);
+    }
+    const LRESULT last =
+        SendMessageA(list, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(line.c_str()));
+    if (follow && last >= 0) {
+        SendMessageA(list, LB_SETTOPINDEX, static_cast<WPARAM>(last), 0);
+    }
+}
 
 /// A list box can serve as a console.
 bool PrintOnListBox(WindowNumber console, const std::string& line) {
@@ -29,7 +54,7 @@ bool PrintOnListBox(WindowNumber console, const std::string& line) {
     if (lstrcmpiA(className, "ListBox") != 0) {
         return false;
     }
-    SendMessageA(window, LB_ADDSTRING, 0, reinterpret_cast<LPARAM>(line.c_str()));
+    AddLine(window, line);
     return true;
 }
 

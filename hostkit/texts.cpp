@@ -67,7 +67,7 @@ constexpr Text texts[] = {
     {5507, "byte"},
     // Messages.
     {6000, "The network could not be started."},
-    {6001, "The echo library of the system cannot be used."},
+    {6001, "No echo request can be sent: this user may not, or the host is unknown."},
     {6002, "There is no host %s."},
     {6003, "No answer in time."},
     {6005, "The connection was lost and could not be made again."},

@@ -13,6 +13,11 @@ typedef struct QuennetControlTemplate {
     SHORT y;
     SHORT width;
     SHORT height;
+#ifdef __cplusplus
+    LPCSTR text = "";
+#else
+    LPCSTR text;
+#endif
 } QuennetControlTemplate;
 
 /// A dialog template; its controls stand in tab order.

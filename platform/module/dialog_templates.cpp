@@ -13,8 +13,8 @@ namespace {
 
 // First the controls of each dialog, then the dialogs.
 #define QUENNET_DIALOG(id, width, height, title) constexpr QuennetControlTemplate controls##id[] = {
-#define QUENNET_CONTROL(class, id, style, x, y, width, height) \
-    {class, id, style, x, y, width, height},
+#define QUENNET_CONTROL(text, class, id, style, x, y, width, height) \
+    {class, id, style, x, y, width, height, text},
 #define QUENNET_DIALOG_END };
 #include "resources/dialogs.inc"
 #undef QUENNET_DIALOG
@@ -24,7 +24,7 @@ namespace {
 constexpr QuennetDialogTemplate dialogs[] = {
 #define QUENNET_DIALOG(id, width, height, title) \
     {id, title, QUENNET_DIALOG_STYLE, width, height, controls##id, std::size(controls##id)},
-#define QUENNET_CONTROL(class, id, style, x, y, width, height)
+#define QUENNET_CONTROL(text, class, id, style, x, y, width, height)
 #define QUENNET_DIALOG_END
 #include "resources/dialogs.inc"
 };

@@ -23,7 +23,7 @@ struct DialogRequest {
 bool AddControl(HWND dialog, HINSTANCE instance, const QuennetControlTemplate& control) {
     const auto id = reinterpret_cast<HMENU>(static_cast<ULONG_PTR>(control.id));
     const DWORD style = control.style | WS_CHILD | WS_VISIBLE;
-    return CreateWindowExA(WS_EX_NOPARENTNOTIFY, control.className, "", style,
+    return CreateWindowExA(WS_EX_NOPARENTNOTIFY, control.className, control.text, style,
                            control.x * pixelsPerUnit, control.y * pixelsPerUnit,
                            control.width * pixelsPerUnit, control.height * pixelsPerUnit, dialog,
                            id, instance, nullptr) != nullptr;

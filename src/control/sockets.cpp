@@ -151,6 +151,10 @@ void ReportSocketError(WindowNumber console) {
     }
 }
 
+void ReportSocketErrorCode(WindowNumber console, const char* format) {
+    CoreConsolePrint()(console, format, WSAGetLastError());
+}
+
 void ReportTextId(WindowNumber console, u32 textId) {
     char text[256] = "";
     CoreLoadText(textId, text, sizeof text);

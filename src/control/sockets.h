@@ -20,6 +20,9 @@ void SocketErrorText(char* buffer, u32 size);
 /// Prints the text of the last socket error, if it has one.
 void ReportSocketError(WindowNumber console);
 
+/// Prints a format of the module's with the number of the last socket error.
+void ReportSocketErrorCode(WindowNumber console, const char* format);
+
 /// Prints the host's text of an id.
 void ReportTextId(WindowNumber console, u32 textId);
 

@@ -6,6 +6,7 @@
 #include "host/message.h"
 #include "host/services.h"
 #include "listing/cache.h"
+#include "ping/ping_dialog.h"
 #include "sites/text_dialogs.h"
 #include "transfer/change_directory.h"
 #include "transfer/get_file.h"
@@ -41,6 +42,13 @@ i32 SetTables(const HostMessage& message) {
     hostTables.mainWindow = WindowFromNumber(static_cast<WindowNumber>(message.arg6));
     hostTables.captionWord = message.arg7;
     return tablesStored;
+}
+
+i32 Ping(const HostMessage& message) {
+    OpenPingDialog(WindowFromNumber(static_cast<WindowNumber>(message.arg1)),
+                   PointerFromWord<HINSTANCE__>(message.arg2),
+                   PointerFromWord<HostWord>(message.arg3));
+    return noResult;
 }
 
 i32 GetHostText(const HostMessage& message) {
@@ -208,6 +216,7 @@ struct MessageHandler {
 
 constexpr MessageHandler messageHandlers[] = {
     {MessageNumber::setTables, SetTables},
+    {MessageNumber::ping, Ping},
     {MessageNumber::getHostText, GetHostText},
     {MessageNumber::setHostText, SetHostText},
     {MessageNumber::getDirectory, GetDirectory},

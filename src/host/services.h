@@ -32,6 +32,18 @@ inline void CoreGetProfilePath(char* buffer) {
         hostTables.core->words[static_cast<u32>(CoreService::profile)], buffer);
 }
 
+inline void CoreSaveHistory(HWND comboBox, const char* path, const char* section, i32 limit) {
+    Core<CoreSaveHistoryFunction>(CoreService::saveHistory)(comboBox, path, section, limit);
+}
+
+inline void CoreLoadHistory(HWND comboBox, const char* path, const char* section, i32 limit) {
+    Core<CoreLoadHistoryFunction>(CoreService::loadHistory)(comboBox, path, section, limit);
+}
+
+inline void CoreAddHistory(HWND comboBox, const char* text) {
+    Core<CoreAddHistoryFunction>(CoreService::addHistory)(comboBox, text);
+}
+
 inline void CoreLoadText(u32 textId, char* buffer, u32 size) {
     Core<CoreLoadTextFunction>(CoreService::loadText)(textId, buffer, size);
 }
