@@ -15,12 +15,12 @@ needed=(g++:g++ cmake:cmake ninja-build:ninja googletest:/usr/src/googletest/CMa
 useful=(libncurses-dev:/usr/include/ncurses.h shared-mime-info:/usr/share/mime/globs2)
 case "${1:-}" in
     demo) ;;
-    test) useful+=(tmux python3 python3-pyftpdlib) ;;
+    test) useful+=(tmux iproute2 python3 python3-pyftpdlib) ;;
     bench) useful+=(libbenchmark-dev curl lftp) ;;
     ci)
         needed+=(g++-multilib:- g++-mingw-w64-i686-posix:i686-w64-mingw32-g++-posix
             clang:clang++ libclang-rt-14-dev:- clang-format-14:clang-format-14 git:git)
-        useful+=(tmux python3 python3-pyftpdlib libbenchmark-dev curl lftp)
+        useful+=(tmux iproute2 python3 python3-pyftpdlib libbenchmark-dev curl lftp)
         ;;
     *)
         echo "usage: $0 demo|test|bench|ci" >&2

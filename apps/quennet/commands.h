@@ -39,6 +39,10 @@ void RunFind(const Options& options, Watch& watch, Status& status);
 /// Sends a typed line in the URL's directory and prints its replies.
 void RunRaw(const Options& options, Watch& watch, Status& status);
 
+/// Sends echo requests to a host and prints what becomes of them; with a window a person does, in
+/// the terminal.
+void RunPing(const Options& options, Watch& watch, Status& status);
+
 /// Opens the connection dialog in the terminal, connects, and shows conversation and listing until
 /// a key is pressed.
 void RunConnect(const Options& options, Status& status);

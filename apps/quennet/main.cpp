@@ -35,11 +35,11 @@ void Print(std::string_view text) {
     output.Flush();
 }
 
-struct ServerCommand {
+struct WatchedCommand {
     Command command;
     void (*run)(const Options& options, Watch& watch, Status& status);
 };
-constexpr ServerCommand serverCommands[] = {
+constexpr WatchedCommand watchedCommands[] = {
     {Command::ls, RunList},
     {Command::get, RunGet},
     {Command::put, RunPut},
@@ -51,6 +51,7 @@ constexpr ServerCommand serverCommands[] = {
     {Command::raw, RunRaw},
     {Command::fxp, RunServerCopy},
     {Command::find, RunFind},
+    {Command::ping, RunPing},
 };
 
 void Run(const Options& options, Status& status) {
@@ -71,7 +72,7 @@ void Run(const Options& options, Status& status) {
         return;
     }
     Watch watch(options.idleTimeout);
-    for (const ServerCommand& command : serverCommands) {
+    for (const WatchedCommand& command : watchedCommands) {
         if (command.command == options.command) {
             command.run(options, watch, status);
             return;

@@ -15,7 +15,7 @@ constexpr unsigned Only(Command command) {
 }
 
 /// The words behind a command.
-enum class Words { none, url, fileAndUrl, urlAndName, urlAndLine, modeAndUrl, twoUrls };
+enum class Words { none, url, fileAndUrl, urlAndName, urlAndLine, modeAndUrl, twoUrls, host };
 
 struct CommandRow {
     std::string_view name;
@@ -23,14 +23,23 @@ struct CommandRow {
     Words words;
 };
 constexpr CommandRow commandRows[] = {
-    {"ls", Command::ls, Words::url},          {"get", Command::get, Words::url},
-    {"put", Command::put, Words::fileAndUrl}, {"rm", Command::rm, Words::url},
-    {"rmdir", Command::rmdir, Words::url},    {"mkdir", Command::mkdir, Words::url},
-    {"mv", Command::mv, Words::urlAndName},   {"chmod", Command::chmod, Words::modeAndUrl},
-    {"raw", Command::raw, Words::urlAndLine}, {"fxp", Command::fxp, Words::twoUrls},
-    {"find", Command::find, Words::url},      {"connect", Command::connect, Words::none},
-    {"sites", Command::sites, Words::none},   {"demo", Command::demo, Words::none},
-    {"help", Command::help, Words::none},     {"version", Command::version, Words::none},
+    {"ls", Command::ls, Words::url},
+    {"get", Command::get, Words::url},
+    {"put", Command::put, Words::fileAndUrl},
+    {"rm", Command::rm, Words::url},
+    {"rmdir", Command::rmdir, Words::url},
+    {"mkdir", Command::mkdir, Words::url},
+    {"mv", Command::mv, Words::urlAndName},
+    {"chmod", Command::chmod, Words::modeAndUrl},
+    {"raw", Command::raw, Words::urlAndLine},
+    {"fxp", Command::fxp, Words::twoUrls},
+    {"find", Command::find, Words::url},
+    {"ping", Command::ping, Words::host},
+    {"connect", Command::connect, Words::none},
+    {"sites", Command::sites, Words::none},
+    {"demo", Command::demo, Words::none},
+    {"help", Command::help, Words::none},
+    {"version", Command::version, Words::none},
 };
 
 /// What is wanted, as a refusal says it.
@@ -44,7 +53,7 @@ constexpr WordsRow wordsRows[] = {
     {0, 0, 0, " takes no argument"},      {1, 1, 1, " wants one URL"},
     {2, 2, 2, " wants a file and a URL"}, {2, 2, 1, " wants a URL and a new name"},
     {2, 2, 1, " wants a URL and a line"}, {1, 2, 2, " wants permissions and a URL, or a URL alone"},
-    {2, 2, 1, " wants two URLs"},
+    {2, 2, 1, " wants two URLs"},         {0, 1, 1, " wants one host"},
 };
 
 void SetExisting(Options& options, ExistingFile existing) {
@@ -97,6 +106,14 @@ void SetMask(Options& options, const std::string& value) {
     options.mask = value;
 }
 
+void SetCount(Options& options, const std::string& value) {
+    const char* end = value.data() + value.size();
+    const auto [rest, error] = std::from_chars(value.data(), end, options.count);
+    if (error != std::errc() || rest != end || options.count == 0) {
+        throw Failure(ExitStatus::usage, "--count wants a number above 0");
+    }
+}
+
 struct OptionRow {
     char letter;  // 0: none
     std::string_view name;
@@ -133,7 +150,8 @@ constexpr OptionRow optionRows[] = {
      [](Options& options, const std::string&) { options.allEntries = true; }},
     {0, "no-recurse", false, Only(Command::find),
      [](Options& options, const std::string&) { options.subfolders = false; }},
-    {0, "window", false, Only(Command::find),
+    {'c', "count", true, Only(Command::ping), SetCount},
+    {0, "window", false, Only(Command::find) | Only(Command::ping),
      [](Options& options, const std::string&) { options.window = true; }},
     {0, "text", true, Only(Command::find),
      [](Options& options, const std::string& value) { options.textFile = value; }},
@@ -161,6 +179,8 @@ constexpr std::string_view helpText =
        quennet [options] fxp [--overwrite|--skip] URL URL
        quennet [options] find [-m MASK] [-a] [--no-recurse] [--text|--csv|--html FILE] URL
        quennet [options] find --window URL
+       quennet [options] ping [-c N] HOST
+       quennet [options] ping --window [HOST]
        quennet [options] connect
        quennet [options] sites [--porcelain]
        quennet [options] demo
@@ -203,6 +223,9 @@ the book, with the password that the book holds; its path starts in the site's d
     --text, --csv, --html FILE  writes the list to a file, and over one that is there
     --porcelain      for scripts: paths written as names are in ls
     --window         opens the search window in the terminal; Go to closes it and prints the path
+  ping    sends an echo request a second to a host until Ctrl-C, and sums up what came back
+    -c, --count N    ends after N requests
+    --window         opens the ping dialog in the terminal
   connect opens the connection dialog with the site book, connects, and lists the directory; any
           key then disconnects
   sites   lists the site book, without passwords: name, host, user, directory and options

@@ -21,6 +21,7 @@ enum class Command {
     raw,
     fxp,
     find,
+    ping,
     connect,
     sites,
     demo,
@@ -40,7 +41,7 @@ struct Firewall {
 
 struct Options {
     Command command = Command::help;
-    std::string url;       // or a site's name
+    std::string url;       // or a site's name; of ping the host
     std::string argument;  // the other word of a command that takes two; of fxp the second URL
 
     bool verbose = false;  // the connection's console on standard error
@@ -57,10 +58,12 @@ struct Options {
     std::string mask;  // empty: all names
     bool subfolders = true;
     bool allEntries = false;  // hidden ones too
-    bool window = false;      // a person searches, in the terminal
+    bool window = false;      // a person does it, in the terminal
     std::optional<std::string> textFile;
     std::optional<std::string> csvFile;
     std::optional<std::string> htmlFile;
+
+    unsigned count = 0;  // of echo requests; 0: until it is ended
 
     std::optional<std::string> output;
     ExistingFile existing = ExistingFile::ask;

@@ -83,11 +83,11 @@ void Watch::Decide(Verdict verdict) {
 
 void Watch::Look() {
     const std::lock_guard lock(mutex_);
-    if (connection_ == nullptr) {
-        return;
-    }
     if (tick_) {
         tick_();
+    }
+    if (connection_ == nullptr) {
+        return;
     }
     if (NothingMoves()) {
         Decide(Verdict::idle);
@@ -119,6 +119,11 @@ Watch::Operation::Operation(Watch& watch, hostkit::Connection& connection, Kind 
     if (kind == Kind::farewell) {
         watch_.abortFrom_ += farewellTime;
     }
+    watch_.tick_ = std::move(tick);
+}
+
+Watch::Operation::Operation(Watch& watch, std::function<void()> tick) : watch_(watch) {
+    const std::lock_guard lock(watch_.mutex_);
     watch_.tick_ = std::move(tick);
 }
 

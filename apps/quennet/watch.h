@@ -64,6 +64,8 @@ class Watch {
       public:
         Operation(Watch& watch, hostkit::Connection& connection, Kind kind,
                   std::function<void()> tick = {});
+        /// One without a connection; `tick` has to see to its end.
+        Operation(Watch& watch, std::function<void()> tick);
         ~Operation();
         Operation(const Operation&) = delete;
         Operation& operator=(const Operation&) = delete;
