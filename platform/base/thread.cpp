@@ -8,12 +8,11 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <chrono>
-#include <condition_variable>
-#include <map>
+#include <atomic>
 #include <memory>
 #include <mutex>
 #include <new>
+#include <set>
 
 #include "base/before_wait.h"
 #include "winbase.h"
@@ -22,37 +21,22 @@ namespace {
 
 thread_local DWORD lastError = ERROR_SUCCESS;
 
-/// One thread, as its handle and the thread itself see it.
-struct Thread {
-    std::mutex lock;
-    std::condition_variable changed;
-    LPTHREAD_START_ROUTINE start = nullptr;
-    LPVOID parameter = nullptr;
-    DWORD id = 0;  // 0 until the thread has begun
-    bool ended = false;
-    DWORD exitCode = STILL_ACTIVE;
+/// What a new thread and its maker tell each other.
+struct Beginning {
+    LPTHREAD_START_ROUTINE start;
+    LPVOID parameter;
+    std::atomic<DWORD> id = 0;  // 0 until the thread has begun
 };
-using ThreadPointer = std::shared_ptr<Thread>;
+using BeginningPointer = std::shared_ptr<Beginning>;
 
 /// The open handles. They are numbers, so that a closed one is recognised.
 class HandleTable {
   public:
-    HANDLE Add(ThreadPointer thread) {
+    HANDLE Add() {
         const std::lock_guard guard(lock_);
         lastNumber_ += 4;
-        open_.emplace(lastNumber_, std::move(thread));
+        open_.insert(lastNumber_);
         return reinterpret_cast<HANDLE>(lastNumber_);
-    }
-
-    /// Null, with the last error set, for what is no open handle.
-    ThreadPointer Find(HANDLE handle) {
-        const std::lock_guard guard(lock_);
-        const auto found = open_.find(reinterpret_cast<uintptr_t>(handle));
-        if (found == open_.end()) {
-            SetLastError(ERROR_INVALID_HANDLE);
-            return nullptr;
-        }
-        return found->second;
     }
 
     bool Remove(HANDLE handle) {
@@ -62,7 +46,7 @@ class HandleTable {
 
   private:
     std::mutex lock_;
-    std::map<uintptr_t, ThreadPointer> open_;
+    std::set<uintptr_t> open_;
     uintptr_t lastNumber_ = 0;
 };
 
@@ -73,24 +57,15 @@ HandleTable& Handles() {
 }
 
 void* RunThread(void* argument) {
-    const std::unique_ptr<ThreadPointer> owner(static_cast<ThreadPointer*>(argument));
-    Thread& thread = **owner;
-    {
-        const std::lock_guard guard(thread.lock);
-        thread.id = GetCurrentThreadId();
-    }
-    thread.changed.notify_all();
-    const DWORD exitCode = thread.start(thread.parameter);
-    {
-        const std::lock_guard guard(thread.lock);
-        thread.exitCode = exitCode;
-        thread.ended = true;
-    }
-    thread.changed.notify_all();
+    const std::unique_ptr<BeginningPointer> owner(static_cast<BeginningPointer*>(argument));
+    Beginning& beginning = **owner;
+    beginning.id = GetCurrentThreadId();
+    beginning.id.notify_all();
+    beginning.start(beginning.parameter);
     return nullptr;
 }
 
-bool StartDetached(ThreadPointer* argument, SIZE_T stackSize) {
+bool StartDetached(BeginningPointer* argument, SIZE_T stackSize) {
     pthread_attr_t attributes;
     pthread_attr_init(&attributes);
     pthread_attr_setdetachstate(&attributes, PTHREAD_CREATE_DETACHED);
@@ -102,12 +77,6 @@ bool StartDetached(ThreadPointer* argument, SIZE_T stackSize) {
     const int error = pthread_create(&thread, &attributes, RunThread, argument);
     pthread_attr_destroy(&attributes);
     return error == 0;
-}
-
-DWORD WaitForBegin(Thread* thread) {
-    std::unique_lock guard(thread->lock);
-    thread->changed.wait(guard, [&] { return thread->id != 0; });
-    return thread->id;
 }
 
 }  // namespace
@@ -148,15 +117,16 @@ HANDLE WINAPI CreateThread(LPSECURITY_ATTRIBUTES, SIZE_T stackSize, LPTHREAD_STA
         return nullptr;
     }
     try {
-        const auto thread = std::make_shared<Thread>();
-        thread->start = start;
-        thread->parameter = parameter;
-        const HANDLE handle = Handles().Add(thread);
-        auto argument = std::make_unique<ThreadPointer>(thread);
+        const auto beginning = std::make_shared<Beginning>();
+        beginning->start = start;
+        beginning->parameter = parameter;
+        const HANDLE handle = Handles().Add();
+        auto argument = std::make_unique<BeginningPointer>(beginning);
         if (StartDetached(argument.get(), stackSize)) {
             static_cast<void>(argument.release());  // the thread deletes it
             if (id != nullptr) {
-                *id = WaitForBegin(thread.get());
+                beginning->id.wait(0);
+                *id = beginning->id;
             }
             return handle;
         }
@@ -172,32 +142,6 @@ BOOL WINAPI CloseHandle(HANDLE object) {
         SetLastError(ERROR_INVALID_HANDLE);
         return FALSE;
     }
-    return TRUE;
-}
-
-DWORD WINAPI WaitForSingleObject(HANDLE object, DWORD milliseconds) {
-    const ThreadPointer thread = Handles().Find(object);
-    if (thread == nullptr) {
-        return WAIT_FAILED;
-    }
-    quennet::BeforeWait();
-    std::unique_lock guard(thread->lock);
-    const auto ended = [&] { return thread->ended; };
-    if (milliseconds == INFINITE) {
-        thread->changed.wait(guard, ended);
-        return WAIT_OBJECT_0;
-    }
-    const std::chrono::milliseconds limit(milliseconds);
-    return thread->changed.wait_for(guard, limit, ended) ? WAIT_OBJECT_0 : WAIT_TIMEOUT;
-}
-
-BOOL WINAPI GetExitCodeThread(HANDLE object, LPDWORD exitCode) {
-    const ThreadPointer thread = Handles().Find(object);
-    if (thread == nullptr) {
-        return FALSE;
-    }
-    const std::lock_guard guard(thread->lock);
-    *exitCode = thread->exitCode;
     return TRUE;
 }
 

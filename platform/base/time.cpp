@@ -80,13 +80,6 @@ void WINAPI GetLocalTime(SYSTEMTIME* time) {
     FillTime(time, LocalParts(now.tv_sec), now.tv_nsec);
 }
 
-void WINAPI GetSystemTime(SYSTEMTIME* time) {
-    const timespec now = Now(CLOCK_REALTIME);
-    tm parts{};
-    gmtime_r(&now.tv_sec, &parts);
-    FillTime(time, parts, now.tv_nsec);
-}
-
 BOOL WINAPI SystemTimeToFileTime(const SYSTEMTIME* time, FILETIME* fileTime) {
     if (!IsCalendarTime(*time)) {
         return Refuse();
@@ -137,17 +130,6 @@ BOOL WINAPI FileTimeToDosDateTime(const FILETIME* fileTime, WORD* date, WORD* ti
     *date = static_cast<WORD>((parts.wYear - firstDosYear) << 9 | parts.wMonth << 5 | parts.wDay);
     *time = static_cast<WORD>(parts.wHour << 11 | parts.wMinute << 5 | parts.wSecond / 2);
     return TRUE;
-}
-
-BOOL WINAPI DosDateTimeToFileTime(WORD date, WORD time, FILETIME* fileTime) {
-    SYSTEMTIME parts{};
-    parts.wYear = static_cast<WORD>(firstDosYear + (date >> 9));
-    parts.wMonth = date >> 5 & 0x0f;
-    parts.wDay = date & 0x1f;
-    parts.wHour = static_cast<WORD>(time >> 11);
-    parts.wMinute = time >> 5 & 0x3f;
-    parts.wSecond = static_cast<WORD>((time & 0x1f) * 2);
-    return SystemTimeToFileTime(&parts, fileTime);
 }
 
 DWORD WINAPI GetTickCount() {

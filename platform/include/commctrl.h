@@ -311,8 +311,6 @@ typedef NMTTDISPINFOA TOOLTIPTEXTA;
 
 QUENNET_PLATFORM_BEGIN
 
-/// Classes are known from the start; nothing to be done.
-QUENNET_PLATFORM_API void WINAPI InitCommonControls(void);
 /// A status bar, a child of `parent`, at its lower edge.
 QUENNET_PLATFORM_API HWND WINAPI CreateStatusWindowA(LONG style, LPCSTR text, HWND parent, UINT id);
 

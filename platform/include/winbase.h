@@ -26,11 +26,7 @@
 
 #define INVALID_HANDLE_VALUE ((HANDLE)(LONG_PTR)-1)
 
-#define INFINITE      0xFFFFFFFFu
-#define WAIT_OBJECT_0 0u
-#define WAIT_TIMEOUT  258u
-#define WAIT_FAILED   0xFFFFFFFFu
-#define STILL_ACTIVE  259u
+#define INFINITE 0xFFFFFFFFu
 
 #define LOCALE_USER_DEFAULT 0x0400u
 #define DATE_SHORTDATE      0x00000001u
@@ -77,9 +73,8 @@ QUENNET_PLATFORM_API void WINAPI SetLastError(DWORD error);
 
 // --- Time ---------------------------------------------------------------------------------
 
-/// Now, in the user's time zone or in UTC.
+/// Now, in the user's time zone.
 QUENNET_PLATFORM_API void WINAPI GetLocalTime(SYSTEMTIME* time);
-QUENNET_PLATFORM_API void WINAPI GetSystemTime(SYSTEMTIME* time);
 
 /// Converts without any shift of zone. Takes the years 1601 to 30827 and no date or time that
 /// the calendar does not have; wDayOfWeek is not looked at.
@@ -91,8 +86,6 @@ QUENNET_PLATFORM_API BOOL WINAPI FileTimeToSystemTime(const FILETIME* fileTime, 
 /// 10..5 minute, 4..0 seconds divided by 2. Fails outside the years 1980 to 2107.
 QUENNET_PLATFORM_API BOOL WINAPI FileTimeToDosDateTime(const FILETIME* fileTime, WORD* date,
                                                        WORD* time);
-/// Fails for a date or time that the calendar does not have.
-QUENNET_PLATFORM_API BOOL WINAPI DosDateTimeToFileTime(WORD date, WORD time, FILETIME* fileTime);
 
 /// Writes the date in the user's short format, or the time in the user's format. `locale` is
 /// LOCALE_USER_DEFAULT, `flags` 0 or DATE_SHORTDATE, 0 or TIME_NOSECONDS; a null time is now;
@@ -120,10 +113,6 @@ QUENNET_PLATFORM_API HANDLE WINAPI CreateThread(LPSECURITY_ATTRIBUTES attributes
                                                 LPTHREAD_START_ROUTINE start, LPVOID parameter,
                                                 DWORD flags, LPDWORD id);
 QUENNET_PLATFORM_API BOOL WINAPI CloseHandle(HANDLE object);
-/// Waits until the thread has ended: WAIT_OBJECT_0, WAIT_TIMEOUT or WAIT_FAILED.
-QUENNET_PLATFORM_API DWORD WINAPI WaitForSingleObject(HANDLE object, DWORD milliseconds);
-/// STILL_ACTIVE while the thread runs.
-QUENNET_PLATFORM_API BOOL WINAPI GetExitCodeThread(HANDLE thread, LPDWORD exitCode);
 QUENNET_PLATFORM_API DWORD WINAPI GetCurrentThreadId(void);
 QUENNET_PLATFORM_API DWORD WINAPI GetCurrentProcessId(void);
 

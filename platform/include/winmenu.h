@@ -68,8 +68,6 @@ QUENNET_PLATFORM_API BOOL WINAPI AppendMenuA(HMENU menu, UINT flags, UINT_PTR id
 /// caller's. FALSE for a child window or no menu.
 QUENNET_PLATFORM_API BOOL WINAPI SetMenu(HWND window, HMENU menu);
 QUENNET_PLATFORM_API HMENU WINAPI GetMenu(HWND window);
-/// Shows the bar as it is now.
-QUENNET_PLATFORM_API BOOL WINAPI DrawMenuBar(HWND window);
 
 /// What the entry at a position opens, null when it opens nothing.
 QUENNET_PLATFORM_API HMENU WINAPI GetSubMenu(HMENU menu, INT position);

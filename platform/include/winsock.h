@@ -93,20 +93,13 @@ typedef struct quennet_fd_set {
 
 #define SOL_SOCKET 0xffff
 
-#define SO_ACCEPTCONN 0x0002
-#define SO_REUSEADDR  0x0004
-#define SO_KEEPALIVE  0x0008
-#define SO_DONTROUTE  0x0010
-#define SO_BROADCAST  0x0020
-#define SO_LINGER     0x0080  // struct linger
-#define SO_DONTLINGER (~SO_LINGER)
-#define SO_OOBINLINE  0x0100
-#define SO_SNDBUF     0x1001
-#define SO_RCVBUF     0x1002
-#define SO_SNDTIMEO   0x1005  // milliseconds that a blocking send may last, 0 for ever
-#define SO_RCVTIMEO   0x1006  // the same for a blocking receive; both then fail with WSAETIMEDOUT
-#define SO_ERROR      0x1007  // a number as WSAGetLastError gives it; asking clears it
-#define SO_TYPE       0x1008
+#define SO_REUSEADDR 0x0004
+#define SO_KEEPALIVE 0x0008
+#define SO_LINGER    0x0080  // struct linger
+#define SO_OOBINLINE 0x0100
+#define SO_SNDTIMEO  0x1005  // milliseconds that a blocking send may last, 0 for ever
+#define SO_RCVTIMEO  0x1006  // the same for a blocking receive; both then fail with WSAETIMEDOUT
+#define SO_ERROR     0x1007  // a number as WSAGetLastError gives it; asking clears it
 
 #define SOMAXCONN 5
 
@@ -188,7 +181,7 @@ QUENNET_PLATFORM_API SOCKET quennet_accept(SOCKET socket, struct sockaddr* addre
 QUENNET_PLATFORM_API int quennet_connect(SOCKET socket, const struct sockaddr* address, int size);
 /// Bytes taken. A blocking socket takes all.
 QUENNET_PLATFORM_API int quennet_send(SOCKET socket, const char* data, int length, int flags);
-/// Bytes received, 0 at the end of the stream. Flags: MSG_PEEK, MSG_OOB.
+/// Bytes received, 0 at the end of the stream. Flags: MSG_PEEK.
 QUENNET_PLATFORM_API int quennet_recv(SOCKET socket, char* buffer, int length, int flags);
 QUENNET_PLATFORM_API int quennet_sendto(SOCKET socket, const char* data, int length, int flags,
                                         const struct sockaddr* address, int size);
@@ -213,7 +206,6 @@ QUENNET_PLATFORM_API int quennet_setsockopt(SOCKET socket, int level, int option
 QUENNET_PLATFORM_API int quennet_getsockopt(SOCKET socket, int level, int option, char* value,
                                             int* size);
 QUENNET_PLATFORM_API int quennet_getsockname(SOCKET socket, struct sockaddr* address, int* size);
-QUENNET_PLATFORM_API int quennet_getpeername(SOCKET socket, struct sockaddr* address, int* size);
 
 // --- Names --------------------------------------------------------------------------------
 
@@ -258,7 +250,6 @@ inline int bind(SOCKET socket, const struct sockaddr* address, Size size) {
 #define connect(...)        quennet_connect(__VA_ARGS__)
 #define gethostbyaddr(...)  quennet_gethostbyaddr(__VA_ARGS__)
 #define gethostbyname(...)  quennet_gethostbyname(__VA_ARGS__)
-#define getpeername(...)    quennet_getpeername(__VA_ARGS__)
 #define getprotobyname(...) quennet_getprotobyname(__VA_ARGS__)
 #define getsockname(...)    quennet_getsockname(__VA_ARGS__)
 #define getsockopt(...)     quennet_getsockopt(__VA_ARGS__)

@@ -509,7 +509,7 @@ QUENNET_PLATFORM_API LRESULT WINAPI SendMessageA(HWND window, UINT message, WPAR
                                                  LPARAM lParam);
 
 /// Milliseconds, 10 at least. Sets the timer again, from now, when it is running. Works on a window
-/// of any thread of the process. The timer's number, 0 for no window.
+/// of any thread of the process; `procedure` is null. The timer's number, 0 for no window.
 QUENNET_PLATFORM_API UINT_PTR WINAPI SetTimer(HWND window, UINT_PTR timer, UINT milliseconds,
                                               TIMERPROC procedure);
 /// No WM_TIMER comes out of the queue after this. FALSE when there was no such timer.

@@ -129,23 +129,17 @@ int SendStream(SocketUse* use, const char* data, std::size_t length) {
     return static_cast<int>(taken);
 }
 
-/// Urgent bytes and datagrams go straight to the system.
-int SendStraight(SocketUse* use, const char* data, std::size_t length, int flags,
+/// Datagrams go straight to the system.
+int SendDatagram(SocketUse* use, const char* data, std::size_t length, int flags,
                  const sockaddr* address, int size) {
     const Deadline deadline = Deadline::After((*use)->sendTimeout);
     for (;;) {
-        PushUnsent(&**use, use->Descriptor());
-        if ((*use)->error != 0) {
-            return FailWithFoundError(&**use);
-        }
-        const bool ready = (*use)->unsent.Empty();
-        const ssize_t sent = ready ? system::SendTo(use->Descriptor(), data, length, flags, address,
-                                                    static_cast<socklen_t>(size))
-                                   : 0;
-        if (ready && sent >= 0) {
+        const ssize_t sent = system::SendTo(use->Descriptor(), data, length, flags, address,
+                                            static_cast<socklen_t>(size));
+        if (sent >= 0) {
             return static_cast<int>(sent);
         }
-        if (ready && errno != EAGAIN && errno != EINTR) {
+        if (errno != EAGAIN && errno != EINTR) {
             return FailFromSystem();
         }
         if ((*use)->nonBlocking) {
@@ -209,21 +203,20 @@ int ReceiveStream(SocketUse* use, char* buffer, std::size_t length, bool peek) {
     return static_cast<int>(state.received.Peek(buffer, length));
 }
 
-/// Urgent bytes and datagrams come straight from the system.
-int ReceiveStraight(SocketUse* use, char* buffer, std::size_t length, int flags, sockaddr* address,
+/// Datagrams come straight from the system; one that does not fit is a failure.
+int ReceiveDatagram(SocketUse* use, char* buffer, std::size_t length, int flags, sockaddr* address,
                     int* size) {
-    const bool datagram = !(*use)->stream;
     const Deadline deadline = Deadline::After((*use)->receiveTimeout);
     for (;;) {
         socklen_t room = size != nullptr ? static_cast<socklen_t>(*size) : 0;
-        const ssize_t received = system::ReceiveFrom(use->Descriptor(), buffer, length,
-                                                     flags | (datagram ? MSG_TRUNC : 0), address,
-                                                     size != nullptr ? &room : nullptr);
+        const ssize_t received =
+            system::ReceiveFrom(use->Descriptor(), buffer, length, flags | MSG_TRUNC, address,
+                                size != nullptr ? &room : nullptr);
         if (received >= 0) {
             if (size != nullptr) {
                 *size = static_cast<int>(room);
             }
-            const bool cut = datagram && static_cast<std::size_t>(received) > length;
+            const bool cut = static_cast<std::size_t>(received) > length;
             return cut ? Fail(WSAEMSGSIZE) : static_cast<int>(received);
         }
         if (errno != EAGAIN && errno != EINTR) {
@@ -232,7 +225,7 @@ int ReceiveStraight(SocketUse* use, char* buffer, std::size_t length, int flags,
         if ((*use)->nonBlocking) {
             return Fail(WSAEWOULDBLOCK);
         }
-        if (!AwaitInTime(use, (flags & MSG_OOB) != 0 ? POLLPRI : POLLIN, deadline)) {
+        if (!AwaitInTime(use, POLLIN, deadline)) {
             return SOCKET_ERROR;
         }
     }
@@ -250,14 +243,8 @@ int quennet_sendto(SOCKET socket, const char* data, int length, int flags, const
         return Fail(WSAEINVAL);
     }
     const auto count = static_cast<std::size_t>(length);
-    if (use->stream && (flags & MSG_OOB) == 0) {
-        return SendStream(&use, data, count);
-    }
-    if (use->stream) {
-        return IsConnected(&use) ? SendStraight(&use, data, count, flags, nullptr, 0)
-                                 : SOCKET_ERROR;
-    }
-    return SendStraight(&use, data, count, flags, address, size);
+    return use->stream ? SendStream(&use, data, count)
+                       : SendDatagram(&use, data, count, flags, address, size);
 }
 
 int quennet_send(SOCKET socket, const char* data, int length, int flags) {
@@ -275,10 +262,8 @@ int quennet_recvfrom(SOCKET socket, char* buffer, int length, int flags, sockadd
         return Fail(WSAEINVAL);
     }
     const auto count = static_cast<std::size_t>(length);
-    if (use->stream && (flags & MSG_OOB) == 0) {
-        return ReceiveStream(&use, buffer, count, (flags & MSG_PEEK) != 0);
-    }
-    return ReceiveStraight(&use, buffer, count, flags, address, size);
+    return use->stream ? ReceiveStream(&use, buffer, count, (flags & MSG_PEEK) != 0)
+                       : ReceiveDatagram(&use, buffer, count, flags, address, size);
 }
 
 int quennet_recv(SOCKET socket, char* buffer, int length, int flags) {

@@ -2,7 +2,7 @@
 // The system's own sockets, under names that winsock.h does not take. Whoever needs both includes
 // this header first; it brings in winsock.h when the system's values are safe.
 
-#ifdef SO_DONTLINGER
+#ifdef INVALID_SOCKET
 #error "net/system.h comes before winsock.h"
 #endif
 
@@ -10,7 +10,6 @@
 #include <linux/icmp.h>
 #include <netdb.h>
 #include <netinet/in.h>
-#include <netinet/tcp.h>
 #include <poll.h>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
@@ -19,17 +18,11 @@
 namespace quennet::net::system {
 
 constexpr int socketLevel = SOL_SOCKET;
-constexpr int optionAcceptConn = SO_ACCEPTCONN;
-constexpr int optionBroadcast = SO_BROADCAST;
-constexpr int optionDontRoute = SO_DONTROUTE;
 constexpr int optionError = SO_ERROR;
 constexpr int optionKeepAlive = SO_KEEPALIVE;
 constexpr int optionLinger = SO_LINGER;
 constexpr int optionOobInline = SO_OOBINLINE;
-constexpr int optionReceiveBuffer = SO_RCVBUF;
 constexpr int optionReuseAddress = SO_REUSEADDR;
-constexpr int optionSendBuffer = SO_SNDBUF;
-constexpr int optionType = SO_TYPE;
 constexpr unsigned long ioctlReadable = FIONREAD;
 
 /// Every descriptor of the layer is non-blocking; blocking is what the layer makes of it.
@@ -92,10 +85,6 @@ inline int GetOption(int descriptor, int level, int option, void* value, socklen
 
 inline int OwnName(int descriptor, sockaddr* address, socklen_t* size) {
     return ::getsockname(descriptor, address, size);
-}
-
-inline int PeerName(int descriptor, sockaddr* address, socklen_t* size) {
-    return ::getpeername(descriptor, address, size);
 }
 
 }  // namespace quennet::net::system

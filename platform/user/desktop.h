@@ -83,11 +83,10 @@ struct SentMessage {
 };
 
 struct Timer {
-    HWND window;  // null for a timer of the thread
+    HWND window;
     UINT_PTR number;
     Clock::duration period;
     Clock::time_point due;
-    TIMERPROC procedure;
 };
 
 /// What a thread has to do.

@@ -163,10 +163,6 @@ HMENU WINAPI GetMenu(HWND handle) {
     return window ? window->menu : nullptr;
 }
 
-BOOL WINAPI DrawMenuBar(HWND window) {
-    return InvalidateRect(window, nullptr, TRUE);
-}
-
 HMENU WINAPI GetSubMenu(HMENU menu, INT position) {
     DesktopLock desktop;
     const MenuEntry* entry =

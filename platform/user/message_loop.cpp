@@ -207,10 +207,6 @@ BOOL WINAPI TranslateMessage(const MSG* message) {
 }
 
 LRESULT WINAPI DispatchMessageA(const MSG* message) {
-    if (message->message == WM_TIMER && message->lParam != 0) {
-        CallTimerProcedure(*message);
-        return 0;
-    }
     return message->hwnd
                ? SendMessageA(message->hwnd, message->message, message->wParam, message->lParam)
                : 0;

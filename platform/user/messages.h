@@ -32,9 +32,6 @@ void ReleaseSenders(MessageQueue& queue, HWND window);
 bool TakeDueTimer(DesktopLock& desktop, MessageQueue& queue, const MessageFilter& filter,
                   bool remove, MSG* message);
 
-/// Calls the procedure that a WM_TIMER carries, if its timer still runs. The lock is not held.
-void CallTimerProcedure(const MSG& message);
-
 /// Waits until the queue is woken or its next timer that the filter accepts is due.
 void WaitForWork(DesktopLock& desktop, MessageQueue& queue, const MessageFilter& filter);
 

@@ -195,8 +195,6 @@ extern "C" LRESULT CALLBACK StatusBarProcedure(HWND window, UINT message, WPARAM
 
 extern "C" {
 
-void WINAPI InitCommonControls(void) {}
-
 HWND WINAPI CreateStatusWindowA(LONG style, LPCSTR text, HWND parent, UINT id) {
     return CreateWindowExA(0, STATUSCLASSNAMEA, text, static_cast<DWORD>(style), 0, 0, 0, 0, parent,
                            reinterpret_cast<HMENU>(static_cast<UINT_PTR>(id)), nullptr, nullptr);

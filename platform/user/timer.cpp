@@ -19,18 +19,6 @@ TimerIterator FindTimer(MessageQueue& queue, HWND window, UINT_PTR number) {
     });
 }
 
-/// A timer without a window keeps the number that it was given, or gets one that is free.
-UINT_PTR NumberForThreadTimer(MessageQueue& queue, UINT_PTR wanted) {
-    if (FindTimer(queue, nullptr, wanted) != queue.timers.end()) {
-        return wanted;
-    }
-    UINT_PTR number = 1;
-    while (FindTimer(queue, nullptr, number) != queue.timers.end()) {
-        ++number;
-    }
-    return number;
-}
-
 void Arm(MessageQueue& queue, const Timer& armed) {
     const TimerIterator timer = FindTimer(queue, armed.window, armed.number);
     if (timer == queue.timers.end()) {
@@ -41,16 +29,6 @@ void Arm(MessageQueue& queue, const Timer& armed) {
     if (armed.due < queue.sleepsUntil) {
         queue.wake.notify_all();
     }
-}
-
-/// The queue of a window's thread, the caller's own without a window, null when it is gone.
-std::shared_ptr<MessageQueue> QueueOf(DesktopLock& desktop, HWND handle,
-                                      const std::shared_ptr<MessageQueue>& own) {
-    if (!handle) {
-        return own;
-    }
-    const Window* window = desktop->Find(handle);
-    return window ? window->queue : nullptr;
 }
 
 }  // namespace
@@ -68,29 +46,11 @@ bool TakeDueTimer(DesktopLock& desktop, MessageQueue& queue, const MessageFilter
     if (!first) {
         return false;
     }
-    *message =
-        MSG{first->window,  WM_TIMER, first->number, reinterpret_cast<LPARAM>(first->procedure),
-            GetTickCount(), {}};
+    *message = MSG{first->window, WM_TIMER, first->number, 0, GetTickCount(), {}};
     if (remove) {
         first->due = now + first->period;
     }
     return true;
-}
-
-void CallTimerProcedure(const MSG& message) {
-    MessageQueue& queue = *CurrentQueue();
-    TIMERPROC procedure = nullptr;
-    {
-        DesktopLock desktop;
-        const TimerIterator timer = FindTimer(queue, message.hwnd, message.wParam);
-        if (timer != queue.timers.end() &&
-            reinterpret_cast<LPARAM>(timer->procedure) == message.lParam) {
-            procedure = timer->procedure;
-        }
-    }
-    if (procedure) {
-        procedure(message.hwnd, WM_TIMER, message.wParam, GetTickCount());
-    }
 }
 
 }  // namespace quennet::user
@@ -100,32 +60,28 @@ using namespace quennet::user;
 extern "C" {
 
 UINT_PTR WINAPI SetTimer(HWND window, UINT_PTR number, UINT milliseconds, TIMERPROC procedure) {
-    const std::shared_ptr<MessageQueue> own = CurrentQueue();
     const std::chrono::milliseconds period(std::clamp(milliseconds, shortestPeriod, longestPeriod));
     DesktopLock desktop;
-    const std::shared_ptr<MessageQueue> queue = QueueOf(desktop, window, own);
-    if (!queue) {
+    const Window* owner = desktop->Find(window);
+    if (!owner || procedure) {
         return 0;
     }
-    if (!window) {
-        number = NumberForThreadTimer(*queue, number);
-    }
-    Arm(*queue, Timer{window, number, period, Clock::now() + period, procedure});
-    return window && number == 0 ? 1 : number;
+    Arm(*owner->queue, Timer{window, number, period, Clock::now() + period});
+    return number == 0 ? 1 : number;
 }
 
 BOOL WINAPI KillTimer(HWND window, UINT_PTR number) {
-    const std::shared_ptr<MessageQueue> own = CurrentQueue();
     DesktopLock desktop;
-    const std::shared_ptr<MessageQueue> queue = QueueOf(desktop, window, own);
-    if (!queue) {
+    const Window* owner = desktop->Find(window);
+    if (!owner) {
         return FALSE;
     }
-    const TimerIterator timer = FindTimer(*queue, window, number);
-    if (timer == queue->timers.end()) {
+    MessageQueue& queue = *owner->queue;
+    const TimerIterator timer = FindTimer(queue, window, number);
+    if (timer == queue.timers.end()) {
         return FALSE;
     }
-    queue->timers.erase(timer);
+    queue.timers.erase(timer);
     return TRUE;
 }
 }
