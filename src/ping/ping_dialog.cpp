@@ -2,6 +2,7 @@
 
 #include "control/session.h"
 #include "control/worker.h"
+#include "host/dialogs.h"
 #include "host/services.h"
 #include "ping/ping_state.h"
 #include "ping/ping_worker.h"
@@ -25,8 +26,7 @@ void Open(HWND dialog, PingState* state) {
     state->window.Store(NumberFromWindow(dialog));
     HWND target = GetDlgItem(dialog, targetBox);
     SetFocus(target);
-    SetWindowLongPtrA(dialog, GWL_EXSTYLE,
-                      GetWindowLongPtrA(dialog, GWL_EXSTYLE) | WS_EX_CONTEXTHELP);
+    AddHelpButton(dialog);
     CoreApplyDialogTexts(dialog, dialogTexts);
     char file[pathSize] = "";
     CoreGetProfilePath(file);

@@ -6,9 +6,9 @@
 
 #include <cstring>
 
+#include "host/dialogs.h"
 #include "host/services.h"
 #include "sites/connect_controls.h"
-#include "sites/dialog_help.h"
 #include "sites/firewall_dialog.h"
 #include "sites/site_fields.h"
 #include "sites/site_store.h"

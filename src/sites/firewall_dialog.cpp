@@ -1,8 +1,8 @@
 #include "sites/firewall_dialog.h"
 
 #include "control/firewall.h"
+#include "host/dialogs.h"
 #include "host/services.h"
-#include "sites/dialog_help.h"
 #include "sites/site_store.h"
 
 namespace quennet {

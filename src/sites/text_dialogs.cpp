@@ -1,7 +1,7 @@
 #include "sites/text_dialogs.h"
 
+#include "host/dialogs.h"
 #include "host/services.h"
-#include "sites/dialog_help.h"
 
 namespace quennet {
 

@@ -1,5 +1,6 @@
 #include "transfer/permission_dialog.h"
 
+#include "host/dialogs.h"
 #include "host/services.h"
 #include "transfer/permissions.h"
 
@@ -7,7 +8,6 @@ namespace quennet {
 
 namespace {
 
-constexpr int okButton = 99;
 constexpr int filterButton = 14503;
 constexpr int octalField = 14375;
 constexpr int octalDigits = 3;

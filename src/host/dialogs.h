@@ -1,5 +1,5 @@
 #pragma once
-// What the dialogs of the sites have in common.
+// What the dialogs of the module have in common.
 
 #include "host/types.h"
 
