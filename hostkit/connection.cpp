@@ -6,6 +6,7 @@
 
 #include "hostkit/connection_dialog.h"
 #include "hostkit/connection_use.h"
+#include "hostkit/directory_change.h"
 #include "hostkit/directory_read.h"
 #include "hostkit/services.h"
 
@@ -18,25 +19,9 @@ using quennet::MessageNumber;
 using quennet::SiteRecord;
 
 constexpr auto disconnectPatience = std::chrono::seconds(2);
-constexpr auto changePause = std::chrono::milliseconds(100);
-// A change of directory that the server refused has no callback: it has failed when this much time
-// has gone by since the refusal.
-constexpr auto refusalGrace = std::chrono::seconds(1);
-// Longer than any single wait of the module for a server.
+// Longer than any single wait of the module for a server: a change of directory of which nothing is
+// heard for so long could not be started.
 constexpr auto longestSilence = std::chrono::seconds(100);
-
-bool IsRefusal(const std::string& line) {
-    return IsReply(line) && (line[0] == '4' || line[0] == '5');
-}
-
-extern "C" {
-
-static void TakeDirectoryChange(u16 cookie, const char* left) {
-    const std::string name = left;
-    Host::Current()->GetPanels().ForEach(
-        [&](Panel& panel) { panel.DirectoryChanged(cookie, name); });
-}
-}
 
 }  // namespace
 
@@ -208,11 +193,11 @@ DirectoryResult Connection::ChangeDirectory(const std::string& path) {
     {
         const std::lock_guard lock(mutex_);
         wantedCookie_ = cookie;
-        directoryChanged_ = false;
+        changeDone_.reset();
     }
-    const quennet::DirectoryChangedCallback callback = TakeDirectoryChange;
-    host_.Send(MessageNumber::changeDirAsync, result.directory.c_str(), cookie, use.Handle(),
-               callback);
+    if (use.Handle() != nullptr) {
+        StartDirectoryChange(host_, use.Handle(), result.directory, cookie);
+    }
     if (use.Handle() == nullptr || !WaitForChange()) {
         result.result = -1;
         result.text = LastWords();
@@ -223,18 +208,17 @@ DirectoryResult Connection::ChangeDirectory(const std::string& path) {
 bool Connection::WaitForChange() {
     const auto ended = [&] {
         const std::lock_guard lock(mutex_);
-        return directoryChanged_ || state_ == State::closing;
+        return changeDone_ || state_ == State::closing;
     };
-    while (!host_.Loop().WaitUntil(ended, changePause)) {
+    const auto isSilent = [&] {
         const std::lock_guard lock(mutex_);
-        const auto silence = std::chrono::steady_clock::now() - lastLineTime_;
-        if (silence > longestSilence || (silence > refusalGrace && IsRefusal(lastLine_))) {
-            break;
-        }
+        return std::chrono::steady_clock::now() - lastLineTime_ > longestSilence;
+    };
+    while (!host_.Loop().WaitUntil(ended, longestSilence) && !isSilent()) {
     }
     const std::lock_guard lock(mutex_);
     wantedCookie_ = 0;
-    return directoryChanged_;
+    return changeDone_.value_or(false);
 }
 
 ListResult Connection::List(bool longForm) {
@@ -334,13 +318,13 @@ void Connection::ReconnectFailed() {
     }
 }
 
-void Connection::DirectoryChanged(u16 cookie, const std::string&) {
+void Connection::DirectoryChangeEnded(u16 cookie, bool done) {
     {
         const std::lock_guard lock(mutex_);
         if (cookie != wantedCookie_) {
             return;
         }
-        directoryChanged_ = true;
+        changeDone_ = done;
     }
     host_.Loop().Wake();
 }

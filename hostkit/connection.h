@@ -208,7 +208,7 @@ class Connection final : private Panel {
     void Connected(u16 cookie) override;
     void ConnectFailed(const std::string& text) override;
     void ReconnectFailed() override;
-    void DirectoryChanged(u16 cookie, const std::string& left) override;
+    void DirectoryChangeEnded(u16 cookie, bool done) override;
     bool OwnsHandle(const void* handle) const override;
     void BeforeFree() override;
     bool OwnsServerName(const char* name) const override;
@@ -242,12 +242,12 @@ class Connection final : private Panel {
     State state_ = State::idle;
     std::string failureText_;
     bool cancelled_ = false;
-    HostWord block_ = 0;    // address of the handle until it is given back
-    HostWord site_ = 0;     // address of the session's SiteRecord
-    int uses_ = 0;          // operations that may look at the handle
-    u16 wantedCookie_ = 0;  // of the change of directory that is awaited
-    bool directoryChanged_ = false;
-    std::string lastLine_;  // of the console, since the operation began
+    HostWord block_ = 0;              // address of the handle until it is given back
+    HostWord site_ = 0;               // address of the session's SiteRecord
+    int uses_ = 0;                    // operations that may look at the handle
+    u16 wantedCookie_ = 0;            // of the change of directory that is awaited
+    std::optional<bool> changeDone_;  // once that change has ended
+    std::string lastLine_;            // of the console, since the operation began
     std::string lastReply_;
     Time lastLineTime_;
 

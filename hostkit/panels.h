@@ -30,7 +30,8 @@ class Panel {
     virtual void Connected(u16 cookie) = 0;
     virtual void ConnectFailed(const std::string& text) = 0;
     virtual void ReconnectFailed() = 0;
-    virtual void DirectoryChanged(u16 cookie, const std::string& left) = 0;
+    /// The change of directory with that cookie has ended (directory_change.h).
+    virtual void DirectoryChangeEnded(u16 cookie, bool done) = 0;
     /// Whether that handle is this panel's, and the moment before it is given back.
     virtual bool OwnsHandle(const void* handle) const = 0;
     virtual void BeforeFree() = 0;

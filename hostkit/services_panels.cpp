@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 
+#include "hostkit/directory_change.h"
 #include "hostkit/host.h"
 #include "hostkit/memory.h"
 #include "hostkit/services.h"
@@ -181,6 +182,9 @@ static void RefreshPanel(u32 cookie, u32) {
 }
 
 static void SetForeground(HWND window) {
+    if (EndDirectoryChange()) {
+        return;
+    }
     if (const auto& bring = Host::Current()->Options().setForeground) {
         bring(window);
     }

@@ -67,10 +67,6 @@ void NoticePanel::ConnectFailed(const std::string& text) {
     notices_.Add("connect failed: " + text);
 }
 
-void NoticePanel::DirectoryChanged(u16 cookie, const std::string& left) {
-    notices_.Add("directory changed " + std::to_string(cookie) + " from '" + left + "'");
-}
-
 SessionTest::SessionTest() {
     hostkit::HostOptions options;
     options.showMessage = [this](u32 id, const std::string&) {
