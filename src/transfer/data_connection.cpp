@@ -14,6 +14,7 @@ namespace {
 
 constexpr int codeNotUnderstood = 500;
 constexpr int interruptedCode = 10004;
+constexpr int connectionAbortedCode = 10053;
 constexpr int hostAddressNumbers = 6;
 
 bool ReadSixNumbers(const char* text, u32* numbers) {
@@ -74,13 +75,32 @@ bool ListenForServer(Session* session, SocketNumber data, sockaddr_in* told) {
     return true;
 }
 
+/// True when the server has closed or reset a connection and all that it sent has been taken.
+bool HasEnded(SocketNumber socket) {
+    char next = 0;
+    return SocketReadableNow(socket) != 0 && recv(socket, &next, sizeof next, MSG_PEEK) <= 0;
+}
+
+/// Waits until the server's data connection can be accepted. False, with the error set, when the
+/// wait is aborted, and when the control connection has ended: nobody would connect any more.
+bool WaitForServer(Session* session) {
+    for (;;) {
+        const bool ended = HasEnded(session->controlSocket);
+        const int readable = ended ? SocketReadableNow(session->listenSocket)
+                                   : SocketReadable(session->listenSocket);
+        if (readable != 0) {
+            return readable > 0;
+        }
+        if (ended || session->abortFlag.IsSet()) {
+            WSASetLastError(ended ? connectionAbortedCode : interruptedCode);
+            return false;
+        }
+    }
+}
+
 SocketNumber AcceptData(Session* session) {
     const WatchdogArmed armed(session);
-    const int readable = WaitSocketReadable(session->listenSocket, session->abortFlag);
-    if (readable == 0) {
-        WSASetLastError(interruptedCode);
-    }
-    if (readable <= 0) {
+    if (!WaitForServer(session)) {
         return noSocket;
     }
     int size = sizeof session->controlAddress;
