@@ -87,8 +87,8 @@ bool ReadWhole(std::string_view text, int base, Number* number) {
 Client::Client(Shared* shared, const StopSignal* stop, Descriptor socket, int number)
     : shared_(shared),
       stop_(stop),
-      control_(std::move(socket), number, &shared->log, stop),
-      data_(&control_, stop, shared->options.dataSeconds) {}
+      control_(std::move(socket), number, shared, stop),
+      data_(&control_, shared, stop) {}
 
 const Client::Command* Client::FindCommand(std::string_view verb) {
     for (const Command& command : commands) {

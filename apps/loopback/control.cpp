@@ -29,17 +29,28 @@ bool IsAbort(std::string_view line) {
 
 }  // namespace
 
-ControlChannel::ControlChannel(Descriptor socket, int client, LineLog* log, const StopSignal* stop)
-    : socket_(std::move(socket)), client_(client), log_(log), stop_(stop) {}
+ControlChannel::ControlChannel(Descriptor socket, int client, Shared* shared,
+                               const StopSignal* stop)
+    : socket_(std::move(socket)),
+      client_(client),
+      log_(&shared->log),
+      breaker_(&shared->breaker),
+      stop_(stop) {}
 
 void ControlChannel::Receive() {
     char block[4096];
-    std::ptrdiff_t count = ReadSome(socket_.Number(), block, sizeof block);
+    std::ptrdiff_t count =
+        ReadSome(socket_.Number(), block, breaker_->Room(Channel::control, sizeof block));
     if (count <= 0) {
         peerClosed_ = true;
         return;
     }
-    incoming_.append(block, static_cast<std::size_t>(count));
+    auto size = static_cast<std::size_t>(count);
+    incoming_.append(block, size);
+    if (breaker_->Moved(Channel::control, size)) {
+        NoteBreak("behind the client's \"" + incoming_ + "\"");
+        Break();
+    }
 }
 
 bool ControlChannel::TakeLine(std::string* line) {
@@ -152,11 +163,33 @@ void ControlChannel::Say(std::string_view text) {
 }
 
 bool ControlChannel::Send(std::string_view bytes) {
-    if (SendAll(socket_.Number(), bytes, Clock::now() + longestSend, *stop_) == Sent::all) {
-        return true;
+    std::string_view first = bytes.substr(0, breaker_->Room(Channel::control, bytes.size()));
+    if (SendAll(socket_.Number(), first, Clock::now() + longestSend, *stop_) != Sent::all) {
+        socket_.Close();
+        return false;
     }
-    socket_.Close();
-    return false;
+    if (breaker_->Moved(Channel::control, first.size())) {
+        NoteBreak("behind the server's \"" + std::string(first) + "\"");
+        Break();
+        return false;
+    }
+    return true;
+}
+
+void ControlChannel::NoteBreak(std::string_view where) {
+    std::string text;
+    for (char character : where) {
+        if (character == '\r' || character == '\n') {
+            text += character == '\r' ? "\\r" : "\\n";
+        } else {
+            text += character;
+        }
+    }
+    log_->Add(client_, false, "(break " + text + ")");
+}
+
+void ControlChannel::Break() {
+    Close(breaker_->Chosen().withReset);
 }
 
 void ControlChannel::Close(bool withReset) {

@@ -16,7 +16,7 @@ enum class LineEnd { whole, tooLong, idle, lost };
 
 class ControlChannel {
   public:
-    ControlChannel(Descriptor socket, int client, LineLog* log, const StopSignal* stop);
+    ControlChannel(Descriptor socket, int client, Shared* shared, const StopSignal* stop);
 
     /// Reads one command line, without its line end and without the signals of the Telnet protocol
     /// that clients send in front of ABOR. Of a line longer than 4096 bytes nothing is kept.
@@ -39,6 +39,11 @@ class ControlChannel {
 
     void Close(bool withReset);
 
+    /// Breaks this connection, as the break was chosen.
+    void Break();
+    /// Notes in the log where the client's connection breaks.
+    void NoteBreak(std::string_view where);
+
     /// The connection has ended, from either side.
     bool Lost() const { return !socket_.Valid() || peerClosed_; }
     int Number() const { return socket_.Number(); }
@@ -52,6 +57,7 @@ class ControlChannel {
     Descriptor socket_;
     int client_;
     LineLog* log_;
+    Breaker* breaker_;
     const StopSignal* stop_;
     std::string incoming_;
     bool peerClosed_ = false;

@@ -147,6 +147,14 @@ void Server::ClearFaults() {
     house_->shared.faults.Clear();
 }
 
+void Server::SetBreak(const Break& next) {
+    house_->shared.breaker.Set(next);
+}
+
+bool Server::HasBroken() const {
+    return house_->shared.breaker.HasBroken();
+}
+
 void Server::SetSystem(std::string text) {
     house_->shared.manner.SetSystem(std::move(text));
 }

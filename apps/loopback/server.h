@@ -11,6 +11,7 @@
 #include <string_view>
 #include <vector>
 
+#include "breaker.h"
 #include "fault.h"
 #include "listing.h"
 
@@ -60,6 +61,10 @@ class Server {
     /// Adds a rule; its occurrences count from here on.
     void Add(Fault fault);
     void ClearFaults();
+
+    /// Counts bytes from here on, and breaks the connection behind the chosen one.
+    void SetBreak(const Break& next);
+    bool HasBroken() const;
 
     void SetSystem(std::string text);
     /// Sets the format of one directory, such as "/pub".

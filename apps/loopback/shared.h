@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "breaker.h"
 #include "fault.h"
 #include "folder.h"
 #include "server.h"
@@ -49,6 +50,7 @@ struct Shared {
     const Folder folder;
     Manner manner;
     FaultTable faults;
+    Breaker breaker;
     LineLog log;
 };
 

@@ -110,6 +110,9 @@ TransferEnd DataChannel::RefuseToOpen(const Fault& fault) {
 }
 
 TransferEnd DataChannel::Open(const std::vector<Fault>& faults) {
+    if (control_->Lost()) {
+        return TransferEnd::lost;
+    }
     if (const Fault* refuse = FindFault(faults, FaultAction::refuseData)) {
         return RefuseToOpen(*refuse);
     }
@@ -176,11 +179,16 @@ TransferEnd DataChannel::SendBlock(std::string_view block) {
                                                : EndFrom(outcome == Outcome::aborted);
         }
         ssize_t count =
-            send(data_.Number(), block.data(), block.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+            send(data_.Number(), block.data(), breaker_->Room(Channel::data, block.size()),
+                 MSG_NOSIGNAL | MSG_DONTWAIT);
         if (count < 0 && errno != EAGAIN && errno != EINTR) {
             return TransferEnd::broken;
         }
-        block.remove_prefix(static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
+        auto size = static_cast<std::size_t>(std::max<ssize_t>(count, 0));
+        block.remove_prefix(size);
+        if (breaker_->Moved(Channel::data, size)) {
+            return Break("within the data sent");
+        }
     }
     return TransferEnd::done;
 }
@@ -196,13 +204,17 @@ TransferEnd DataChannel::ReceiveBlocks(const Sink& sink, DataLimit* limit) {
             return outcome == Outcome::timeout ? TransferEnd::broken
                                                : EndFrom(outcome == Outcome::aborted);
         }
-        std::ptrdiff_t count = ReadSome(data_.Number(), block.data(), limit->NextStep());
+        std::ptrdiff_t count = ReadSome(data_.Number(), block.data(),
+                                        breaker_->Room(Channel::data, limit->NextStep()));
         if (count <= 0) {
             return count == 0 ? TransferEnd::done : TransferEnd::broken;
         }
         auto size = static_cast<std::size_t>(count);
         if (!sink(std::string_view(block).substr(0, size))) {
             return TransferEnd::fileFailed;
+        }
+        if (breaker_->Moved(Channel::data, size)) {
+            return Break("within the data received");
         }
         limit->Count(size);
         if (TransferEnd end = Pace(limit->Pause()); end != TransferEnd::done) {
@@ -230,6 +242,21 @@ TransferEnd DataChannel::EndAtLimit(FaultAction action) {
         return EndFrom(outcome == Outcome::aborted);
     }
     return TransferEnd::broken;
+}
+
+TransferEnd DataChannel::Break(const char* where) {
+    const loopback::Break chosen = breaker_->Chosen();
+    control_->NoteBreak(where);
+    if (chosen.withReset) {
+        CloseWithReset(data_);
+    } else {
+        CloseInOrder(data_);
+    }
+    if (chosen.dataAlone) {
+        return TransferEnd::broken;
+    }
+    control_->Break();
+    return TransferEnd::lost;
 }
 
 TransferEnd DataChannel::Pace(Milliseconds pause) {

@@ -27,8 +27,11 @@ class DataLimit;
 /// What the next data connection of one client will be.
 class DataChannel {
   public:
-    DataChannel(ControlChannel* control, const StopSignal* stop, int dataSeconds)
-        : control_(control), stop_(stop), longestWait_(dataSeconds * 1000) {}
+    DataChannel(ControlChannel* control, Shared* shared, const StopSignal* stop)
+        : control_(control),
+          breaker_(&shared->breaker),
+          stop_(stop),
+          longestWait_(shared->options.dataSeconds * 1000) {}
 
     /// Listens for the next connection; its address for the 227 reply. Throws std::system_error.
     std::string ListenPassive();
@@ -56,10 +59,12 @@ class DataChannel {
     TransferEnd SendBlock(std::string_view block);
     TransferEnd ReceiveBlocks(const Sink& sink, DataLimit* limit);
     TransferEnd EndAtLimit(FaultAction action);
+    TransferEnd Break(const char* where);
     TransferEnd Pace(Milliseconds pause);
     void CloseAll();
 
     ControlChannel* control_;
+    Breaker* breaker_;
     const StopSignal* stop_;
     Milliseconds longestWait_;
     Listener passive_;
