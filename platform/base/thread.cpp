@@ -15,6 +15,7 @@
 #include <set>
 
 #include "base/before_wait.h"
+#include "base/thread_handles.h"
 #include "winbase.h"
 
 namespace {
@@ -37,6 +38,11 @@ class HandleTable {
         lastNumber_ += 4;
         open_.insert(lastNumber_);
         return reinterpret_cast<HANDLE>(lastNumber_);
+    }
+
+    std::size_t Count() {
+        const std::lock_guard guard(lock_);
+        return open_.size();
     }
 
     bool Remove(HANDLE handle) {
@@ -80,6 +86,10 @@ bool StartDetached(BeginningPointer* argument, SIZE_T stackSize) {
 }
 
 }  // namespace
+
+std::size_t quennet::OpenThreadHandles() {
+    return Handles().Count();
+}
 
 DWORD WINAPI GetLastError() {
     return lastError;

@@ -42,6 +42,17 @@ QUENNET_PLATFORM_API void QuennetRegisterDialogs(HINSTANCE instance,
 /// Takes a table back, before its library is unloaded.
 QUENNET_PLATFORM_API void QuennetUnregisterDialogs(const QuennetDialogTemplate* templates);
 
+/// What the process has open in the layer. A program that runs for long finds leaks by it.
+typedef struct QuennetOpenObjects {
+    UINT windows;
+    UINT menus;
+    UINT timers;
+    UINT queues;   // threads that have made a window or asked for a message
+    UINT handles;  // of threads
+} QuennetOpenObjects;
+
+QUENNET_PLATFORM_API void QuennetCountOpenObjects(QuennetOpenObjects* count);
+
 /// Makes the message loop of a thread call Display::RunInput once more.
 QUENNET_PLATFORM_API void QuennetWakeThread(DWORD thread);
 

@@ -198,6 +198,11 @@ std::vector<HWND> Desktop::WindowsOf(const MessageQueue& queue) const {
     return handles;
 }
 
+std::size_t Desktop::WindowCount() const {
+    return static_cast<std::size_t>(
+        std::ranges::count_if(places_, [](const Place& place) { return place.window != nullptr; }));
+}
+
 bool Desktop::HasWindowOf(const WindowClass& windowClass) const {
     return std::ranges::any_of(places_, [&](const Place& place) {
         return place.window && place.window->windowClass.get() == &windowClass;

@@ -160,6 +160,7 @@ class Desktop {
     /// Numbers of all windows of a thread.
     std::vector<HWND> WindowsOf(const MessageQueue& queue) const;
     bool HasWindowOf(const WindowClass& windowClass) const;
+    std::size_t WindowCount() const;
 
     /// A class that `instance` can use; `name` may be an atom.
     std::shared_ptr<const WindowClass> FindClass(HINSTANCE instance, LPCSTR name) const;

@@ -38,6 +38,7 @@ class Menus {
     void Remove(HMENU menu);
     /// Is `wanted` the menu, or does it hang on it?
     bool Reaches(HMENU menu, HMENU wanted);
+    std::size_t Count() const { return menus_.size(); }
     /// The entry by number or position (MF_BYCOMMAND, MF_BYPOSITION) and the menu that has it.
     struct Place {
         MenuEntries* menu = nullptr;
