@@ -3,7 +3,7 @@
 JOBS ?= $(shell nproc)
 BUILD := build/default
 
-.PHONY: build demo test bulk bench clean
+.PHONY: build demo test bulk faults soak bench clean
 
 build: setup-demo
 	@cmake --build --preset default --parallel $(JOBS)
@@ -16,12 +16,24 @@ demo: setup-demo
 # The tests; those whose servers can't be had are skipped.
 test: setup-test
 	@cmake --build --preset default --parallel $(JOBS)
-	@ctest --test-dir $(BUILD) --parallel $(JOBS) --output-on-failure --no-tests=error -LE bulk
+	@ctest --test-dir $(BUILD) --parallel $(JOBS) --output-on-failure --no-tests=error -LE 'bulk|faults|soak'
 
 # Those that move files of a gibibyte and more through real servers: minutes, and 9 GiB of disk.
 bulk: setup-test
 	@cmake --build --preset default --parallel $(JOBS)
 	@ctest --test-dir $(BUILD) --output-on-failure --no-tests=error -L bulk
+
+# A whole session whose connection breaks behind its n-th byte, for every n and in every way: minutes.
+# The tests hold a sample of it.
+faults: setup-test
+	@cmake --build --preset default --parallel $(JOBS) --target faults_test
+	@ctest --test-dir $(BUILD) --parallel $(JOBS) --verbose --no-tests=error -L faults
+
+# 10,000 connections one after the other: what the process holds behind the first hundred and at the
+# end. The tests hold a short one.
+soak: setup-test
+	@cmake --build --preset default --parallel $(JOBS) --target soak_test
+	@ctest --test-dir $(BUILD) --verbose --no-tests=error -L soak
 
 # Speed and memory, side by side with other clients where that makes sense.
 bench: setup-bench
