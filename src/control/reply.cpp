@@ -257,7 +257,8 @@ bool SettleOwedReplies(Session* session) {
         const bool comes =
             awaited > 0 ? ReplyComesSoon(session) : SocketReadableNow(session->controlSocket) > 0;
         const int result = comes ? ReadReply(session) : 0;
-        if (result <= 0) {
+        // A reply whose rest did not come is owed as before.
+        if (result <= 0 || session->owedReplies > 0) {
             break;
         }
         if (result != preliminary) {
@@ -265,7 +266,7 @@ bool SettleOwedReplies(Session* session) {
             missing -= missing > 0 ? 1 : 0;
         }
     }
-    return missing == 0;
+    return missing == 0 && session->owedReplies == 0;
 }
 
 FinalReply::~FinalReply() {
