@@ -2,8 +2,11 @@
 
 JOBS ?= $(shell nproc)
 BUILD := build/default
+PRESET := default
+FUZZ_RUNS ?= 10000000
+FUZZ_SECONDS ?= 1800
 
-.PHONY: build demo test bulk faults soak bench clean
+.PHONY: build demo test bulk faults soak bench fuzz clean
 
 build: setup-demo
 	@cmake --build --preset default --parallel $(JOBS)
@@ -42,11 +45,18 @@ bench: setup-bench
 	@$(BUILD)/bin/find_bench
 	@bench/transfer_bench.sh $(BUILD)
 
+# The fuzzers, or those that FUZZ names: each for FUZZ_RUNS runs or FUZZ_SECONDS, whichever are over
+# first.
+fuzz: setup-fuzz
+	@cmake --build --preset fuzz --parallel $(JOBS)
+	@scripts/fuzz.sh --runs $(FUZZ_RUNS) --seconds $(FUZZ_SECONDS) --jobs $(JOBS) build/clang $(FUZZ)
+
 clean:
 	@rm -rf $(BUILD)
 
 # Packages, and a configured build folder.
+setup-fuzz: PRESET := clang
 setup-%:
 	@scripts/setup.sh $*
 	@mkdir -p build
-	@cmake --preset default > build/configure.log 2>&1 || { cat build/configure.log; exit 1; }
+	@cmake --preset $(PRESET) > build/configure.log 2>&1 || { cat build/configure.log; exit 1; }

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# setup.sh demo|test|bench|ci
+# setup.sh demo|test|bench|fuzz|ci
 #
 # Sees to it that what is needed to build and run that much is there: installs the missing Debian
 # packages as root or with a sudo that asks for no password, and otherwise says which ones are
@@ -17,13 +17,14 @@ case "${1:-}" in
     demo) ;;
     test) useful+=(tmux iproute2 python3 python3-pyftpdlib) ;;
     bench) useful+=(libbenchmark-dev curl lftp) ;;
+    fuzz) needed+=(clang:clang++ libclang-rt-14-dev:-) ;;
     ci)
         needed+=(g++-multilib:- g++-mingw-w64-i686-posix:i686-w64-mingw32-g++-posix
             clang:clang++ libclang-rt-14-dev:- clang-format-14:clang-format-14 git:git)
         useful+=(tmux iproute2 python3 python3-pyftpdlib libbenchmark-dev curl lftp)
         ;;
     *)
-        echo "usage: $0 demo|test|bench|ci" >&2
+        echo "usage: $0 demo|test|bench|fuzz|ci" >&2
         exit 2
         ;;
 esac
