@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "platform/user/window_support.h"
+#include "support/wait.h"
 
 namespace {
 
@@ -52,7 +53,6 @@ TEST(SentMessage, IsServedWhileItsReceiverWaitsForAnAnswerHimself) {
 }
 
 TEST(SentMessage, OfTwoThreadsThatSendToEachOtherAtOnceBothGetThrough) {
-    constexpr int rounds = 2000;
     std::atomic<int> served = 0;
     const auto count = [&](HWND, UINT message, WPARAM, LPARAM) -> LRESULT {
         return message == ping ? ++served : unhandled;
@@ -63,7 +63,7 @@ TEST(SentMessage, OfTwoThreadsThatSendToEachOtherAtOnceBothGetThrough) {
     const auto sendTo = [&](HWND target) {
         return [&, target] {
             together.arrive_and_wait();
-            for (int i = 0; i < rounds; ++i) {
+            for (int i = 0; i < 2000; ++i) {
                 ASSERT_GT(SendMessageA(target, ping, 0, 0), 0);
             }
         };
@@ -71,21 +71,18 @@ TEST(SentMessage, OfTwoThreadsThatSendToEachOtherAtOnceBothGetThrough) {
     std::thread leftSends([&] { left.Run(sendTo(right.Window())); });
     right.Run(sendTo(left.Window()));
     leftSends.join();
-    EXPECT_EQ(served, 2 * rounds);
+    EXPECT_EQ(served, 4000);
 }
 
 TEST(SentMessage, IsAnsweredWith0WhenItsWindowOrItsThreadEndsInFrontOfIt) {
     for (const bool destroys : {true, false}) {
-        std::promise<HWND> made;
-        std::atomic<int> sending = 0;
+        HWND window = nullptr;
         std::atomic<int> answered = 0;
-        std::thread target([&] {
-            const HWND window = MakeWindow(nullptr);
-            made.set_value(window);
+        std::barrier made(5);
+        std::jthread target([&] {
+            window = MakeWindow(nullptr);
+            made.arrive_and_wait();
             // Serves nothing while the senders stand in line.
-            while (sending < 4) {
-                std::this_thread::yield();
-            }
             std::this_thread::sleep_for(std::chrono::milliseconds(50));
             if (destroys) {
                 DestroyWindow(window);
@@ -94,57 +91,59 @@ TEST(SentMessage, IsAnsweredWith0WhenItsWindowOrItsThreadEndsInFrontOfIt) {
                 }
             }
         });
-        const HWND window = made.get_future().get();
-        std::vector<std::thread> senders;
+        std::vector<std::jthread> senders;
         for (int i = 0; i < 4; ++i) {
             senders.emplace_back([&] {
-                ++sending;
+                made.arrive_and_wait();
                 EXPECT_EQ(SendMessageA(window, WM_SETTEXT, 0, reinterpret_cast<LPARAM>("text")), 0);
                 ++answered;
             });
         }
-        for (std::thread& sender : senders) {
-            sender.join();
-        }
-        target.join();
     }
 }
 
 TEST(SentMessage, StandsManyThreadsThatSendAndWindowsThatCome) {
-    constexpr int rounds = 300;
     LoopThread target([](HWND, UINT message, WPARAM wParam, LPARAM) -> LRESULT {
         return message == ping ? static_cast<LRESULT>(wParam) + 1 : unhandled;
     });
-    std::vector<std::thread> threads;
+    std::vector<std::jthread> threads;
     for (int i = 0; i < 4; ++i) {
         threads.emplace_back([&] {
-            for (int round = 0; round < rounds; ++round) {
+            for (int round = 0; round < 300; ++round) {
                 const HWND own = MakeWindow(nullptr);
                 EXPECT_EQ(SendMessageA(target.Window(), ping, 1, 0), 2);
                 EXPECT_EQ(FindWindowA("test window", "no such text"), nullptr);
-                SetTimer(target.Window(), 7, 1000, nullptr);
                 EXPECT_TRUE(DestroyWindow(own));
             }
         });
     }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
 }
 
-TEST(Timer, DoesNotFireAfterItWasKilledFromAnotherThread) {
-    using namespace std::chrono_literals;
+/// Counts the timer messages of another thread's window.
+class TimerTest : public testing::Test {
+  protected:
+    /// What was taken before the kill is through when this returns.
+    void Kill(UINT_PTR timer) const {
+        EXPECT_TRUE(KillTimer(timed.Window(), timer));
+        SendMessageA(timed.Window(), WM_NULL, 0, 0);
+    }
+    bool Fires(int count) const {
+        return WaitUntil([&] { return fired >= count; });
+    }
+
     std::atomic<int> fired = 0;
-    const LoopThread timed([&](HWND, UINT message, WPARAM, LPARAM) {
+    const LoopThread timed{[&](HWND, UINT message, WPARAM, LPARAM) {
         fired += message == WM_TIMER;
         return unhandled;
-    });
+    }};
+};
+
+TEST_F(TimerTest, DoesNotFireAfterItWasKilledFromAnotherThread) {
+    using namespace std::chrono_literals;
     for (int i = 0; i < 20; ++i) {
         SetTimer(timed.Window(), 1, 10, nullptr);
         std::this_thread::sleep_for(9ms);
-        EXPECT_TRUE(KillTimer(timed.Window(), 1));
-        // What was taken before the kill is through when this returns.
-        SendMessageA(timed.Window(), WM_NULL, 0, 0);
+        Kill(1);
         const int before = fired;
         std::this_thread::sleep_for(12ms);
         EXPECT_EQ(fired, before);
@@ -152,34 +151,19 @@ TEST(Timer, DoesNotFireAfterItWasKilledFromAnotherThread) {
     EXPECT_FALSE(KillTimer(timed.Window(), 1));
 }
 
-TEST(Timer, FiresInTimeWhateverItsThreadSleepsFor) {
-    using namespace std::chrono_literals;
-    std::atomic<int> fired = 0;
-    const LoopThread timed([&](HWND, UINT message, WPARAM, LPARAM) {
-        fired += message == WM_TIMER;
-        return unhandled;
-    });
-    const auto fires = [&](int count) {
-        for (int tries = 0; tries < 2000 && fired < count; ++tries) {
-            std::this_thread::sleep_for(5ms);
-        }
-        return fired >= count;
-    };
+TEST_F(TimerTest, FiresInTimeWhateverItsThreadSleepsFor) {
     SetTimer(timed.Window(), 1, 60000, nullptr);
     SetTimer(timed.Window(), 2, 20, nullptr);
-    EXPECT_TRUE(fires(1)) << "behind one that is due much later";
-    KillTimer(timed.Window(), 2);
+    EXPECT_TRUE(Fires(1)) << "behind one that is due much later";
+    Kill(2);
     SetTimer(timed.Window(), 1, 50, nullptr);
-    KillTimer(timed.Window(), 1);
-    // What was taken before the kill is through when this returns.
-    SendMessageA(timed.Window(), WM_NULL, 0, 0);
+    Kill(1);
     const int before = fired;
     SetTimer(timed.Window(), 1, 200, nullptr);
-    EXPECT_TRUE(fires(before + 1)) << "behind one that was killed and due sooner";
-    KillTimer(timed.Window(), 1);
+    EXPECT_TRUE(Fires(before + 1)) << "behind one that was killed and due sooner";
 }
 
-TEST(Timer, DoesNotPileUpAndComesBehindAllPostedMessages) {
+TEST_F(TimerTest, DoesNotPileUpAndComesBehindAllPostedMessages) {
     std::string order;
     const Handler note = [&](HWND, UINT message, WPARAM, LPARAM) {
         if (message == WM_TIMER || message == WM_APP) {

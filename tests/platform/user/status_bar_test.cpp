@@ -3,7 +3,6 @@
 #include <commctrl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <quennet_canvas.h>
 
 #include <string>
 #include <vector>
@@ -42,21 +41,7 @@ TEST(StatusBar, StaysAtTheLowerEdgeAndKeepsItsTexts) {
         SendMessageA(bar, SB_SETTEXTA, 1 | SBT_NOBORDERS, reinterpret_cast<LPARAM>(text.c_str())));
     EXPECT_TRUE(SendMessageA(bar, SB_SETTEXTA, 2, reinterpret_cast<LPARAM>("\t\tend")));
     EXPECT_FALSE(SendMessageA(bar, SB_SETTEXTA, 3, reinterpret_cast<LPARAM>("none")));
-    char back[40];
-    const auto length = static_cast<LONG>(text.size());
-    EXPECT_EQ(SendMessageA(bar, SB_GETTEXTLENGTHA, 1, 0), MAKELONG(length, SBT_NOBORDERS));
-    EXPECT_EQ(SendMessageA(bar, SB_GETTEXTA, 1, reinterpret_cast<LPARAM>(back)),
-              MAKELONG(length, SBT_NOBORDERS));
-    EXPECT_EQ(back, text);
-
-    quennet::Surface surface(50, 1, quennet::Ink::window);
-    quennet::Canvas canvas(surface, {0, 0, 50, 1}, {0, 0, 50, 1}, false);
-    SendMessageA(bar, QUENNET_DRAW, 0, reinterpret_cast<LPARAM>(&canvas));
-    std::string drawn;
-    for (const quennet::Cell& cell : surface.cells) {
-        drawn += cell.code < 128 ? static_cast<char>(cell.code) : '|';
-    }
-    EXPECT_EQ(drawn, "ready     |a text?[2J tha|                     end");
+    EXPECT_EQ(DrawnBy(bar, 50, 1).front(), "ready     |a text?[2J tha|                     end");
     DestroyWindow(parent);
 }
 
@@ -96,31 +81,4 @@ TEST(TopWindow, HearsItsSizeWhenItFirstShowsAndNamesItsLimits) {
         DispatchMessageA(&message);  // what Alt-F4 posts closes the window
     }
     EXPECT_FALSE(IsWindow(window));
-}
-
-TEST(Resources, HandlesStandForWhatWasAskedForAndAreKept) {
-    const auto instance = reinterpret_cast<HINSTANCE>(0x1000);
-    const HICON icon = LoadIconA(instance, MAKEINTRESOURCEA(9));
-    EXPECT_NE(icon, nullptr);
-    EXPECT_EQ(LoadImageA(instance, MAKEINTRESOURCEA(9), IMAGE_ICON, 16, 16, 0), icon);
-    const HCURSOR wait = LoadCursorA(nullptr, IDC_WAIT);
-    EXPECT_NE(wait, LoadCursorA(nullptr, IDC_ARROW));
-    EXPECT_EQ(LoadIconA(instance, "name"), nullptr);
-
-    const HCURSOR before = SetCursor(wait);
-    std::thread([&] { EXPECT_EQ(SetCursor(nullptr), nullptr) << "another thread's"; }).join();
-    EXPECT_EQ(SetCursor(before), wait);
-
-    LOGFONTA face = {};
-    face.lfHeight = -11;
-    const HFONT font = CreateFontIndirectA(&face);
-    const HWND window = MakeWindow(nullptr);
-    SendMessageA(window, WM_SETFONT, reinterpret_cast<WPARAM>(font), TRUE);
-    EXPECT_EQ(SendMessageA(window, WM_GETFONT, 0, 0), reinterpret_cast<LRESULT>(font));
-    DestroyWindow(window);
-    LOGFONTA back = {};
-    EXPECT_EQ(GetObjectA(font, sizeof(back), &back), INT{sizeof(back)});
-    EXPECT_EQ(back.lfHeight, -11);
-    EXPECT_TRUE(DeleteObject(font));
-    EXPECT_FALSE(DeleteObject(font));
 }

@@ -34,6 +34,28 @@ HWND MakeWindow(const Handler* handler, HWND parent, DWORD style, INT id) {
                            const_cast<Handler*>(handler));
 }
 
+std::vector<std::string> TextRows(const quennet::Surface& surface) {
+    std::vector<std::string> rows;
+    for (int y = 0; y < surface.height; ++y) {
+        std::string row;
+        for (int x = 0; x < surface.width; ++x) {
+            const quennet::Cell& cell = surface.At(x, y);
+            const char shown = cell.code < 0x80 ? static_cast<char>(cell.code) : '|';
+            row += cell.ink == quennet::Ink::disabled ? '-' : shown;
+        }
+        rows.push_back(row.substr(0, row.find_last_not_of(' ') + 1));
+    }
+    return rows;
+}
+
+std::vector<std::string> DrawnBy(HWND control, int columns, int rows) {
+    quennet::Surface surface(columns, rows, quennet::Ink::window);
+    const quennet::Area whole = {0, 0, columns, rows};
+    quennet::Canvas canvas(surface, whole, whole, false);
+    SendMessageA(control, QUENNET_DRAW, 0, reinterpret_cast<LPARAM>(&canvas));
+    return TextRows(surface);
+}
+
 LoopThread::LoopThread(Handler handler) : handler_(std::move(handler)) {
     std::promise<void> ready;
     std::future<void> running = ready.get_future();
