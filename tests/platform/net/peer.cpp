@@ -2,14 +2,10 @@
 
 #include <sys/socket.h>
 
-namespace {
-
 // To be called before the client connects, which is told of it.
-void LimitReceiveBuffer(int listener, int bytes) {
+static void LimitReceiveBuffer(int listener, int bytes) {
     setsockopt(listener, SOL_SOCKET, SO_RCVBUF, &bytes, sizeof bytes);
 }
-
-}  // namespace
 
 #include <algorithm>
 
@@ -66,21 +62,17 @@ std::string Peer::Read(std::size_t count, bool* ended) {
     return text;
 }
 
-void NetTest::SetUp() {
+void ConnectedTest::SetUp() {
     WSADATA data;
     ASSERT_EQ(WSAStartup(MAKEWORD(1, 1), &data), 0);
-}
-
-void NetTest::TearDown() {
-    // The last cleanup closes what a test has left open.
-    EXPECT_EQ(WSACleanup(), 0);
-}
-
-void ConnectedTest::SetUp() {
-    NetTest::SetUp();
     socket_ = ConnectTo(peer);
     ASSERT_NE(socket_, INVALID_SOCKET);
     peer.Accept();
+}
+
+void ConnectedTest::TearDown() {
+    // The last cleanup closes what a test has left open.
+    EXPECT_EQ(WSACleanup(), 0);
 }
 
 SOCKET NewStream() {
@@ -109,35 +101,16 @@ std::string Receive(SOCKET socket, int length, int flags) {
     return text;
 }
 
-namespace {
-
-enum class Set { read, write, except };
-
 bool Ready(SOCKET socket, Set kind, int milliseconds) {
     fd_set set;
     FD_ZERO(&set);
     FD_SET(socket, &set);
+    const auto only = [&](Set wanted) { return kind == wanted ? &set : nullptr; };
     timeval timeout{milliseconds / 1000, milliseconds % 1000 * 1000};
-    const int result =
-        select(0, kind == Set::read ? &set : nullptr, kind == Set::write ? &set : nullptr,
-               kind == Set::except ? &set : nullptr, &timeout);
+    const int result = select(0, only(Set::read), only(Set::write), only(Set::except), &timeout);
     EXPECT_NE(result, SOCKET_ERROR) << WSAGetLastError();
     EXPECT_EQ(result > 0, FD_ISSET(socket, &set) != 0);
     return result > 0;
-}
-
-}  // namespace
-
-bool Readable(SOCKET socket, int milliseconds) {
-    return Ready(socket, Set::read, milliseconds);
-}
-
-bool Writable(SOCKET socket, int milliseconds) {
-    return Ready(socket, Set::write, milliseconds);
-}
-
-bool Excepted(SOCKET socket, int milliseconds) {
-    return Ready(socket, Set::except, milliseconds);
 }
 
 int SocketError(SOCKET socket) {

@@ -40,18 +40,12 @@ class Peer {
     loopback::Descriptor connection_;
 };
 
-/// Starts and stops the socket library around each test.
-class NetTest : public testing::Test {
-  protected:
-    void SetUp() override;
-    void TearDown() override;
-};
-
 /// A peer, and a blocking socket that is connected to it.
-class ConnectedTest : public NetTest {
+class ConnectedTest : public testing::Test {
   protected:
     explicit ConnectedTest(int receiveBuffer = 0) : peer(receiveBuffer) {}
     void SetUp() override;
+    void TearDown() override;
 
     Peer peer;
     SOCKET socket_ = INVALID_SOCKET;
@@ -62,9 +56,14 @@ SOCKET ConnectTo(const Peer& peer);
 int SendText(SOCKET socket, std::string_view text);
 /// At most `length` bytes of one recv; "error N" after a failure.
 std::string Receive(SOCKET socket, int length, int flags = 0);
-bool Readable(SOCKET socket, int milliseconds);
-bool Writable(SOCKET socket, int milliseconds);
-bool Excepted(SOCKET socket, int milliseconds);
+enum class Set { read, write, except };
+bool Ready(SOCKET socket, Set kind, int milliseconds);
+inline bool Readable(SOCKET socket, int milliseconds) {
+    return Ready(socket, Set::read, milliseconds);
+}
+inline bool Writable(SOCKET socket, int milliseconds) {
+    return Ready(socket, Set::write, milliseconds);
+}
 int SocketError(SOCKET socket);
 void SetBlocking(SOCKET socket, bool blocking);
 void SetResetAtClose(SOCKET socket);
