@@ -1,11 +1,9 @@
-// quennet connect, as a person at a terminal sees it. The screens stand in docs/screens;
-// QUENNET_WRITE_SCREENS=1 writes them anew.
+// quennet connect.
 
 #include <cctype>
 #include <set>
 
-#include "app/program_test.h"
-#include "display/tmux.h"
+#include "app/screen_program_test.h"
 #include "hostkit/texts.h"
 
 namespace {
@@ -23,23 +21,11 @@ constexpr const char* examples =
     "U2=anonymous\nW2=anna@example.org\nO2=9\nM3=Gamma\nH3=ftp.example.com\nU3=bert\nO3=0\n"
     "[Quennet]\nFTP=Beta\nMAILADDR=anna@example.org";
 
-class ConnectTest : public ProgramTest {
+class ConnectTest : public ScreenProgramTest {
   protected:
     ConnectTest() {
         fs::create_directories(home / ".config/quennet");
         home.Write(".config/quennet/password-key", "00000001\n");
-    }
-    void SetUp() override {
-        if (!TmuxTerminal::IsThere()) {
-            GTEST_SKIP() << "tmux is missing";
-        }
-    }
-
-    /// For the shell of the terminal.
-    std::string Program(const std::string& words = "connect") const {
-        const std::string folder = home / "";
-        return "cd " + folder + "; env -u XDG_CONFIG_HOME HOME=" + folder +
-               " NO_COLOR=1 LC_ALL=C.UTF-8 " QUENNET_PROGRAM " " + words;
     }
     std::string Book() const { return home.Read(bookPath); }
 
@@ -55,44 +41,41 @@ class ConnectTest : public ProgramTest {
     }
 };
 
-TEST_F(ConnectTest, SitesAreEditedAddedMovedAndDeletedButNotByCancel) {
+TEST_F(ConnectTest, SitesAreEditedAddedMovedAndDeleted) {
     home.Write(bookPath, examples);
-    for (const bool stored : {false, true}) {
-        const TmuxTerminal terminal(80, 30, Program());
-        terminal.ExpectScreen("connect");
-        PressInList(terminal, {"Home"});
-        Fill(terminal, "M-i", "/pub/music");
-        terminal.Press({"M-f"});
-        EXPECT_SHOWS(terminal, "USER User@Host / Password");
-        terminal.Press({"BTab", "BTab", "BTab", "BTab", "Down", "Down"});
-        Fill(terminal, "M-h", "gate.example.org");
-        Fill(terminal, "M-u", "gate");
-        Fill(terminal, "M-w", "hidden");
-        terminal.ExpectScreen("connect-firewall");
-        terminal.Press({"Enter"});
-        EXPECT_SHOWS(terminal, "[x] Firewall");
-        PressInList(terminal, {"End", "Up"});
-        EXPECT_SHOWS(terminal, "ftp.example.net:2121");
-        Fill(terminal, "M-n", "Delta");
-        terminal.Press({"M-a"});
-        PressInList(terminal, {"End"});
-        terminal.Press({"M-d"});
-        PressInList(terminal, {"Home"});
-        terminal.Press({"M-o"});
-        terminal.ExpectScreen("connect-edited");
-        EXPECT_EQ(Book(), examples);
-        if (stored) {
-            PressInList(terminal, {"Home"});
-            EXPECT_SHOWS(terminal, "Name:          Delta");
-            Fill(terminal, "M-h", "127.0.0.1:1");  // nobody is there
-            terminal.Press({"Enter"});
-        } else {
-            terminal.Press({"Escape"});
-        }
-        EXPECT_SHOWS(terminal, "status 3");
-        EXPECT_THAT(terminal.Screen(), HasSubstr(stored ? "failed" : "quennet: cancelled\n"));
-        EXPECT_EQ(Book() == examples, !stored);
-    }
+    const TmuxTerminal cancelled(80, 30, Program("connect"));
+    EXPECT_SHOWS(cancelled, "Beta");
+    cancelled.Press({"Escape"});
+    EXPECT_SHOWS(cancelled, "quennet: cancelled\nstatus 3");
+    const TmuxTerminal terminal(80, 30, Program("connect"));
+    terminal.ExpectScreen("connect");
+    PressInList(terminal, {"Home"});
+    Fill(terminal, "M-i", "/pub/music");
+    terminal.Press({"M-f"});
+    EXPECT_SHOWS(terminal, "USER User@Host / Password");
+    terminal.Press({"BTab", "BTab", "BTab", "BTab", "Down", "Down"});
+    Fill(terminal, "M-h", "gate.example.org");
+    Fill(terminal, "M-u", "gate");
+    Fill(terminal, "M-w", "hidden");
+    terminal.ExpectScreen("connect-firewall");
+    terminal.Press({"Enter"});
+    EXPECT_SHOWS(terminal, "[x] Firewall");
+    PressInList(terminal, {"End", "Up"});
+    EXPECT_SHOWS(terminal, "ftp.example.net:2121");
+    Fill(terminal, "M-n", "Delta");
+    terminal.Press({"M-a"});
+    PressInList(terminal, {"End"});
+    terminal.Press({"M-d"});
+    PressInList(terminal, {"Home"});
+    terminal.Press({"M-o"});
+    terminal.ExpectScreen("connect-edited");
+    EXPECT_EQ(Book(), examples);
+    PressInList(terminal, {"Home"});
+    EXPECT_SHOWS(terminal, "Name:          Delta");
+    Fill(terminal, "M-h", "127.0.0.1:1");  // nobody is there
+    terminal.Press({"Enter"});
+    EXPECT_SHOWS(terminal, "status 3");
+    EXPECT_THAT(terminal.Screen(), HasSubstr("failed"));
     EXPECT_EQ(Book(),
               "; kept by hand\r\n[Other]\r\nM1 = untouched \r\n\r\n[FTP]\nM1=Delta\r\n"
               "H1=127.0.0.1:1\r\nU1=anonymous\r\nO1=9\r\nM2=Alpha\r\nH2=ftp.example.org\r\n"
@@ -104,12 +87,11 @@ TEST_F(ConnectTest, SitesAreEditedAddedMovedAndDeletedButNotByCancel) {
 
 TEST_F(ConnectTest, OkConnectsAndKeepsTheBookAndAnyKeyDisconnects) {
     options.accounts = {{"anna", "secret"}};
-    fs::create_directories(served / "pub");
-    served.Write("pub/song", "1234");
+    Make("pub/song", "1234");
     Serve();
     const std::string host = "127.0.0.1:" + std::to_string(server->Port());
     {
-        const TmuxTerminal terminal(80, 30, Program());
+        const TmuxTerminal terminal(80, 30, Program("connect"));
         EXPECT_SHOWS(terminal, "Save password");
         Fill(terminal, "M-n", "Here");
         Fill(terminal, "M-h", "ftp://" + host);
@@ -132,7 +114,7 @@ TEST_F(ConnectTest, OkConnectsAndKeepsTheBookAndAnyKeyDisconnects) {
 
     // Nobody waits for a server any more when the terminal has gone.
     server->Add({"LIST", 0, FaultAction::stallData, "", 0, {}});
-    TmuxTerminal again(80, 30, Program());
+    TmuxTerminal again(80, 30, Program("connect"));
     EXPECT_SHOWS(again, "Here");
     again.Press({"Enter"});
     EXPECT_SHOWS(again, "LIST");
@@ -141,7 +123,7 @@ TEST_F(ConnectTest, OkConnectsAndKeepsTheBookAndAnyKeyDisconnects) {
 
 TEST_F(ConnectTest, ASmallTerminalShowsTheDialogInPartsAndOneThatGoesAwayCancelsIt) {
     home.Write(bookPath, examples);
-    TmuxTerminal terminal(20, 5, Program());
+    TmuxTerminal terminal(20, 5, Program("connect"));
     EXPECT_SHOWS(terminal, "Beta");
     terminal.Press({"M-i"});
     terminal.Send("/deep");

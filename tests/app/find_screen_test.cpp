@@ -1,7 +1,6 @@
-// quennet find --window, as a person at a terminal sees it.
+// quennet find --window.
 
-#include "app/program_test.h"
-#include "display/tmux.h"
+#include "app/screen_program_test.h"
 #include "support/wait.h"
 
 namespace {
@@ -10,16 +9,12 @@ namespace fs = std::filesystem;
 using testing::HasSubstr;
 constexpr auto npos = std::string::npos;
 
-class FindScreenTest : public ProgramTest {
+class FindScreenTest : public ScreenProgramTest {
   protected:
-    void SetUp() override {
-        if (!TmuxTerminal::IsThere()) {
-            GTEST_SKIP() << "tmux is missing";
-        }
-        for (const char* folder : {"t", "t/docs", "t/docs/old"}) {
-            fs::create_directories(served / folder);
-            served.Write(std::string(folder) + "/small.txt", "1");
-            served.Write(std::string(folder) + "/large.txt", std::string(12'345, '.'));
+    FindScreenTest() {
+        for (const std::string folder : {"t/", "t/docs/", "t/docs/old/"}) {
+            Make(folder + "small.txt", "1");
+            Make(folder + "large.txt", std::string(12'345, '.'));
         }
         using namespace std::chrono;
         const auto longAgo =
@@ -52,16 +47,11 @@ class FindScreenTest : public ProgramTest {
         EXPECT_TRUE(WaitUntil([&] { return !home.Read("hits.txt").empty(); }));
         terminal.Resize(80, 24);
     }
-
-    std::string Program(const std::string& words) const {
-        return "cd " + (home / "").string() +
-               "; HOME=. NO_COLOR=1 LC_ALL=C.UTF-8 " QUENNET_PROGRAM " find --window " + words;
-    }
 };
 
 TEST_F(FindScreenTest, APersonSearchesFiltersAndGoesToAHit) {
     {
-        const TmuxTerminal terminal(80, 24, Program("-v " + Url("t")));
+        const TmuxTerminal terminal(80, 24, Program("find --window -v " + Url("t")));
         EXPECT_SHOWS(terminal, "Include subfolders");
         terminal.Press({"*.txt;docs", "Enter"});
         EXPECT_SHOWS(terminal, "Found: 6 files");
@@ -93,12 +83,12 @@ TEST_F(FindScreenTest, APersonSearchesFiltersAndGoesToAHit) {
     }
     EXPECT_THAT(home.Read(".config/quennet/settings.ini"), HasSubstr("[FTPFind]\n"));
     {
-        const TmuxTerminal terminal(80, 24, Program("-m none " + Url("t")));
+        const TmuxTerminal terminal(80, 24, Program("find --window -m none " + Url("t")));
         EXPECT_SHOWS(terminal, "none____");
         terminal.Press({"M-f", "c"});
         EXPECT_SHOWS(terminal, "status 0");
     }
-    TmuxTerminal terminal(80, 24, Program(Url("t")));
+    TmuxTerminal terminal(80, 24, Program("find --window " + Url("t")));
     EXPECT_SHOWS(terminal, "Include subfolders");
     EXPECT_TRUE(terminal.HangUp());
 }

@@ -5,9 +5,8 @@
 #include <signal.h>
 #include <sys/stat.h>
 
-#include <thread>
-
 #include "app/program_test.h"
+#include "support/wait.h"
 
 namespace {
 
@@ -19,23 +18,20 @@ using testing::StartsWith;
 class FindTest : public ProgramTest {
   protected:
     FindTest() {
-        for (const char* folder : {"t", "t/a", "t/a/b", "t/c"}) {
-            fs::create_directories(served / folder);
-            served.Write(std::string(folder) + "/x.txt", "four");
+        for (const char* name : {"t/x.txt", "t/a/x.txt", "t/a/b/x.txt", "t/c/x.txt"}) {
+            Make(name, "four");
         }
         served.Write("t/a/b/semi;colon \"q\" <&>.htm", "");
         served.Write("t/c/bell\x9B\\.htm", std::string(1234, '.'));
         Serve();
     }
 
-    int Find(std::vector<std::string> words, const std::string& path = "t") {
+    void Find(std::vector<std::string> words, int status = exitDone,
+              const std::string& path = "t") {
         words.insert(words.begin(), "find");
         words.push_back(Url(path));
-        result = Quennet(home, words);
-        return result.status;
+        Run(words, status);
     }
-
-    RunResult result;
 };
 
 TEST_F(FindTest, PrintsThePathsOfWhatTheMaskAndTheBoxesTake) {
@@ -55,18 +51,16 @@ TEST_F(FindTest, PrintsThePathsOfWhatTheMaskAndTheBoxesTake) {
         {{"-m", "none"}, "t", ""},
     };
     for (const Case& each : cases) {
-        EXPECT_EQ(Find(each.words, each.path), exitDone) << result.errors;
+        Find(each.words, exitDone, each.path);
         EXPECT_EQ(result.output, each.output);
         EXPECT_EQ(result.errors, "");
     }
-    EXPECT_EQ(NamesIn(home / ""), std::vector<std::string>{".netrc"}) << "nothing is kept";
+    ExpectAtHome({});
 }
 
 TEST_F(FindTest, WhatCannotBeIsToldInOneLine) {
-    EXPECT_EQ(Find({}, "t/none"), exitFailed);
-    EXPECT_THAT(result.errors, HasSubstr("quennet: t/none: 550"));
-    served.Write("file", "");
-    EXPECT_EQ(Find({}, "file"), exitFailed);
+    Fails({"find", Url("t/none")}, "quennet: t/none: 550");
+    Fails({"find", Url("t/x.txt")});
     fs::create_directory(home / "folder");
     struct Case {
         std::vector<std::string> words;
@@ -83,20 +77,18 @@ TEST_F(FindTest, WhatCannotBeIsToldInOneLine) {
         {{"-r"}, "quennet: find does not take", exitUsage},
     };
     for (const Case& each : cases) {
-        EXPECT_EQ(Find(each.words), each.status) << each.errors;
+        Find(each.words, each.status);
         EXPECT_THAT(result.errors, StartsWith(each.errors));
         EXPECT_EQ(result.output, "");
     }
-    EXPECT_EQ(NamesIn(home / ""), (std::vector<std::string>{".netrc", "folder"}));
+    ExpectAtHome({"folder"});
 }
 
 TEST_F(FindTest, ListsGoIntoFilesInOneStep) {
     home.Write("old.csv", "old");
     fs::permissions(home / "old.csv", static_cast<fs::perms>(0640));
     fs::create_symlink("old.csv", home / "link");
-    EXPECT_EQ(Find({"-m", "*.htm;b", "--text", "list", "--csv", "link", "--html", "list.html"}),
-              exitDone)
-        << result.errors;
+    Find({"-m", "*.htm;b", "--text", "list", "--csv", "link", "--html", "list.html"});
     EXPECT_THAT(home.Read("list"), HasSubstr("          1,234"));
     EXPECT_THAT(home.Read("list"), HasSubstr("   /t/a/b/semi;colon \"q\" <&>.htm\r\n"));
     const std::string table = home.Read("old.csv");
@@ -107,16 +99,13 @@ TEST_F(FindTest, ListsGoIntoFilesInOneStep) {
     EXPECT_TRUE(fs::is_symlink(home / "link"));
     EXPECT_THAT(home.Read("list.html"), HasSubstr("<TD>bell\x9B\\.htm</TD>"));
     EXPECT_THAT(home.Read("list.html"), HasSubstr("</HTML>\r\n"));
-    EXPECT_EQ(NamesIn(home / ""),
-              (std::vector<std::string>{".netrc", "link", "list", "list.html", "old.csv"}));
+    ExpectAtHome({"link", "list", "list.html", "old.csv"});
 }
 
 TEST_F(FindTest, WhatWasFoundBeforeTheEndIsPrinted) {
     server->Add({"LIST", 3, FaultAction::stallData, "", 1, {}});
     ProgramRun run(home, {"find", "-m", "*.txt", "--csv", "list.csv", Url("t")});
-    while (!Heard("CWD b")) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    }
+    EXPECT_TRUE(WaitUntil([&] { return Heard("CWD b"); }));
     const auto start = std::chrono::steady_clock::now();
     run.Signal(SIGINT);
     result = run.Finish();
@@ -128,27 +117,23 @@ TEST_F(FindTest, WhatWasFoundBeforeTheEndIsPrinted) {
 
     server->ClearFaults();
     server->Add({"CWD", 5, FaultAction::dropBefore, "", 0, {}});
-    for (int occurrence = 2; occurrence < 40; ++occurrence) {
-        server->Add({"", occurrence, FaultAction::reply, "421 gone", 0, {}});
-    }
-    EXPECT_EQ(Find({"-m", "*.txt"}), exitFailed);
+    RefuseReconnects();
+    Find({"-m", "*.txt"}, exitFailed);
     EXPECT_THAT(result.errors, HasSubstr("the connection was lost, so this is not all\n"));
     EXPECT_EQ(result.output, "/t/x.txt\n");
 
     // What a server refuses to list is told; a connection that comes back leaves nothing out.
     server->ClearFaults();
     server->Add({"LIST", 2, FaultAction::reply, "550 not this one", 0, {}});
-    EXPECT_EQ(Find({"-m", "*.txt", "--text", "list"}), exitFailed);
+    Find({"-m", "*.txt", "--text", "list"}, exitFailed);
     EXPECT_EQ(result.errors, "quennet: 1 directory could not be listed: 550 not this one\n");
     EXPECT_EQ(result.output, "/t/x.txt\n/t/c/x.txt\n");
     EXPECT_TRUE(fs::exists(home / "list"));
     for (const auto& [command, occurrence] : {std::pair{"LIST", 2}, {"PASV", 2}, {"CWD", 4}}) {
-        for (const FaultAction action : {FaultAction::resetBefore, FaultAction::dropBefore}) {
-            server->ClearFaults();
-            server->Add({command, occurrence, action, "", 0, {}});
-            EXPECT_EQ(Find({"-m", "*.txt"}), exitDone) << command << result.errors;
-            EXPECT_EQ(result.output, "/t/x.txt\n/t/a/x.txt\n/t/a/b/x.txt\n/t/c/x.txt\n");
-        }
+        server->ClearFaults();
+        server->Add({command, occurrence, FaultAction::dropBefore, "", 0, {}});
+        Find({"-m", "*.txt"});
+        EXPECT_EQ(result.output, "/t/x.txt\n/t/a/x.txt\n/t/a/b/x.txt\n/t/c/x.txt\n");
     }
 }
 

@@ -8,23 +8,14 @@ namespace fs = std::filesystem;
 using loopback::Fault;
 using loopback::FaultAction;
 using testing::HasSubstr;
-using testing::Not;
 
-class GetTest : public ProgramTest {
-  protected:
-    GetTest() { fs::create_directories(served / "pub"); }
-};
+using GetTest = ProgramTest;
 
 TEST_F(GetTest, BringsFilesOfAllNamesFromAllPaths) {
-    struct Row {
-        std::string path;  // on the server
-        std::string url;
-    };
-    const Row table[] = {
+    const std::pair<std::string, std::string> table[] = {
+        // on the server, in the URL
         {"plain", "plain"},
-        {"pub/plain", "pub/plain"},
         {"pub/rooted", "%2Fpub/rooted"},
-        {"rooted", "%2Frooted"},
         {"pub/a b  c", "pub/a%20b%20%20c"},
         {"pub/\xC3\xA4\xE2\x82\xAC", "pub/%C3%A4%E2%82%AC"},
         {"pub/-rf", "pub/-rf"},
@@ -34,102 +25,86 @@ TEST_F(GetTest, BringsFilesOfAllNamesFromAllPaths) {
         {"pub/ blank in front", "pub/%20blank%20in%20front"},
         {"a\"b/quoted\"", "a%22b/quoted%22"},
         {"pub/back\\slash", "pub/back%5Cslash"},
-        {"empty", "empty"},
     };
-    fs::create_directories(served / "a\"b");
-    for (const Row& row : table) {
-        served.Write(row.path, row.path == "empty" ? "" : "bytes of " + row.path);
-    }
     Serve();
     for (const char* mode : {"-q", "--active"}) {
-        for (const Row& row : table) {
-            const std::string name = fs::path(row.path).filename();
-            const RunResult result = Quennet(home, {mode, "get", Url(row.url)});
-            EXPECT_EQ(result.status, exitDone) << row.url << " " << result.errors;
-            EXPECT_EQ(home.Read(name), served.Read(row.path));
+        for (const auto& [path, url] : table) {
+            Make(path, path == "-" ? "" : "bytes of " + path);
+            const std::string name = fs::path(path).filename();
+            Run({mode, "get", Url(url)});
+            EXPECT_EQ(home.Read(name), served.Read(path));
             fs::remove(home / name);
         }
     }
-    EXPECT_EQ(NamesIn(home / ""), std::vector<std::string>{".netrc"});
+    ExpectAtHome({});
 }
 
 TEST_F(GetTest, TheUserChoosesWhereItGoesAndTheDateIsTheServers) {
-    served.Write("pub/file", "12345");
+    Make("pub/file", "12345");
     const auto date = std::chrono::file_clock::from_sys(
         std::chrono::sys_seconds(std::chrono::seconds(995500800)));
     fs::last_write_time(served / "pub/file", date);
     fs::create_directory(home / "sub");
     Serve();
     const std::string url = Url("pub/file");
-    EXPECT_EQ(Quennet(home, {"get", "-o", "sub/", url}).status, exitDone);
-    EXPECT_EQ(home.Read("sub/file"), "12345");
-    EXPECT_EQ(fs::last_write_time(home / "sub/file"), date);
-    fs::remove(home / "sub/file");
-    EXPECT_EQ(Quennet(home, {"get", "-o", "sub", url}).status, exitDone);
-    EXPECT_EQ(home.Read("sub/file"), "12345");
-    EXPECT_EQ(Quennet(home, {"get", "-o", "other", url}).status, exitDone);
-    EXPECT_EQ(home.Read("other"), "12345");
-
-    const RunResult piped = Quennet(home, {"get", "-o", "-", url});
-    EXPECT_EQ(piped.status, exitDone) << piped.errors;
-    EXPECT_EQ(piped.output, "12345");
-    EXPECT_EQ(Quennet(home, {"get", "-o", "/dev/null", url}).status, exitDone);
-    EXPECT_EQ(Quennet(home, {"get", "-o", "missing/x", url}).status, exitFailed);
-    EXPECT_EQ(NamesIn(home / ""), (std::vector<std::string>{".netrc", "other", "sub"}));
+    for (const std::string output : {"sub/", "sub", "other"}) {
+        const std::string path = output == "other" ? output : "sub/file";
+        Run({"get", "-o", output, url});
+        EXPECT_EQ(home.Read(path), "12345");
+        EXPECT_EQ(fs::last_write_time(home / path), date);
+        fs::remove(home / path);
+    }
+    Run({"get", "-o", "-", url});
+    EXPECT_EQ(result.output, "12345");
+    Run({"get", "-o", "/dev/null", url});
+    Fails({"get", "-o", "missing/x", url});
+    ExpectAtHome({"sub"});
 }
 
 TEST_F(GetTest, AnExistingFileIsTreatedAsTheUserSays) {
     const std::string bytes = Bytes(100'000);
     const std::string part = bytes.substr(0, 40'000);
+    const std::string other(40'000, 'x');
     served.Write("file", bytes);
+    home.Write("file", part);
     Serve();
-    const auto get = [&](const std::string& there, const std::vector<std::string>& policy) {
-        home.Write("file", there);
-        server->ClearLog();
-        std::vector<std::string> arguments = {"-v", "get", Url("file")};
-        arguments.insert(arguments.end(), policy.begin(), policy.end());
-        return Quennet(home, arguments);
-    };
-
-    RunResult result = get(part, {});
-    EXPECT_EQ(result.status, exitFailed);
-    EXPECT_THAT(result.errors, HasSubstr("--resume, --overwrite or --skip"));
-    EXPECT_EQ(home.Read("file"), part);
+    Fails({"get", Url("file")}, "--resume, --overwrite or --skip");
     EXPECT_EQ(server->ConnectionCount(), 0);
-
-    EXPECT_EQ(get(part, {"--skip"}).status, exitDone);
-    EXPECT_EQ(home.Read("file"), part);
-
-    EXPECT_EQ(get(part, {"--resume"}).status, exitDone);
-    EXPECT_TRUE(home.Read("file") == bytes);
-    EXPECT_TRUE(Heard("REST 39488"));
-
-    result = get(std::string(40'000, 'x'), {"--resume"});
-    EXPECT_EQ(result.status, exitDone) << result.errors;
-    EXPECT_TRUE(home.Read("file") == bytes);
-    EXPECT_THAT(result.errors, HasSubstr("Not the same file!"));
-
-    EXPECT_EQ(get(part, {"--overwrite"}).status, exitDone);
-    EXPECT_TRUE(home.Read("file") == bytes);
-    EXPECT_FALSE(Heard("REST 39488"));
+    struct Row {
+        std::string there;
+        const char* policy;
+        std::string then;
+        bool resumed;
+    };
+    for (const Row& row : {Row{part, "--skip", part, false},
+                           {part, "--resume", bytes, true},
+                           {other, "--resume", bytes, true},
+                           {part, "--overwrite", bytes, false}}) {
+        home.Write("file", row.there);
+        server->ClearLog();
+        Run({"-v", "get", Url("file"), row.policy});
+        EXPECT_TRUE(home.Read("file") == row.then) << row.policy;
+        EXPECT_EQ(Heard("REST 39488"), row.resumed);
+        EXPECT_EQ(result.errors.find("Not the same file!") != std::string::npos,
+                  row.there == other);
+    }
 }
 
 TEST_F(GetTest, NoNameLeadsOutOfTheFolder) {
     Serve();
     for (const char* path : {"", "pub/", "..", "pub/..", ".", "%2F", "%2e%2e", "a%0d%0ab"}) {
-        const RunResult result = Quennet(home, {"get", Url(path)});
-        EXPECT_EQ(result.status, exitUsage) << path;
+        IsUsage({"get", Url(path)});
     }
     EXPECT_EQ(server->ConnectionCount(), 0);
-    served.Write("inner", "1");
-    const RunResult result = Quennet(home, {"get", Url("pub/..%2F..%2F..%2Finner")});
-
-    EXPECT_EQ(result.status, exitDone) << result.errors;
-    EXPECT_EQ(NamesIn(home / ""), (std::vector<std::string>{".netrc", "inner"}));
+    Make("pub/file");
+    Make("inner", "1");
+    Run({"get", Url("pub/..%2F..%2F..%2Finner")});
+    ExpectAtHome({"inner"});
 }
 
 TEST_F(GetTest, AFailureLeavesTheLocalFileAndSaysTheServersWords) {
     served.Write("file", Bytes(50'000));
+    fs::create_directory(served / "pub");
     home.Write("precious", "mine");
     Serve();
     struct Row {
@@ -149,31 +124,18 @@ TEST_F(GetTest, AFailureLeavesTheLocalFileAndSaysTheServersWords) {
     for (const Row& row : table) {
         server->ClearFaults();
         server->Add(row.fault);
-        const RunResult result =
-            Quennet(home, {"get", "--overwrite", "-o", "precious", Url(row.path)});
-        EXPECT_EQ(result.status, exitFailed) << row.path << row.fault.text;
-        EXPECT_THAT(result.errors, HasSubstr(row.words));
+        Fails({"get", "--overwrite", "-o", "precious", Url(row.path)}, row.words);
         EXPECT_EQ(std::count(result.errors.begin(), result.errors.end(), '\n'), 1) << result.errors;
         EXPECT_EQ(home.Read("precious"), "mine");
     }
-}
-
-TEST_F(GetTest, WithoutAListingTheFileStillComes) {
-    const std::string bytes = Bytes(50'000);
-    served.Write("pub/file", bytes);
-    Serve();
-    const Fault faults[] = {
-        {"LIST", 0, FaultAction::reply, "550 not here"},
-        {"CWD", 0, FaultAction::reply, "550 not there"},
-    };
-    for (const Fault& fault : faults) {
+    // A listing, or a directory, that is refused is none of them.
+    for (const char* command : {"LIST", "CWD"}) {
         server->ClearFaults();
-        server->Add(fault);
-        server->ClearLog();
-        const RunResult result = Quennet(home, {"get", "--overwrite", Url("pub/file")});
-        EXPECT_EQ(result.status, exitDone) << result.errors;
-        EXPECT_TRUE(home.Read("file") == bytes);
-        EXPECT_TRUE(Heard(fault.command == "CWD" ? "RETR pub/file" : "RETR file"));
+        server->Add({command, 0, FaultAction::reply, "550 not here"});
+        Make("pub/file", "1");
+        Run({"get", "--overwrite", Url("pub/file")});
+        EXPECT_EQ(home.Read("file"), "1");
+        EXPECT_TRUE(Heard(command == std::string("CWD") ? "RETR pub/file" : "RETR file"));
     }
 }
 
@@ -182,42 +144,34 @@ TEST_F(GetTest, LinksAndMvsSizesAreNotTakenForTheFilesSize) {
     fs::create_symlink("target", served / "link");
     served.Write("DATA.SET", "short");
     Serve();
-    EXPECT_EQ(Quennet(home, {"get", Url("link")}).status, exitDone);
+    Run({"get", Url("link")});
     EXPECT_EQ(fs::file_size(home / "link"), 5000u);
 
     server->SetSystem("MVS is the operating system");
     server->SetFormat("/", loopback::ListFormat::mvs);
     // Two bytes more are listed than come, in a unit that is not bytes.
     server->Add({"RETR", 1, FaultAction::closeData, "", 3});
-    const RunResult result = Quennet(home, {"get", Url("DATA.SET")});
-    EXPECT_EQ(result.status, exitDone) << result.errors;
+    Run({"get", Url("DATA.SET")});
 }
 
 TEST_F(GetTest, AFileThatEndsTooEarlyIsAFailureAndThePartIsKept) {
     const std::string bytes = Bytes(400'000);
     served.Write("file", bytes);
     Serve();
-    struct Row {
-        FaultAction action;
-        std::string words;
-    };
-    const Row table[] = {
-        {FaultAction::closeData, "incomplete: 200000 bytes have come, 400000 were listed"},
-        {FaultAction::failData, "426 "},
-        {FaultAction::resetData, "426 "},
-    };
-    for (const Row& row : table) {
+    for (const auto& [action, words] :
+         {std::pair(FaultAction::closeData,
+                    "incomplete: 200000 bytes have come, 400000 were listed"),
+          {FaultAction::failData, "426 "},
+          {FaultAction::resetData, "426 "}}) {
         for (const char* output : {"file", "-"}) {
             server->ClearFaults();
-            server->Add({"RETR", 1, row.action, "", 200'000});
-            const RunResult result = Quennet(home, {"get", "-o", output, Url("file")});
-            EXPECT_EQ(result.status, exitFailed);
-            EXPECT_THAT(result.errors, HasSubstr(row.words));
+            server->Add({"RETR", 1, action, "", 200'000});
+            Fails({"get", "-o", output, Url("file")}, words);
         }
-        if (row.action != FaultAction::resetData) {
+        if (action != FaultAction::resetData) {
             EXPECT_TRUE(home.Read("file") == bytes.substr(0, 200'000));
         }
-        EXPECT_EQ(Quennet(home, {"get", "--resume", Url("file")}).status, exitDone);
+        Run({"get", "--resume", Url("file")});
         EXPECT_TRUE(home.Read("file") == bytes);
         fs::remove(home / "file");
     }
@@ -226,9 +180,7 @@ TEST_F(GetTest, AFileThatEndsTooEarlyIsAFailureAndThePartIsKept) {
 TEST_F(GetTest, ALocalFileThatCannotBeWrittenIsAFailure) {
     served.Write("file", Bytes(300'000));
     Serve();
-    RunResult result = Quennet(home, {"get", "-o", "/dev/full", Url("file")});
-    EXPECT_EQ(result.status, exitFailed);
-    EXPECT_THAT(result.errors, HasSubstr("/dev/full: No space left"));
+    Fails({"get", "-o", "/dev/full", Url("file")}, "/dev/full: No space left");
     result = Shell(home, "\"$0\" get -o - '" + Url("file") + "' | true; exit ${PIPESTATUS[0]}");
     EXPECT_EQ(result.status, exitFailed);
     EXPECT_THAT(result.errors, HasSubstr("standard output: "));

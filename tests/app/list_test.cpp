@@ -21,100 +21,76 @@ class ListTest : public ProgramTest {
                                 std::chrono::file_clock::from_sys(
                                     std::chrono::sys_seconds(std::chrono::seconds(995544000))));
         }
+        Serve();
     }
 };
 
 TEST_F(ListTest, PrintsNamesOrAttributesOrColumnsForScripts) {
-    Serve();
-    RunResult result = Quennet(home, {"ls", Url("pub")});
-    EXPECT_EQ(result.status, exitDone) << result.errors;
+    Run({"ls", Url("pub")});
     EXPECT_EQ(result.output, "-rf\nfile.txt\nwith blank\n");
     EXPECT_EQ(result.errors, "");
-
-    result = Quennet(home, {"--active", "ls", "-l", Url("pub/")});
-    EXPECT_EQ(result.status, exitDone) << result.errors;
+    Run({"--active", "ls", "-l", Url("pub/")});
     EXPECT_THAT(result.output, HasSubstr("-rw-r--r--     5  2001-07-19 00:00  file.txt\n"));
-
-    result = Quennet(home, {"ls", "--porcelain", Url("pub")});
+    Run({"ls", "--porcelain", Url("pub")});
     EXPECT_THAT(result.output, HasSubstr("8123\t5\t2001-07-19 00:00\tfile.txt\n"));
-    EXPECT_EQ(NamesIn(home / ""), std::vector<std::string>{".netrc"});
+    ExpectAtHome({});
 }
 
-TEST_F(ListTest, PathsStartInTheLoginDirectoryOrAtTheRoot) {
-    Serve();
-    for (const char* path : {"", "%2F", "pub/..", "/"}) {
-        const RunResult result = Quennet(home, {"ls", Url(path)});
-        EXPECT_EQ(result.output, "pub\ntop\n") << path << result.errors;
-    }
+TEST_F(ListTest, PathsStartInTheLoginDirectoryOrAtTheRootAndMayNameAFile) {
     fs::create_directories(served / "pub/a\"b");
-    for (const char* path : {"pub/with%20blank", "%2Fpub/with%20blank/", "pub/a%22b"}) {
-        const RunResult result = Quennet(home, {"ls", Url(path)});
-        EXPECT_EQ(result.status, exitDone) << path << result.errors;
-        EXPECT_EQ(result.output, "") << path;
+    for (const auto& [path, output] : {std::pair("", "pub\ntop\n"),
+                                       {"%2F", "pub\ntop\n"},
+                                       {"pub/..", "pub\ntop\n"},
+                                       {"/", "pub\ntop\n"},
+                                       {"pub/with%20blank", ""},
+                                       {"%2Fpub/with%20blank/", ""},
+                                       {"pub/a%22b", ""},
+                                       {"pub/file.txt", "file.txt\n"},
+                                       {"%2Fpub/file.txt", "file.txt\n"},
+                                       {"top", "top\n"}}) {
+        Run({"ls", Url(path)});
+        EXPECT_EQ(result.output, output) << path;
     }
-}
-
-TEST_F(ListTest, AUrlThatNamesAFileListsThatFile) {
-    Serve();
-    for (const char* path : {"pub/file.txt", "%2Fpub/file.txt"}) {
-        const RunResult result = Quennet(home, {"ls", Url(path)});
-        EXPECT_EQ(result.status, exitDone) << result.errors;
-        EXPECT_EQ(result.output, "file.txt\n");
-    }
-    EXPECT_EQ(Quennet(home, {"ls", Url("top")}).output, "top\n");
     for (const char* path : {"pub/missing", "missing/", "top/", "missing/file"}) {
-        const RunResult result = Quennet(home, {"ls", Url(path)});
-        EXPECT_EQ(result.status, exitFailed) << path;
+        Fails({"ls", Url(path)}, ": 550 ");
         EXPECT_EQ(result.output, "");
-        EXPECT_THAT(result.errors, HasSubstr(": 550 ")) << path;
     }
 }
-
-constexpr char login[] = R"(
-    <- 220 ready
-    -> USER anonymous
-    <- 331 who are you
-    -> PASS *
-    <- 230 welcome
-    -> SYST
-    <- 215 UNIX Type: L8
-    -> PWD
-    <- 257 "/" it is
-)";
-
-constexpr char listing[] = R"(
-    -> PASV
-    <- 227 ok ({pasv})
-    -> LIST
-    data accept
-    <- 150 comes
-    data send listing
-    data close
-    <- 226 done
-    -> QUIT
-    <- 221 bye
-)";
 
 TEST_F(ListTest, HostileListingsAreHarmless) {
     const std::string line = "-rw-r--r-- 1 u g 5 Jan 1 2001 ";
     const std::string text = line + "../../x\r\n" + line + "\x1B[2Jwiped\tx\r\n" + line +
-                             "\xC2\x9B"
-                             "31m\r\n" +
-                             line + std::string(10000, 'y') + "\r\n" + std::string(100000, ' ') +
-                             "\r\n" + line + "\r\n" + line + "..\r\n\r\n" + line +
-                             "last-without-end";
+                             "\xC2\x9B" + "31m\r\n" + line + std::string(10000, 'y') + "\r\n" +
+                             std::string(100000, ' ') + "\r\n" + line + "\r\n" + line +
+                             "..\r\n\r\n" + line + "last-without-end";
     for (const char* form : {"-q", "-l", "--porcelain"}) {
         Wire wire;
         wire.Data("listing", text);
-        wire.Start(std::string(login) + listing);
-        const RunResult result =
-            Quennet(home, {"ls", form, "ftp://127.0.0.1:" + std::to_string(wire.port())});
+        wire.Start(R"(
+            <- 220 ready
+            -> USER anonymous
+            <- 230 welcome
+            -> SYST
+            <- 215 UNIX Type: L8
+            -> PWD
+            <- 257 "/" it is
+            -> PASV
+            <- 227 ok ({pasv})
+            -> LIST
+            data accept
+            <- 150 comes
+            data send listing
+            data close
+            <- 226 done
+            -> QUIT
+            <- 221 bye
+        )");
+        Run({"ls", form, "ftp://127.0.0.1:" + std::to_string(wire.port())});
         wire.Finish();
-        EXPECT_EQ(result.status, exitDone) << result.errors;
-        EXPECT_THAT(result.output, HasSubstr("../../x\n"));
-        EXPECT_THAT(result.output, HasSubstr("\\x1B[2Jwiped"));
-        EXPECT_THAT(result.output, HasSubstr("\\xC2\\x9B31m"));
-        EXPECT_THAT(result.output, HasSubstr("last-without-end"));
+        for (const char* shown :
+             {"../../x\n", "\\x1B[2Jwiped", "\\xC2\\x9B31m", "last-without-end"}) {
+            EXPECT_THAT(result.output, HasSubstr(shown));
+        }
         EXPECT_THAT(result.output, Not(HasSubstr("\x1B")));
         EXPECT_THAT(result.output, Not(HasSubstr("\xC2\x9B")));
     }
@@ -124,16 +100,13 @@ TEST_F(ListTest, OutputThatNobodyReadsIsAFailureWithoutACrash) {
     for (int i = 0; i < 3000; ++i) {
         served.Write("pub/" + std::string(100, 'n') + std::to_string(i), "");
     }
-    Serve();
-    const std::string url = "'" + Url("pub") + "'";
-    for (const std::string& redirection :
-         {"\"$0\" ls " + url + " | true; exit ${PIPESTATUS[0]}", "\"$0\" ls " + url + " >&-",
-          "\"$0\" ls " + url + " > /dev/full"}) {
-        const RunResult result = Shell(home, redirection);
+    const std::string list = "\"$0\" ls '" + Url("pub") + "'";
+    for (const char* redirection : {" | true; exit ${PIPESTATUS[0]}", " >&-", " > /dev/full"}) {
+        result = Shell(home, list + redirection);
         EXPECT_EQ(result.status, exitFailed) << redirection;
         EXPECT_THAT(result.errors, HasSubstr("quennet: standard output: ")) << redirection;
     }
-    EXPECT_EQ(Shell(home, "\"$0\" ls " + url + " > /dev/null <&- 2>&-").status, exitDone);
+    EXPECT_EQ(Shell(home, list + " > /dev/null <&- 2>&-").status, exitDone);
     // Nothing of the listing has gone to the server.
     for (const std::string& command : server->Commands()) {
         EXPECT_LE(command.size(), 100u) << command;

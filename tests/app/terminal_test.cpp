@@ -1,12 +1,9 @@
 // The program on a terminal: questions, and what it shows meanwhile.
 
-#include <signal.h>
-
 #include "app/program_test.h"
 
 namespace {
 
-namespace fs = std::filesystem;
 using loopback::FaultAction;
 using testing::HasSubstr;
 using testing::Not;
@@ -39,28 +36,26 @@ TEST_F(TerminalTest, APasswordIsAskedForAndDoesNotShow) {
 }
 
 TEST_F(TerminalTest, AnExistingFileIsAskedAbout) {
-    struct Row {
+    const std::string part = bytes.substr(0, 40'000);
+    const struct {
         std::string there;
         std::string answer;
         int status;
         bool whole;
         bool resumed;
-    };
-    const std::string part = bytes.substr(0, 40'000);
-    const Row table[] = {
+    } table[] = {
         {part, "r\n", exitDone, true, true},         {part, "o\n", exitDone, true, false},
         {part, "what\ns\n", exitDone, false, false}, {part, "\x04", exitFailed, false, false},
         {part, "\x03", exitFailed, false, false},    {"short", "r\no\n", exitDone, true, false},
     };
-    for (const Row& row : table) {
-        SCOPED_TRACE(testing::PrintToString(row.answer));
+    for (const auto& row : table) {
         home.Write("file", row.there);
         server->ClearLog();
         TerminalRun run(home, {"get", Url("file")});
         ASSERT_TRUE(run.Await("the server's file has 100000")) << run.Shown();
         ASSERT_TRUE(run.Await("? ")) << run.Shown();
         run.Type(row.answer);
-        EXPECT_EQ(run.Finish(), row.status) << run.Shown();
+        EXPECT_EQ(run.Finish(), row.status) << row.answer << run.Shown();
         EXPECT_TRUE(home.Read("file") == (row.whole ? bytes : row.there));
         EXPECT_EQ(Heard("REST 39488"), row.resumed);
     }

@@ -1,9 +1,5 @@
 // quennet get -r, put -r, rm -r, chmod and fxp.
 
-#include <sys/stat.h>
-
-#include <fstream>
-
 #include "app/program_test.h"
 #include "support/wire.h"
 
@@ -12,15 +8,9 @@ namespace {
 namespace fs = std::filesystem;
 using loopback::FaultAction;
 using testing::HasSubstr;
-using testing::Not;
 
 class TreeTest : public ProgramTest {
   protected:
-    int Run(const std::vector<std::string>& arguments) {
-        result = Quennet(home, arguments);
-        return result.status;
-    }
-
     /// Every file, folder and link of a tree, with what it holds.
     static std::vector<std::string> Contents(const fs::path& root) {
         std::vector<std::string> contents;
@@ -29,8 +19,7 @@ class TreeTest : public ProgramTest {
             if (entry.is_symlink()) {
                 line += " -> " + fs::read_symlink(entry).string();
             } else if (entry.is_regular_file()) {
-                std::ifstream file(entry.path());
-                line += ": " + std::string(std::istreambuf_iterator<char>(file), {});
+                line += ": " + ReadWhole(entry.path());
             }
             contents.push_back(line);
         }
@@ -38,16 +27,8 @@ class TreeTest : public ProgramTest {
         return contents;
     }
 
-    static std::string ModeOf(const fs::path& path) {
-        struct stat status = {};
-        stat(path.c_str(), &status);
-        char text[8];
-        std::snprintf(text, sizeof text, "%03o", status.st_mode & 0777U);
-        return text;
-    }
-
     /// A session that stands in «/» after the login, behind which `script` goes on.
-    void RunOnWire(const std::vector<std::string>& words, const std::string& script) {
+    void RunOnWire(const std::string& command, const std::string& script) {
         Wire wire;
         wire.Start(R"(
             <- 220 ready
@@ -59,9 +40,7 @@ class TreeTest : public ProgramTest {
             <- 257 "/"
         )" + script +
                    "-> QUIT\n<- 221 bye\n");
-        std::vector<std::string> arguments = words;
-        arguments.back() = "ftp://127.0.0.1:" + std::to_string(wire.port()) + "/" + words.back();
-        Run(arguments);
+        Fails({command, "-r", "ftp://127.0.0.1:" + std::to_string(wire.port()) + "/t"});
         wire.Finish();
     }
 
@@ -78,48 +57,36 @@ class TreeTest : public ProgramTest {
     static std::string Line(const std::string& mark, const std::string& name) {
         return "data <- " + mark + "   1 u g 5 Jan  1  2001 " + name + "\\r\\n\n";
     }
-
-    /// Nobody but the next client is let in.
-    void RefuseReconnects() {
-        for (int occurrence = 2; occurrence < 20; ++occurrence) {
-            server->Add({"", occurrence, FaultAction::reply, "421 gone", 0, {}});
-        }
-    }
-
-    RunResult result;
 };
 
 TEST_F(TreeTest, ATreeGoesUpAndComesDownEqual) {
     Serve();
-    for (const char* folder : {"tree/.hid den", "tree/-r/\xC3\xA4", "tree/empty", "tree/..x"}) {
+    for (const std::string folder : {"tree/.hid den", "tree/-r/\xC3\xA4", "tree/..x"}) {
         fs::create_directories(home / folder);
-        home.Write(std::string(folder) + "/-f", folder);
-        home.Write(std::string(folder) + "/.dot", "");
-        home.Write(std::string(folder) + "/a \"b\"", "quoted");
-        home.Write(std::string(folder) + "/~", "tilde");
+        for (const char* name : {"/-f", "/.dot", "/a \"b\"", "/~"}) {
+            home.Write(folder + name, folder.substr(name[1] == '.' ? folder.size() : 0));
+        }
     }
-    fs::remove_all(home / "tree/empty/");
     fs::create_directory(home / "tree/empty");
     fs::create_symlink("..", home / "tree/up");
-    EXPECT_EQ(Run({"put", "-r", "tree", Url("")}), exitDone) << result.errors;
+    Run({"put", "-r", "tree", Url("")});
     EXPECT_THAT(result.errors, HasSubstr("tree/up is left out"));
     fs::remove(home / "tree/up");
     EXPECT_EQ(Contents(served / "tree"), Contents(home / "tree"));
 
-    fs::last_write_time(served / "tree/-r/\xC3\xA4/-f",
+    fs::last_write_time(served / "tree/..x/-f",
                         fs::file_time_type::clock::now() - std::chrono::hours(100));
-    EXPECT_EQ(Run({"--active", "get", "-r", "-o", "copy", Url("tree/")}), exitDone)
-        << result.errors;
-    EXPECT_EQ(Contents(home / "copy"), Contents(home / "tree"));
-    const auto age = fs::last_write_time(served / "tree/-r/\xC3\xA4/-f") -
-                     fs::last_write_time(home / "copy/-r/\xC3\xA4/-f");
-    EXPECT_LT(std::chrono::abs(age), std::chrono::minutes(1));
+    Run({"--active", "get", "-r", "-o", "copy", Url("tree/")});
     EXPECT_EQ(result.errors, "");
+    EXPECT_EQ(Contents(home / "copy"), Contents(home / "tree"));
+    const auto age =
+        fs::last_write_time(served / "tree/..x/-f") - fs::last_write_time(home / "copy/..x/-f");
+    EXPECT_LT(std::chrono::abs(age), std::chrono::minutes(1));
 
-    EXPECT_EQ(Run({"put", "-r", "tree", Url("tree/none/")}), exitFailed);
+    Fails({"put", "-r", "tree", Url("tree/none/")});
     EXPECT_FALSE(Heard("MKD tree/none"));
-    EXPECT_EQ(Run({"get", "-r", Url("tree/-r/none")}), exitFailed);
-    EXPECT_EQ(Run({"get", "-r", "-o", "-", Url("tree")}), exitUsage);
+    Fails({"get", "-r", Url("tree/-r/none")});
+    IsUsage({"get", "-r", "-o", "-", Url("tree")});
 }
 
 TEST_F(TreeTest, FilesThatExistAreAskedAboutOneByOneOrOnceForAll) {
@@ -163,7 +130,7 @@ TEST_F(TreeTest, FilesThatExistAreAskedAboutOneByOneOrOnceForAll) {
         }
         words.push_back(Url(words.front() == "put" ? "" : "t"));
         if (each.typed[0] == 0) {
-            EXPECT_EQ(Run(words), each.status) << result.errors;
+            Run(words, each.status);
         } else {
             TerminalRun run(home, words);
             EXPECT_TRUE(run.Await("t/a is there with "));
@@ -173,26 +140,22 @@ TEST_F(TreeTest, FilesThatExistAreAskedAboutOneByOneOrOnceForAll) {
         EXPECT_EQ(letters(home), each.here);
         EXPECT_EQ(letters(served), each.there);
     }
-    EXPECT_EQ(Run({"get", "-r", Url("t")}), exitFailed);
-    EXPECT_THAT(result.errors, HasSubstr("--overwrite, --skip"));
+    Fails({"get", "-r", Url("t")}, "--overwrite, --skip");
 }
 
 TEST_F(TreeTest, ADownloadThatBrokeOffGoesOnWhereItStopped) {
     Serve();
-    fs::create_directory(served / "t");
-    const std::string first = Bytes(50'000);
     const std::string second = Bytes(90'000);
-    served.Write("t/1", first);
-    served.Write("t/2", second);
-    served.Write("t/3", "third");
+    Make("t/1", "first");
+    Make("t/2", second);
+    Make("t/3", "third");
     server->Add({"RETR", 2, FaultAction::dropBefore, "", 0, {}});
     RefuseReconnects();
-    EXPECT_EQ(Run({"get", "-r", Url("t")}), exitFailed);
-    EXPECT_THAT(result.errors, HasSubstr("quennet: t: the connection was lost\n"));
+    Fails({"get", "-r", Url("t")}, "quennet: t: the connection was lost\n");
     EXPECT_EQ(NamesIn(home / "t"), std::vector<std::string>{"1"});
     server->ClearFaults();
     home.Write("t/2", second.substr(0, 40'000));
-    EXPECT_EQ(Run({"-v", "get", "-r", "--resume", Url("t")}), exitDone) << result.errors;
+    Run({"-v", "get", "-r", "--resume", Url("t")});
     EXPECT_THAT(result.errors, HasSubstr("t/1 is left out: it is complete"));
     EXPECT_THAT(result.errors, HasSubstr("REST 39488"));
     EXPECT_EQ(Contents(home / "t"), Contents(served / "t"));
@@ -205,18 +168,16 @@ TEST_F(TreeTest, WhatFailsIsToldAndTheRestGoesOnUntilTheConnectionIsLost) {
         home.Write(name, "x");
     }
     server->Add({"STOR", 2, FaultAction::reply, "553 not this one", 0, {}});
-    EXPECT_EQ(Run({"put", "-r", "t", Url("")}), exitFailed);
-    EXPECT_THAT(result.errors, HasSubstr("t/2: 553 not this one\n"));
+    Fails({"put", "-r", "t", Url("")}, "t/2: 553 not this one\n");
     EXPECT_THAT(result.errors, HasSubstr("quennet: t: 1 entry failed\n"));
     EXPECT_EQ(Contents(served / "t").size(), 4u);
 
     server->Add({"DELE", 2, FaultAction::dropBefore, "", 0, {}});
     RefuseReconnects();
-    EXPECT_EQ(Run({"rm", "-r", Url("t")}), exitFailed);
-    EXPECT_THAT(result.errors, HasSubstr("quennet: t: the connection was lost\n"));
+    Fails({"rm", "-r", Url("t")}, "quennet: t: the connection was lost\n");
     server->ClearFaults();
     server->Add({"DELE", 2, FaultAction::dropBefore, "", 0, {}});
-    EXPECT_EQ(Run({"rm", "-r", Url("t")}), exitDone) << result.errors;
+    Run({"rm", "-r", Url("t")});
     EXPECT_FALSE(fs::exists(served / "t"));
     EXPECT_TRUE(fs::exists(home / "t/sub/4"));
 }
@@ -224,42 +185,38 @@ TEST_F(TreeTest, WhatFailsIsToldAndTheRestGoesOnUntilTheConnectionIsLost) {
 TEST_F(TreeTest, LinksAreRemovedThemselvesAndLeadNowhere) {
     Serve();
     fs::create_directories(served / "t/sub");
-    fs::create_directories(served / "kept/deep");
-    served.Write("kept/deep/file", "kept");
+    Make("kept/file", "kept");
     fs::create_symlink("..", served / "t/sub/parent");
     fs::create_symlink("/", served / "t/root");
     fs::create_symlink("../kept", served / "t/kept");
-    fs::create_symlink("../kept/deep/file", served / "t/file");
-    EXPECT_EQ(Run({"get", "-r", Url("t")}), exitDone) << result.errors;
+    fs::create_symlink("../kept/file", served / "t/file");
+    Run({"get", "-r", Url("t")});
     EXPECT_EQ(Contents(home / "t"), (std::vector<std::string>{"file: kept", "sub"}));
-    EXPECT_EQ(Run({"chmod", "-R", "go=", Url("t")}), exitDone) << result.errors;
-    EXPECT_EQ(ModeOf(served / "t/sub"), "700");
-    EXPECT_NE(ModeOf(served / "kept/deep/file"), "600");
-    EXPECT_EQ(Run({"rm", "-r", Url("t")}), exitDone) << result.errors;
+    Run({"chmod", "-R", "go=", Url("t")});
+    EXPECT_EQ(ModeOf("t/sub"), "700");
+    EXPECT_NE(ModeOf("kept/file"), "600");
+    Run({"rm", "-r", Url("t")});
     EXPECT_FALSE(fs::exists(served / "t"));
-    EXPECT_EQ(served.Read("kept/deep/file"), "kept");
+    EXPECT_EQ(served.Read("kept/file"), "kept");
 }
 
 // A listing that calls links directories: only the names under which the server knows them tell.
 TEST_F(TreeTest, DirectoriesThatLieElsewhereAreNotEnteredFurther) {
-    RunOnWire({"rm", "-r", "t"}, List(Line("drwxr-xr-x", "t")) + Enter("t", "/t") +
-                                     List(Line("drwxr-xr-x", "loop") + Line("drwxr-xr-x", "out") +
-                                          Line("-rw-r--r--", "../x") + Line("-rw-r--r--", "f")) +
-                                     Enter("loop", "/t") + Enter("/t", "/t") +
-                                     Enter("out", "/etc") + Enter("/t", "/t") +
-                                     "-> RMD loop\n<- 550 no\n-> DELE loop\n<- 250 ok\n"
-                                     "-> RMD out\n<- 550 no\n-> DELE out\n<- 250 ok\n"
-                                     "-> DELE f\n<- 250 ok\n" +
-                                     Enter("/", "/") + "-> RMD t\n<- 250 ok\n");
-    EXPECT_EQ(result.status, exitFailed);
+    RunOnWire("rm", List(Line("drwxr-xr-x", "t")) + Enter("t", "/t") +
+                        List(Line("drwxr-xr-x", "loop") + Line("drwxr-xr-x", "out") +
+                             Line("-rw-r--r--", "../x") + Line("-rw-r--r--", "f")) +
+                        Enter("loop", "/t") + Enter("/t", "/t") + Enter("out", "/etc") +
+                        Enter("/t", "/t") +
+                        "-> RMD loop\n<- 550 no\n-> DELE loop\n<- 250 ok\n"
+                        "-> RMD out\n<- 550 no\n-> DELE out\n<- 250 ok\n"
+                        "-> DELE f\n<- 250 ok\n" +
+                        Enter("/", "/") + "-> RMD t\n<- 250 ok\n");
     EXPECT_THAT(result.errors, HasSubstr("t/../x: no entry can have this name"));
     EXPECT_THAT(result.errors, HasSubstr("t/out is left out: it leads out of the tree, to /etc"));
 
-    RunOnWire({"get", "-r", "t"},
-              Enter("t", "/t") + Enter("/t", "/t") +
-                  List(Line("drwxr-xr-x", "..\\xFFx") + Line("-rw-r--r--", "/etc/passwd")) +
-                  Enter("..\xFFx", "/t/..\xFFx") + List(Line("", "")));
-    EXPECT_EQ(result.status, exitFailed);
+    RunOnWire("get", Enter("t", "/t") + Enter("/t", "/t") +
+                         List(Line("drwxr-xr-x", "..\\xFFx") + Line("-rw-r--r--", "/etc/passwd")) +
+                         Enter("..\xFFx", "/t/..\xFFx") + List(Line("", "")));
     EXPECT_THAT(result.errors, HasSubstr("t//etc/passwd: no entry can have this name"));
     EXPECT_TRUE(fs::is_directory(home / "t/..\xFFx"));
 }
@@ -267,36 +224,29 @@ TEST_F(TreeTest, DirectoriesThatLieElsewhereAreNotEnteredFurther) {
 TEST_F(TreeTest, PermissionsAreChangedAsChmodTakesThem) {
     Serve();
     fs::create_directories(served / "t/sub");
-    served.Write("t/f", "");
-    struct Case {
-        const char* mode;
-        const char* before;
-        const char* after;
-    };
-    for (const Case& each : std::initializer_list<Case>{{"640", "777", "640"},
-                                                        {"0751", "000", "751"},
-                                                        {"u+x,go-w", "662", "740"},
-                                                        {"a=r", "777", "444"},
-                                                        {"+x", "640", "751"},
-                                                        {"g=rw,g-r", "700", "720"}}) {
-        const auto before = static_cast<fs::perms>(std::stoi(each.before, nullptr, 8));
-        fs::permissions(served / "t/f", before);
-        EXPECT_EQ(Run({"chmod", each.mode, Url("t/f")}), exitDone) << result.errors;
-        EXPECT_EQ(ModeOf(served / "t/f"), each.after) << each.mode;
+    Make("t/f");
+    for (const auto& [mode, before, after] : {std::tuple("640", "777", "640"),
+                                              {"0751", "000", "751"},
+                                              {"u+x,go-w", "662", "740"},
+                                              {"a=r", "777", "444"},
+                                              {"+x", "640", "751"},
+                                              {"g=rw,g-r", "700", "720"}}) {
+        SetMode("t/f", before);
+        Run({"chmod", mode, Url("t/f")});
+        EXPECT_EQ(ModeOf("t/f"), after) << mode;
     }
-    fs::permissions(served / "t/f", static_cast<fs::perms>(0644));
-    EXPECT_EQ(Run({"chmod", "o-r", Url("t")}), exitDone) << result.errors;
-    EXPECT_EQ(ModeOf(served / "t/f") + ModeOf(served / "t"), "644" + std::string("751"));
-    EXPECT_EQ(Run({"chmod", "-R", "u=rwx,go=", Url("t")}), exitDone) << result.errors;
-    EXPECT_EQ(ModeOf(served / "t/f") + ModeOf(served / "t/sub"), "700" + std::string("700"));
+    SetMode("t/f", "644");
+    Run({"chmod", "o-r", Url("t")});
+    EXPECT_EQ(ModeOf("t/f") + ModeOf("t"), "644751");
+    Run({"chmod", "-R", "u=rwx,go=", Url("t")});
+    EXPECT_EQ(ModeOf("t/f") + ModeOf("t/sub"), "700700");
     for (const char* mode : {"8", "1777", "u+z", "u", "x+r", "", "644,", "u+x,"}) {
-        EXPECT_EQ(Run({"chmod", mode, Url("t/f")}), exitUsage) << mode;
+        IsUsage({"chmod", mode, Url("t/f")});
     }
-    EXPECT_EQ(Run({"chmod", "644", Url("t/none")}), exitFailed);
-    EXPECT_EQ(Run({"chmod", Url("t/f")}), exitUsage) << "no terminal for the dialog";
+    Fails({"chmod", "644", Url("t/none")});
+    IsUsage({"chmod", Url("t/f")});  // no terminal for the dialog
     server->Add({"SITE", 0, FaultAction::reply, "502 not here", 0, {}});
-    EXPECT_EQ(Run({"chmod", "600", Url("t/f")}), exitFailed);
-    EXPECT_THAT(result.errors, HasSubstr("f: 502 not here"));
+    Fails({"chmod", "600", Url("t/f")}, "f: 502 not here");
 }
 
 TEST_F(TreeTest, AFileGoesFromServerToServer) {
@@ -307,22 +257,19 @@ TEST_F(TreeTest, AFileGoesFromServerToServer) {
     loopback::Server otherServer(otherOptions);
     const std::string to = "ftp://127.0.0.1:" + std::to_string(otherServer.Port()) + "/";
     const std::string bytes = Bytes(3'000'000);
-    fs::create_directory(served / "d");
-    served.Write("d/f", bytes);
-    EXPECT_EQ(Run({"fxp", Url("d/f"), to}), exitDone) << result.errors;
+    Make("d/f", bytes);
+    Run({"fxp", Url("d/f"), to});
     EXPECT_TRUE(other.Read("f") == bytes);
-    EXPECT_EQ(Run({"fxp", Url("d/f"), to}), exitFailed);
-    EXPECT_THAT(result.errors, HasSubstr("f is on the server with 3000000 bytes; --overwrite"));
-    EXPECT_EQ(Run({"fxp", "--skip", Url("d/f"), to}), exitDone);
+    Fails({"fxp", Url("d/f"), to}, "f is on the server with 3000000 bytes; --overwrite");
+    Run({"fxp", "--skip", Url("d/f"), to});
     other.Write("f", "shorter");
-    EXPECT_EQ(Run({"fxp", "--overwrite", to + "f", Url("d/back")}), exitDone) << result.errors;
+    Run({"fxp", "--overwrite", to + "f", Url("d/back")});
     EXPECT_EQ(served.Read("d/back"), "shorter");
-    EXPECT_EQ(Run({"fxp", Url("d/none"), to}), exitFailed);
-    EXPECT_THAT(result.errors, HasSubstr("the source says 550"));
-    EXPECT_EQ(Run({"fxp", Url("d/f"), to + "none/"}), exitFailed);
-    EXPECT_EQ(Run({"fxp", Url("d"), to}), exitFailed);
-    EXPECT_EQ(Run({"fxp", Url("d/f")}), exitUsage);
-    EXPECT_EQ(Run({"fxp", Url("d/"), to}), exitUsage);
+    Fails({"fxp", Url("d/none"), to}, "the source says 550");
+    Fails({"fxp", Url("d/f"), to + "none/"});
+    Fails({"fxp", Url("d"), to});
+    IsUsage({"fxp", Url("d/f")});
+    IsUsage({"fxp", Url("d/"), to});
 }
 
 }  // namespace
