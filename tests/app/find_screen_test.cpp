@@ -39,6 +39,7 @@ class FindScreenTest : public ScreenProgramTest {
         EXPECT_SHOWS(terminal, "Details");
         terminal.Click(9, 1);
         terminal.Resize(100, 30);
+        EXPECT_SHOWS(terminal, "plain text document");  // which the smaller one cuts
         terminal.Click(35, 2);
         EXPECT_SHOWS(terminal, "Text List");
         terminal.Press({"hits", "Enter"});

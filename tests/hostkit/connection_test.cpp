@@ -4,14 +4,11 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sched.h>
-#include <sys/mount.h>
 
-#include <fstream>
+#include <latch>
 #include <thread>
 
 #include "apps/loopback/server.h"
-#include "hostkit/child_process.h"
 #include "support/temp_folder.h"
 
 using namespace hostkit;
@@ -40,6 +37,15 @@ class ConnectionTest : public ::testing::Test {
         return download;
     }
 
+    /// Works on a connection that stands in /pub.
+    void Converse(const std::function<void(Connection& connection)>& job) {
+        RunJob(loop, [&] {
+            Connection connection(host);
+            ASSERT_TRUE(connection.Connect(request).Connected());
+            job(connection);
+        });
+    }
+
     TempFolder folder;
     const std::string content = MixedBytes(300000);
     const std::string target = folder / "local";
@@ -50,9 +56,7 @@ class ConnectionTest : public ::testing::Test {
 };
 
 TEST_F(ConnectionTest, AListingIsKeptUntilItIsInvalidatedAndCanBeSavedRaw) {
-    RunJob(loop, [&] {
-        Connection connection(host);
-        ASSERT_TRUE(connection.Connect(request).Connected());
+    Converse([&](Connection& connection) {
         EXPECT_TRUE(connection.List().done && connection.List().done);
         connection.InvalidateListing();
         EXPECT_TRUE(connection.List(true).done && connection.List().done);
@@ -80,9 +84,7 @@ TEST_F(ConnectionTest, AConnectionThatIsLostBehindItsLoginForGoodIsAFailedOne) {
 }
 
 TEST_F(ConnectionTest, AChangeThatFailsBehindItsCheckIsTold) {
-    RunJob(loop, [&] {
-        Connection connection(host);
-        ASSERT_TRUE(connection.Connect(request).Connected());
+    Converse([&](Connection& connection) {
         // The check succeeds and the change does not, which no callback tells.
         server->Add({.command = "CWD", .occurrence = 2, .text = "550 gone meanwhile"});
         const DirectoryResult gone = connection.ChangeDirectory("deep");
@@ -97,16 +99,16 @@ TEST_F(ConnectionTest, TheEndOfAConnectionWaitsForItsDownload) {
                  .action = loopback::FaultAction::slowData,
                  .bytes = 30000,
                  .time = 50ms});
-    RunJob(loop, [&] {
-        Connection connection(host);
-        ASSERT_TRUE(connection.Connect(request).Connected());
+    Converse([&](Connection& connection) {
         TransferOperation operation;
-        std::atomic<u64> moved = 0;
-        operation.progress = [&](const quennet::TransferRecord&, u32 bytes) { moved += bytes; };
-        std::thread ending([&] {
-            while (moved == 0) {
-                std::this_thread::sleep_for(1ms);
+        std::latch moved(1);
+        operation.progress = [&](const quennet::TransferRecord&, u32) {
+            if (!moved.try_wait()) {
+                moved.count_down();
             }
+        };
+        std::jthread ending([&] {
+            moved.wait();
             connection.Disconnect();
         });
         EXPECT_TRUE(connection.Download(Download(), operation).Done());
@@ -118,7 +120,7 @@ TEST_F(ConnectionTest, TheEndOfAConnectionWaitsForItsDownload) {
 
 TEST_F(ConnectionTest, ManyConnectionsAtOnce) {
     RunJob(loop, [&] {
-        std::vector<std::thread> threads;
+        std::vector<std::jthread> threads;
         for (int number = 0; number < 8; ++number) {
             threads.emplace_back([&, number] {
                 Connection connection(host);
@@ -133,69 +135,6 @@ TEST_F(ConnectionTest, ManyConnectionsAtOnce) {
                 EXPECT_EQ(ReadWhole(download.destination), content);
             });
         }
-        for (std::thread& thread : threads) {
-            thread.join();
-        }
     });
     EXPECT_EQ(*host.SocketUseCounter(), 0u);
 }
-
-namespace {
-
-bool WriteNumberMap(const char* path, const std::string& text) {
-    return (std::ofstream(path) << text << std::flush).good();
-}
-
-/// Gives the process, which must have one thread, a disk of its own with room for 200,000 bytes.
-bool MountSmallDisk(const std::string& folder) {
-    const std::string user = "0 " + std::to_string(geteuid()) + " 1\n";
-    const std::string group = "0 " + std::to_string(getegid()) + " 1\n";
-    return unshare(CLONE_NEWUSER | CLONE_NEWNS) == 0 &&
-           WriteNumberMap("/proc/self/setgroups", "deny") &&
-           WriteNumberMap("/proc/self/uid_map", user) &&
-           WriteNumberMap("/proc/self/gid_map", group) &&
-           mount("none", folder.c_str(), "tmpfs", 0, "size=200k") == 0;
-}
-
-class SmallDiskUser : public ConnectionTest {
-  public:
-    explicit SmallDiskUser(const std::string& disk) : disk_(disk) {}
-
-    void TestBody() override {
-        RunJob(loop, [&] {
-            Connection connection(host);
-            ASSERT_TRUE(connection.Connect(request).Connected());
-            TransferOperation operation;
-            DownloadRequest download = Download();
-            download.destination = disk_ + "/local";
-            const TransferResult full = connection.Download(download, operation);
-            EXPECT_EQ(full.outcome, TransferOutcome::failed);
-            EXPECT_EQ(full.text, "The local file could not be written.");
-            ASSERT_TRUE(full.localFailure);
-            EXPECT_THAT(full.localFailure->Text(), HasSubstr("/local: No space left on device"));
-            EXPECT_TRUE(connection.List().done);
-        });
-    }
-
-  private:
-    const std::string disk_;
-};
-
-TEST(SmallDiskTest, ADiskThatFillsUpDuringADownloadIsNamed) {
-    constexpr int notMounted = 77;
-    const TempFolder folder;
-    ChildProcess child([&] {
-        if (!MountSmallDisk(folder / "")) {
-            return notMounted;
-        }
-        SmallDiskUser(folder / "").TestBody();
-        return ::testing::Test::HasFailure() ? 1 : 0;
-    });
-    const int status = child.Wait();
-    if (status == notMounted) {
-        GTEST_SKIP() << "no disk can be mounted here";
-    }
-    EXPECT_EQ(status, 0);
-}
-
-}  // namespace

@@ -7,10 +7,11 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <time.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <ctime>
+#include <iomanip>
 
 #include "host/shell_services.h"
 #include "hostkit/child_process.h"
@@ -25,14 +26,6 @@ namespace {
 
 constexpr std::size_t block = 4096;
 
-std::string Pattern(std::size_t size) {
-    std::string text(size, '\0');
-    for (std::size_t i = 0; i < size; ++i) {
-        text[i] = static_cast<char>(i * 31 + i / 997);
-    }
-    return text;
-}
-
 }  // namespace
 
 class FilesTest : public ::testing::Test {
@@ -44,7 +37,7 @@ class FilesTest : public ::testing::Test {
 };
 
 TEST_F(FilesTest, BlocksOfAnySizeArriveInOrder) {
-    const std::string text = Pattern(3 * LocalFile::bufferSize + 1234);
+    const std::string text = MixedBytes(3 * LocalFile::bufferSize + 1234);
     for (const std::size_t size :
          {std::size_t{1000}, block, LocalFile::bufferSize, LocalFile::bufferSize + 7}) {
         auto file = LocalFile::Create(path);
@@ -68,20 +61,21 @@ TEST_F(FilesTest, BlocksOfAnySizeArriveInOrder) {
 }
 
 TEST_F(FilesTest, ReadingAndWritingShareOnePosition) {
-    WriteWhole(path, Pattern(10000));
+    std::string expected = MixedBytes(10000);
+    WriteWhole(path, expected);
     auto file = LocalFile::Open(path, accessReadWrite);
-    std::string expected = Pattern(10000);
-    std::string bytes(512, '\0');
+    const auto expectNext = [&](std::size_t offset) {
+        std::string bytes(512, '\0');
+        ASSERT_EQ(file->Read(bytes.data(), bytes.size()), 0);
+        EXPECT_EQ(bytes, expected.substr(offset, bytes.size()));
+    };
     ASSERT_EQ(file->Seek(1000), 0);
-    ASSERT_EQ(file->Read(bytes.data(), 512), 0);
-    EXPECT_EQ(bytes, expected.substr(1000, 512));
+    expectNext(1000);
     ASSERT_EQ(file->Write("overwritten", 11), 0);
     expected.replace(1512, 11, "overwritten");
-    ASSERT_EQ(file->Read(bytes.data(), 512), 0);
-    EXPECT_EQ(bytes, expected.substr(1523, 512));
+    expectNext(1523);
     ASSERT_EQ(file->Seek(1510), 0);
-    ASSERT_EQ(file->Read(bytes.data(), 20), 0);
-    EXPECT_EQ(bytes.substr(0, 20), expected.substr(1510, 20));
+    expectNext(1510);
     ASSERT_EQ(file->Seek(12000), 0);
     ASSERT_EQ(file->Write("end", 3), 0);
     ASSERT_EQ(file->Close(), 0);
@@ -89,7 +83,7 @@ TEST_F(FilesTest, ReadingAndWritingShareOnePosition) {
 }
 
 TEST_F(FilesTest, AShortReadIsAFailureAndSaysWhere) {
-    WriteWhole(path, Pattern(100));
+    WriteWhole(path, MixedBytes(100));
     auto file = LocalFile::Open(path, accessRead);
     char bytes[512];
     hostkit::ClearFileFailure();
@@ -103,16 +97,17 @@ TEST_F(FilesTest, AShortReadIsAFailureAndSaysWhere) {
 TEST_F(FilesTest, SizesAndPositionsGoBeyond32Bits) {
     constexpr hostkit::u64 large = 5'000'000'000;
     auto file = LocalFile::Create(path);
+    char byte = 'x';
     ASSERT_EQ(file->Seek(large), 0);
-    ASSERT_EQ(file->Write("x", 1), 0);
+    ASSERT_EQ(file->Write(&byte, 1), 0);
     hostkit::u64 size = 0;
     ASSERT_EQ(file->Size(size), 0);
     EXPECT_EQ(size, large + 1);
     ASSERT_EQ(file->Close(), 0);
+    EXPECT_EQ(std::filesystem::file_size(path), large + 1);
     file = LocalFile::Open(path, accessRead);
-    char byte = 0;
     ASSERT_EQ(file->Seek(large), 0);
-    ASSERT_EQ(file->Read(&byte, 1), 0);
+    ASSERT_EQ(file->Read(&(byte = 0), 1), 0);
     EXPECT_EQ(byte, 'x');
 }
 
@@ -125,14 +120,8 @@ TEST_F(FilesTest, AFullDiskIsReportedAtTheLatestByClose) {
     EXPECT_EQ(hostkit::LastFileFailure()->code, ENOSPC);
 
     file = LocalFile::Open("/dev/full", accessWrite);
-    const std::string text = Pattern(block);
-    int code = 0;
-    std::size_t written = 0;
-    while (code == 0 && written < 2 * LocalFile::bufferSize) {
-        code = file->Write(text.data(), text.size());
-        written += text.size();
-    }
-    EXPECT_EQ(code, ENOSPC);
+    const std::string text = MixedBytes(2 * LocalFile::bufferSize);
+    EXPECT_EQ(file->Write(text.data(), text.size()), ENOSPC);
     EXPECT_EQ(file->Write("x", 1), ENOSPC);
     EXPECT_EQ(file->Close(), ENOSPC);
 }
@@ -143,13 +132,13 @@ TEST_F(FilesTest, WhatFitsBeforeALimitIsWritten) {
         const rlimit limit = {100000, 100000};
         setrlimit(RLIMIT_FSIZE, &limit);
         auto file = LocalFile::Create(path);
-        const std::string text = Pattern(150000);
+        const std::string text = MixedBytes(150000);
         const int written = file->Write(text.data(), text.size());
         const int closed = file->Close();
         return written == EFBIG && closed == EFBIG ? 0 : 1;
     });
     EXPECT_EQ(child.Wait(), 0);
-    EXPECT_EQ(ReadWhole(path), Pattern(150000).substr(0, 100000));
+    EXPECT_EQ(ReadWhole(path), MixedBytes(150000).substr(0, 100000));
 }
 
 TEST_F(FilesTest, OpensOnlyWhatIsThereAndNoFolders) {
@@ -173,13 +162,10 @@ TEST_F(FilesTest, TheDateIsThatOfTheDosWordsInLocalTime) {
     EXPECT_EQ(file->SetTime(0, 0), EINVAL);
     EXPECT_EQ(file->SetTime(date | 15 << 5, time), EINVAL);
     EXPECT_EQ(file->Close(), 0);
-    struct stat status;
-    struct tm local;
+    struct stat status = {};
     ASSERT_EQ(stat(path.c_str(), &status), 0);
-    localtime_r(&status.st_mtime, &local);
-    char text[32];
-    strftime(text, sizeof(text), "%Y-%m-%d %H:%M:%S", &local);
-    EXPECT_STREQ(text, "2024-07-19 13:45:58");
+    const std::tm* local = localtime(&status.st_mtime);
+    EXPECT_EQ((std::ostringstream() << std::put_time(local, "%F %T")).str(), "2024-07-19 13:45:58");
 }
 
 TEST_F(FilesTest, NothingIsCreatedWhileAnAbortIsPending) {
@@ -213,10 +199,9 @@ TEST_F(FilesTest, ARegisteredOutputTakesOneFile) {
     EXPECT_EQ(LocalFile::Create("-"), nullptr);
     hostkit::UnregisterOutput("-");
     close(ends[1]);
-    char bytes[32];
-    const ssize_t count = read(ends[0], bytes, sizeof(bytes));
-    EXPECT_EQ(std::string(bytes, static_cast<std::size_t>(std::max<ssize_t>(count, 0))),
-              "to the pipe");
+    char bytes[32] = "";
+    EXPECT_EQ(read(ends[0], bytes, sizeof(bytes)), 11);
+    EXPECT_STREQ(bytes, "to the pipe");
     close(ends[0]);
     EXPECT_FALSE(std::filesystem::exists("-"));
 }

@@ -71,11 +71,7 @@ TEST_F(FilterTest, TheDialogShowsAndChangesARecord) {
 }
 
 TEST_F(FilterTest, WhatCannotBeIsRefusedWithAWord) {
-    struct Case {
-        FilterText text;
-        hostkit::u32 word;
-    };
-    const Case cases[] = {
+    const std::pair<FilterText, hostkit::u32> cases[] = {
         {{"", "x", "", "", ""}, hostkit::filterNoSizeText},
         {{"", "-1", "", "", ""}, hostkit::filterNoSizeText},
         {{"", "k", "", "", ""}, hostkit::filterNoSizeText},
@@ -92,12 +88,12 @@ TEST_F(FilterTest, WhatCannotBeIsRefusedWithAWord) {
     };
     hostkit::FilterRecord& filter = host.GetServices().DefaultFilter();
     const OpenDialog dialog = Open(nullptr);
-    for (const Case& each : cases) {
-        Fill(dialog, each.text);
+    for (const auto& [text, word] : cases) {
+        Fill(dialog, text);
         dialog.SetField(problem, "");
         SendMessageA(GetDlgItem(dialog.Window(), ok), BM_CLICK, 0, 0);
-        EXPECT_EQ(dialog.Field(problem), hostkit::TextOfId(each.word))
-            << each.text.smallest << each.text.largest << each.text.firstDate << each.text.lastDate;
+        EXPECT_EQ(dialog.Field(problem), hostkit::TextOfId(word))
+            << text.smallest << text.largest << text.firstDate << text.lastDate;
         ASSERT_TRUE(dialog.IsOpen());
     }
     EXPECT_EQ(filter, hostkit::openFilter);

@@ -5,15 +5,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <atomic>
-#include <thread>
-
 #include "apps/loopback/server.h"
 #include "support/temp_folder.h"
 
 using namespace hostkit;
-using namespace std::chrono_literals;
-using ::testing::Contains;
 using ::testing::StartsWith;
 
 namespace {
@@ -63,17 +58,15 @@ class ServerCopyTest : public ::testing::Test {
 
 TEST_F(ServerCopyTest, APathEntersItsDirectoryAndANameStaysThere) {
     Converse([&](Connection& source, Connection& destination) {
-        const ServerCopyResult first = Copy(source, destination, {"/pub/a", "up/b"});
-        EXPECT_TRUE(first.Done()) << first.sourceText << first.destinationText;
-        EXPECT_EQ(ReadWhole(folder / "to/up/b"), content);
-        EXPECT_EQ(source.Directory(), "/pub");
-        EXPECT_TRUE(Copy(source, destination, {"a", "c"}).Done());
-        EXPECT_EQ(ReadWhole(folder / "to/up/c"), content);
-        EXPECT_TRUE(Copy(source, destination, {"a", "/d\\e:f"}).Done());
-        EXPECT_EQ(ReadWhole(folder / "to/d\\e:f"), content);
+        for (const auto& [from, to] : {std::pair("/pub/a", "up/b"), {"a", "c"}, {"a", "/d\\e:f"}}) {
+            EXPECT_TRUE(Copy(source, destination, {from, to}).Done());
+            EXPECT_EQ(source.Directory(), "/pub");
+        }
         EXPECT_TRUE(Copy(destination, source, {"d\\e:f", "x:b"}).Done());
-        EXPECT_EQ(ReadWhole(folder / "from/pub/x:b"), content);
     });
+    for (const char* path : {"to/up/b", "to/up/c", "to/d\\e:f", "from/pub/x:b"}) {
+        EXPECT_EQ(ReadWhole(folder / path), content) << path;
+    }
 }
 
 TEST_F(ServerCopyTest, AFailureHasTheWordsOfTheSideThatFailed) {
@@ -94,30 +87,6 @@ TEST_F(ServerCopyTest, AFailureHasTheWordsOfTheSideThatFailed) {
         destination.Disconnect();
         EXPECT_EQ(Copy(source, destination, {"a", "x"}).destinationText, "not connected");
         EXPECT_TRUE(source.List().done);
-    });
-}
-
-TEST_F(ServerCopyTest, AnAbortOnBothEndsIt) {
-    sender->Add({.command = "RETR", .action = loopback::FaultAction::stallData, .bytes = 1000});
-    Converse([&](Connection& source, Connection& destination) {
-        std::atomic<bool> ended = false;
-        std::thread person([&] {
-            while (!ended) {
-                std::this_thread::sleep_for(100ms);
-                if (std::filesystem::exists(folder / "to/x")) {
-                    source.Abort();
-                    destination.Abort();
-                }
-            }
-        });
-        const ServerCopyResult result = Copy(source, destination, {"/pub/a", "x"});
-        ended = true;
-        person.join();
-        EXPECT_FALSE(result.Done());
-        EXPECT_EQ(result.sourceText, "The transfer was aborted.");
-        EXPECT_EQ(result.destinationText, "The transfer was aborted.");
-        EXPECT_TRUE(Copy(source, destination, {"/pub/a", "x"}).Done());
-        EXPECT_EQ(ReadWhole(folder / "to/x"), content);
     });
 }
 
