@@ -57,21 +57,14 @@ TEST_F(CanvasTest, CutsTextAndShowsNothingThatATerminalWouldObey) {
         {-2, "abcdefghij", "cdefgh|", 8},
         {4, "abc", "    ab|", 7},
         {0, "\x1B[1m\x7F\t", "?[1m? |", 6},
-        {0,
-         "\x9B"
-         "1\xC2\x9B"
-         "2",
-         "?1?2  |", 4},
+        {0, "\x9B.\xC2\x9B.", "?.?.  |", 4},
         {0, "\xE4\xC3\xA4", "**    |", 2},                 // Latin-1 and UTF-8
         {0, "\xE6\x97\xA5x", "W<x   |", 3},                // wide
         {5, "\xE6\x97\xA5", "      |", 7},                 // half of it does not fit
         {-1, "\xE6\x97\xA5x", " x    |", 2},               // nor here
         {0, "e\xCC\x81\xCC\x81\xCC\x81x", "e^x    |", 2},  // marks, however many
         {0, "\xCC\x81x", "x     |", 1},                    // a mark on nothing
-        {0,
-         "\xE2\x80\xAE"
-         "a\xE2\x80\x8F",
-         "?a?   |", 3},
+        {0, "\xE2\x80\xAEx\xE2\x80\x8F", "?x?   |", 3},
         {0, "\xED\xA0\x80\xC0\x80", "**?*? |", 5},  // what only looks like UTF-8
     };
     for (const auto& step : cases) {

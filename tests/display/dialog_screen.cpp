@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <exception>
 #include <functional>
+#include <map>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -54,13 +55,10 @@ constexpr std::array dialogs = {
 
 constexpr std::pair<WORD, const char*> typesTexts[] = {
     {nameLabel, "&Name:"},
-    {nameField,
-     "a\xE4"
-     "b"},
+    {nameField, "a\344b"},
     {note,
-     "R&D: \x1B[31mred\x07, \x9B"
-     "2J, \xE2\x80\xAEright to left, \xE6\x97\xA5"
-     "\xE6\x9C\xAC, e\xCC\x81, and so many words that they need two lines"},
+     "R&D: \x1B[31mred\x07, \2332J, \xE2\x80\xAEright to left, \xE6\x97\xA5\xE6\x9C\xAC, "
+     "e\xCC\x81, and so many words that they need two lines"},
     {ok, "OK"},
     {IDCANCEL, "Cancel"},
     {more, "&More"},
@@ -166,12 +164,7 @@ void RunPassword() {
     Tell("password: " + (password ? '"' + *password + '"' : "none"));
 }
 
-struct Scene {
-    const char* name;
-    void (*run)();
-};
-
-const Scene scenes[] = {
+const std::map<std::string, void (*)()> scenes = {
     {"types", RunNested},
     {"threads", RunThreads},
     {"message", RunMessage},
@@ -184,16 +177,11 @@ const Scene scenes[] = {
 }  // namespace
 
 int main(int count, char** values) {
-    const std::string wanted = count > 1 ? values[1] : "types";
     QuennetRegisterDialogs(own, dialogs.data(), static_cast<UINT>(dialogs.size()));
     if (!quennet::UseTerminalDisplay()) {
         std::puts("no terminal");
         return 2;
     }
-    for (const Scene& scene : scenes) {
-        if (scene.name == wanted) {
-            scene.run();
-        }
-    }
+    scenes.at(count > 1 ? values[1] : "types")();
     std::printf("%sdone\n", told.c_str());
 }

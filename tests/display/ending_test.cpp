@@ -43,8 +43,8 @@ TEST_F(TerminalEnd, GivesTheTerminalBackHoweverTheProgramEnds) {
     struct {
         const char* scene;
         const char* keys;
-        int signalFromOutside;
-        int status;  // 128 and the signal's number when a signal ended it
+        int signalFromOutside;  // 0 for none
+        int status;             // 128 and the signal's number when a signal ended it
     } const cases[] = {
         {"types", "\x1B", 0, 0},
         {"exit", pressMore, 0, 7},
@@ -61,9 +61,7 @@ TEST_F(TerminalEnd, GivesTheTerminalBackHoweverTheProgramEnds) {
         EXPECT_NE(screen.run.Shown().find(alternateScreen), std::string::npos);
         EXPECT_FALSE(screen.HasSettings(usual));
         screen.run.Type(step.keys);
-        if (step.signalFromOutside != 0) {
-            screen.run.Signal(step.signalFromOutside);
-        }
+        screen.run.Signal(step.signalFromOutside);
         EXPECT_EQ(screen.run.Finish(), step.status);
         EXPECT_TRUE(screen.HasSettings(usual));
         const std::string& shown = screen.run.Shown();

@@ -7,8 +7,6 @@
 
 #include "display/tmux.h"
 
-using Keys = std::vector<std::string>;
-
 namespace {
 
 class ScreenTest : public testing::Test {
@@ -16,6 +14,14 @@ class ScreenTest : public testing::Test {
     void SetUp() override {
         if (!TmuxTerminal::IsThere()) {
             GTEST_SKIP() << "tmux is missing";
+        }
+    }
+
+    /// What the program says at its end, behind what it showed last.
+    static void ExpectEnd(const TmuxTerminal& terminal, const std::vector<std::string>& lines) {
+        const std::string screen = terminal.WaitFor("status 0");
+        for (const std::string& line : lines) {
+            EXPECT_NE(screen.find(line), std::string::npos) << line << '\n' << screen;
         }
     }
 };
@@ -42,12 +48,8 @@ TEST_F(ScreenTest, WorksListsAndNestedDialogsByKeyboard) {
     terminal.Send("\x1B[200~A\nB\x1B[201~");
     EXPECT_SHOWS(terminal, "\xC3\xA4qAB\xE6\x97\xA5__");
     terminal.Press({"Enter"});
-    EXPECT_SHOWS(terminal, "status 0");
-    const std::string screen = terminal.Screen();
-    for (const char* line : {"12: \"in\"", "dialog 201: 1", "10: \"SITE Host\"",
-                             "12: \"\xC3\xA4qAB\xE6\x97\xA5\"", "dialog 200: 99"}) {
-        EXPECT_NE(screen.find(line), std::string::npos) << line << '\n' << screen;
-    }
+    ExpectEnd(terminal, {"12: \"in\"", "dialog 201: 1", "10: \"SITE Host\"",
+                         "12: \"\xC3\xA4qAB\xE6\x97\xA5\"", "dialog 200: 99"});
 }
 
 TEST_F(ScreenTest, WorksWithTheMouse) {
@@ -67,10 +69,7 @@ TEST_F(ScreenTest, WorksWithTheMouse) {
     EXPECT_SHOWS(terminal, " y______________  ");
     terminal.Press({"Enter"});
     terminal.Click(10, 11);
-    const std::string screen = terminal.WaitFor("status 0");
-    for (const char* line : {"12: \"y\"", "10: \"OPEN Host\"", "dialog 200: 99"}) {
-        EXPECT_NE(screen.find(line), std::string::npos) << line << '\n' << screen;
-    }
+    ExpectEnd(terminal, {"12: \"y\"", "10: \"OPEN Host\"", "dialog 200: 99"});
 }
 
 TEST_F(ScreenTest, ShowsMessagesAndAsksForPasswords) {
@@ -103,9 +102,7 @@ TEST_F(ScreenTest, ServesDialogsOfSeveralThreads) {
     terminal.Click(10, 11);  // its OK
     EXPECT_SHOWS(terminal, "Inner:");
     terminal.Press({"w", "Enter"});
-    const std::string screen = terminal.WaitFor("status 0");
-    EXPECT_NE(screen.find("dialog 200: 99"), std::string::npos) << screen;
-    EXPECT_NE(screen.find("12: \"vw\""), std::string::npos) << screen;
+    ExpectEnd(terminal, {"dialog 200: 99", "12: \"vw\""});
 }
 
 TEST_F(ScreenTest, TakesItsColoursAndCharactersFromTheEnvironment) {

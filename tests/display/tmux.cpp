@@ -20,15 +20,11 @@ namespace {
 
 std::string OutputOf(const std::string& command) {
     std::string output;
-    if (FILE* pipe = popen(command.c_str(), "r")) {
-        char block[4096];
-        std::size_t count = 0;
-        while ((count = fread(block, 1, sizeof(block), pipe)) > 0) {
-            output.append(block, count);
-        }
-        pclose(pipe);
+    FILE* const pipe = popen(command.c_str(), "r");
+    for (int byte = 0; pipe != nullptr && (byte = fgetc(pipe)) != EOF;) {
+        output += static_cast<char>(byte);
     }
-    return output;
+    return pipe == nullptr || pclose(pipe) < 0 ? "" : output;
 }
 
 std::string Quoted(const std::string& text) {

@@ -18,19 +18,14 @@ class RawClient {
 
     /// Reads one line without its end; "" when none comes.
     std::string Line() {
-        std::size_t end = 0;
-        while ((end = incoming_.find("\r\n")) == std::string::npos) {
-            char block[4096];
+        std::string line;
+        for (char byte = 0; !line.ends_with("\r\n"); line += byte) {
             loopback::WaitReady(socket_.Number(), false, Soon(), never_);
-            const std::ptrdiff_t count = loopback::ReadSome(socket_.Number(), block, sizeof block);
-            if (count <= 0) {
+            if (loopback::ReadSome(socket_.Number(), &byte, 1) <= 0) {
                 return "";
             }
-            incoming_.append(block, static_cast<std::size_t>(count));
         }
-        const std::string line = incoming_.substr(0, end);
-        incoming_.erase(0, end + 2);
-        return line;
+        return line.substr(0, line.size() - 2);
     }
 
     /// Sends the line and reads one.
@@ -48,5 +43,4 @@ class RawClient {
 
     loopback::StopSignal never_;
     loopback::Descriptor socket_;
-    std::string incoming_;
 };

@@ -17,8 +17,6 @@
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
 std::vector<char*> Pointers(std::vector<std::string>& texts) {
     std::vector<char*> pointers;
     for (std::string& text : texts) {
@@ -39,8 +37,9 @@ std::vector<std::string> Environment(const std::string& home) {
 }
 
 /// Runs a program in a child; `prepare` sets up its streams there, without taking memory.
-pid_t Spawn(const std::string& home, std::vector<std::string> words,
+pid_t Spawn(const std::string& home, const std::string& program, std::vector<std::string> words,
             const std::function<void()>& prepare) {
+    words.insert(words.begin(), program);
     std::vector<std::string> variables = Environment(home);
     const std::vector<char*> wordPointers = Pointers(words);
     const std::vector<char*> variablePointers = Pointers(variables);
@@ -53,12 +52,6 @@ pid_t Spawn(const std::string& home, std::vector<std::string> words,
         _exit(127);
     }
     return process;
-}
-
-std::vector<std::string> WithProgram(const std::string& program,
-                                     std::vector<std::string> arguments) {
-    arguments.insert(arguments.begin(), program);
-    return arguments;
 }
 
 int StatusOf(int status) {
@@ -82,7 +75,7 @@ ProgramRun::ProgramRun(const std::filesystem::path& home, const std::vector<std:
     const int streams[] = {open("/dev/null", O_RDONLY | O_CLOEXEC),
                            open((streams_ / "output").c_str(), createFlags, 0600),
                            open((streams_ / "errors").c_str(), createFlags, 0600)};
-    process_ = Spawn(home, WithProgram(program, arguments), [&] {
+    process_ = Spawn(home, program, arguments, [&] {
         for (int number = 0; number < 3; ++number) {
             dup2(streams[number], number);
         }
@@ -126,7 +119,7 @@ TerminalRun::TerminalRun(const std::filesystem::path& home,
     }
     fcntl(terminal_, F_SETFD, FD_CLOEXEC);
     fcntl(otherEnd_, F_SETFD, FD_CLOEXEC);
-    process_ = Spawn(home, WithProgram(program, arguments), [this] {
+    process_ = Spawn(home, program, arguments, [this] {
         signal(SIGHUP, SIG_DFL);
         login_tty(otherEnd_);
     });
@@ -158,11 +151,10 @@ bool TerminalRun::ReadSome(std::chrono::milliseconds wait) {
 }
 
 bool TerminalRun::Await(const std::string& text) {
-    const auto end = Clock::now() + usualPatience;
-    while (shown_.find(text) == shown_.npos && Clock::now() < end) {
+    return WaitUntil([&] {
         ReadSome(std::chrono::milliseconds(10));
-    }
-    return shown_.find(text) != shown_.npos;
+        return shown_.find(text) != shown_.npos;
+    });
 }
 
 void TerminalRun::Type(const std::string& text) const {
@@ -179,13 +171,13 @@ bool TerminalRun::WaitForStop() const {
 }
 
 int TerminalRun::Finish() {
-    const auto end = Clock::now() + usualPatience;
     int status = 0;
-    while (waitpid(process_, &status, WNOHANG) == 0) {
-        if (Clock::now() > end) {
-            return -1;
-        }
+    const bool ended = WaitUntil([&] {
         ReadSome(std::chrono::milliseconds(10));
+        return waitpid(process_, &status, WNOHANG) != 0;
+    });
+    if (!ended) {
+        return -1;
     }
     process_ = -1;
     while (ReadSome(std::chrono::milliseconds(0))) {
@@ -200,11 +192,8 @@ termios TerminalRun::Settings() const {
 }
 
 bool AwaitSize(const std::filesystem::path& path, std::uintmax_t size) {
-    return WaitUntil([&] {
-        std::error_code missing;
-        const std::uintmax_t now = std::filesystem::file_size(path, missing);
-        return !missing && now >= size;
-    });
+    return WaitUntil(
+        [&] { return std::filesystem::exists(path) && std::filesystem::file_size(path) >= size; });
 }
 
 std::vector<std::string> NamesIn(const std::filesystem::path& folder) {
