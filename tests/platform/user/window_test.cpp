@@ -16,45 +16,7 @@ std::uintptr_t Number(HWND window) {
     return reinterpret_cast<std::uintptr_t>(window);
 }
 
-/// Writes down which window was told what of the end.
-struct EndRecorder {
-    std::vector<std::string> told;
-    HWND window = nullptr;
-
-    Handler For(const char* name) {
-        return [this, name](HWND, UINT message, WPARAM, LPARAM) {
-            if (message == WM_DESTROY || message == WM_NCDESTROY) {
-                const bool exists = IsWindow(window);
-                told.push_back((message == WM_DESTROY ? "destroy " : "gone ") + std::string(name) +
-                               (exists ? "" : " late"));
-            }
-            return unhandled;
-        };
-    }
-};
-
 }  // namespace
-
-TEST(Window, TheWholeTreeIsToldBeforeItsLeavesGoFirst) {
-    EndRecorder recorder;
-    const Handler parent = recorder.For("parent");
-    const Handler child = recorder.For("child");
-    const Handler grandchild = recorder.For("grandchild");
-    const Handler owned = recorder.For("owned");
-    const HWND top = MakeWindow(&parent);
-    const HWND middle = MakeWindow(&child, top, WS_CHILD);
-    recorder.window = MakeWindow(&grandchild, middle, WS_CHILD);
-    const HWND popup = MakeWindow(&owned, top, WS_POPUP);
-
-    EXPECT_EQ(GetParent(middle), top);
-    EXPECT_EQ(GetParent(popup), top);
-    EXPECT_TRUE(IsChild(top, recorder.window));
-    EXPECT_TRUE(DestroyWindow(top));
-    EXPECT_THAT(recorder.told, ElementsAre("destroy parent", "destroy child", "destroy grandchild",
-                                           "destroy owned", "gone grandchild", "gone child late",
-                                           "gone owned late", "gone parent late"));
-    EXPECT_FALSE(IsWindow(popup));
-}
 
 TEST(Window, AWindowMayDestroyItselfAndItsParentFromInside) {
     HWND top = nullptr;
@@ -98,4 +60,40 @@ TEST(Window, BelongsToTheThreadThatMadeIt) {
     EXPECT_TRUE(IsWindow(other.Window()));
     other.Finish();
     EXPECT_FALSE(IsWindow(other.Window()));
+}
+
+TEST(Window, HearsItsSizeWhenItFirstShowsAndNamesItsLimits) {
+    std::vector<std::string> heard;
+    const Handler handler = [&](HWND, UINT message, WPARAM wParam, LPARAM lParam) -> LRESULT {
+        if (message == WM_SIZE) {
+            heard.push_back(std::to_string(LOWORD(lParam)) + "x" + std::to_string(HIWORD(lParam)));
+            EXPECT_EQ(wParam, WPARAM{SIZE_RESTORED});
+        }
+        if (message != WM_GETMINMAXINFO) {
+            return unhandled;
+        }
+        auto& limits = *reinterpret_cast<MINMAXINFO*>(lParam);
+        EXPECT_EQ(limits.ptMinTrackSize.x, 0);
+        limits.ptMinTrackSize = {200, 100};
+        limits.ptMaxTrackSize.x = 300;
+        return 1;
+    };
+    const HWND window = MakeWindow(&handler, nullptr, WS_OVERLAPPEDWINDOW);
+    EXPECT_THAT(heard, ElementsAre());
+    ShowWindow(window, SW_SHOW);
+    ShowWindow(window, SW_HIDE);
+    ShowWindow(window, SW_SHOW);
+    MoveWindow(window, 5, 6, 10, 5000, FALSE);
+    MoveWindow(window, 7, 8, 10, 5000, FALSE);
+    SetWindowPos(window, HWND_TOP, 1, 1, 900, 1, SWP_NOMOVE | SWP_NOZORDER);
+    EXPECT_THAT(heard, ElementsAre("0x0", "200x5000", "300x100"));
+    RECT place = {};
+    GetWindowRect(window, &place);
+    EXPECT_EQ(place.left, 7);
+    PostMessageA(window, WM_SYSKEYDOWN, VK_F4, 1);
+    MSG message = {};
+    while (IsWindow(window) && GetMessageA(&message, nullptr, 0, 0) > 0) {
+        DispatchMessageA(&message);  // what Alt-F4 posts closes the window
+    }
+    EXPECT_FALSE(IsWindow(window));
 }
