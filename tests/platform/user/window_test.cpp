@@ -20,7 +20,9 @@ std::uintptr_t Number(HWND window) {
 
 TEST(Window, AWindowMayDestroyItselfAndItsParentFromInside) {
     HWND top = nullptr;
+    int told = 0;
     const Handler destroysParent = [&](HWND, UINT message, WPARAM, LPARAM) -> LRESULT {
+        told += message == WM_DESTROY && IsWindow(top);
         return message == WM_DESTROY || message == WM_APP ? DestroyWindow(top) : unhandled;
     };
     for (const UINT message : {UINT{WM_APP}, UINT{WM_CLOSE}}) {
@@ -30,6 +32,7 @@ TEST(Window, AWindowMayDestroyItselfAndItsParentFromInside) {
         EXPECT_FALSE(IsWindow(child));
         EXPECT_FALSE(IsWindow(top));
     }
+    EXPECT_EQ(told, 2) << "each time before the tree went";
 }
 
 TEST(Window, ANumberFits32BitsAndIsNotUsedAgain) {
