@@ -119,13 +119,3 @@ TEST(TextTest, ALineForATerminalHoldsNoControls) {
     EXPECT_EQ(hostkit::HarmlessLine("gr\xC3\xBC\xC3\x9F\x65 \xC2\x9B"), "gr\xC3\xBC\xC3\x9F\x65 ?");
     EXPECT_EQ(hostkit::HarmlessLine("\xC2"), "\xC2");
 }
-
-TEST(TextTest, AReplyBeginsWithACodeAndIsNoRemark) {
-    for (const char* line : {"220", "226-done", "550 1 bytes received in 2 KB/s"}) {
-        EXPECT_TRUE(hostkit::IsReply(line)) << line;
-    }
-    for (const char* line : {"", "22", "PWD", "597 bytes received in 0.00 seconds, (582.13 KB/s)",
-                             "2048 bytes received in 0.01 seconds, (200.00 KB/s)"}) {
-        EXPECT_FALSE(hostkit::IsReply(line)) << line;
-    }
-}

@@ -48,12 +48,9 @@ std::string Peer::Read(std::size_t count, bool* ended) {
     std::string block(65536, '\0');
     std::ptrdiff_t received = 1;
     while (text.size() < count && received > 0) {
-        received = -1;
-        const std::size_t most = std::min(block.size(), count - text.size());
-        if (loopback::WaitReady(connection_.Number(), false, Soon(), never_) ==
-            loopback::Ready::yes) {
-            received = loopback::ReadSome(connection_.Number(), block.data(), most);
-        }
+        loopback::WaitReady(connection_.Number(), false, Soon(), never_);
+        received = loopback::ReadSome(connection_.Number(), block.data(),
+                                      std::min(block.size(), count - text.size()));
         text.append(block, 0, static_cast<std::size_t>(std::max<std::ptrdiff_t>(received, 0)));
     }
     if (ended != nullptr) {

@@ -1,4 +1,5 @@
 #include <barrier>
+#include <functional>
 #include <string>
 #include <thread>
 
@@ -96,38 +97,47 @@ std::size_t SendWhileWritable(SOCKET socket, std::size_t most) {
     return sent;
 }
 
+constexpr std::size_t most = 32 * 1024 * 1024;
+
 /// A peer for which the system takes little.
 class StalledPeerTest : public ConnectedTest {
   protected:
     StalledPeerTest() : ConnectedTest(16 * 1024) {}
-};
 
-constexpr std::size_t most = 32 * 1024 * 1024;
+    /// Goes on with `act` while the peer reads what was sent, to the end if `toEnd`, and then does
+    /// what is to come `behind`.
+    void ExpectArrives(
+        std::size_t sent, bool toEnd, const std::function<void()>& act,
+        const std::function<void()>& behind = [] {}) {
+        std::string received;
+        bool ended = false;
+        std::thread reader([&] {
+            Sleep(50);
+            received = peer.Read(toEnd ? std::string::npos : sent, &ended);
+            behind();
+        });
+        act();
+        reader.join();
+        EXPECT_TRUE(received == Pattern(0, sent)) << received.size() << " of " << sent;
+        EXPECT_EQ(ended, toEnd) << "the peer is told of the end behind the last byte";
+    }
+};
 
 TEST_F(StalledPeerTest, APeerThatStopsReadingShowsAsNotWritableUntilItReads) {
     const std::size_t sent = SendWhileWritable(socket_, most);
     ASSERT_LT(sent, most);
-    EXPECT_EQ(peer.Read(sent / 2), Pattern(0, sent / 2));
-    std::string rest;
-    std::thread reader([&] { rest = peer.Read(sent - sent / 2); });
-    EXPECT_TRUE(Writable(socket_, 20'000));
-    Readable(socket_, 0);
-    reader.join();
-    EXPECT_EQ(rest, Pattern(sent / 2, sent - sent / 2));
+    ExpectArrives(sent, false, [&] {
+        EXPECT_TRUE(Writable(socket_, 20'000));
+        Readable(socket_, 0);
+    });
 }
 
 TEST_F(StalledPeerTest, ABlockingSendWaitsForThePeerAndLosesNothing) {
-    constexpr std::size_t total = 20'000'000;
-    const std::string bytes = Pattern(0, total);  // takes longer than the reader waits
-    std::string received;
-    std::thread reader([&] {
-        Sleep(100);
-        received = peer.ReadToEnd();
+    const std::string bytes = Pattern(0, 20'000'000);
+    ExpectArrives(bytes.size(), true, [&] {
+        EXPECT_EQ(SendText(socket_, bytes), static_cast<int>(bytes.size()));
+        EXPECT_EQ(closesocket(socket_), 0);
     });
-    EXPECT_EQ(SendText(socket_, bytes), static_cast<int>(total));
-    EXPECT_EQ(closesocket(socket_), 0);
-    reader.join();
-    EXPECT_TRUE(received == bytes) << received.size();
 }
 
 TEST_F(StalledPeerTest, WithoutBlockingAFullSocketTakesNoMore) {
@@ -140,11 +150,7 @@ TEST_F(StalledPeerTest, WithoutBlockingAFullSocketTakesNoMore) {
     EXPECT_EQ(result, SOCKET_ERROR);
     EXPECT_EQ(WSAGetLastError(), WSAEWOULDBLOCK);
     EXPECT_FALSE(Writable(socket_, 50));
-    std::string received;
-    std::thread reader([&] { received = peer.ReadToEnd(); });
-    EXPECT_EQ(closesocket(socket_), 0);
-    reader.join();
-    EXPECT_TRUE(received == Pattern(0, taken)) << received.size() << " of " << taken;
+    ExpectArrives(taken, true, [&] { EXPECT_EQ(closesocket(socket_), 0); });
 }
 
 TEST_F(StalledPeerTest, TheRestGoesOutWhileTheCallerDrainsAHalfClosedSocket) {
@@ -154,31 +160,19 @@ TEST_F(StalledPeerTest, TheRestGoesOutWhileTheCallerDrainsAHalfClosedSocket) {
     EXPECT_LT(GetTickCount() - start, 5000u) << "a peer that does not read must not hold us";
     EXPECT_EQ(SendText(socket_, "more"), SOCKET_ERROR);
     EXPECT_EQ(WSAGetLastError(), WSAESHUTDOWN);
-    std::string received;
-    bool ended = false;
-    std::thread reader([&] {
-        received = peer.ReadToEnd(&ended);
-        peer.Write("226 done");
-    });
-    EXPECT_EQ(Receive(socket_, 100), "226 done");
-    reader.join();
-    EXPECT_TRUE(ended) << "the peer is told of the end behind the last byte";
-    EXPECT_TRUE(received == Pattern(0, sent)) << received.size() << " of " << sent;
+    ExpectArrives(
+        sent, true, [&] { EXPECT_EQ(Receive(socket_, 100), "226 done"); },
+        [&] { peer.Write("226 done"); });
 }
 
 TEST_F(StalledPeerTest, TheRestGoesOutWhileTheThreadWaitsOnAnotherSocket) {
     Peer control;
     const SOCKET controlSocket = ConnectTo(control);
     control.Accept();
-    const std::size_t sent = SendWhileWritable(socket_, most);
-    std::string received;
-    std::thread reader([&] {
-        received = peer.Read(sent);
-        control.Write("226 done");
-    });
-    EXPECT_EQ(Receive(controlSocket, 100), "226 done");
-    reader.join();
-    EXPECT_TRUE(received == Pattern(0, sent)) << received.size() << " of " << sent;
+    ExpectArrives(
+        SendWhileWritable(socket_, most), false,
+        [&] { EXPECT_EQ(Receive(controlSocket, 100), "226 done"); },
+        [&] { control.Write("226 done"); });
 }
 
 TEST_F(StalledPeerTest, ACloseWithoutLingerThrowsTheRestAwayAtOnce) {
