@@ -22,12 +22,6 @@ using quennet::accessRead;
 using quennet::accessReadWrite;
 using quennet::accessWrite;
 
-namespace {
-
-constexpr std::size_t block = 4096;
-
-}  // namespace
-
 class FilesTest : public ::testing::Test {
   protected:
     ~FilesTest() override { hostkit::SetAbortPending(false); }
@@ -38,26 +32,26 @@ class FilesTest : public ::testing::Test {
 
 TEST_F(FilesTest, BlocksOfAnySizeArriveInOrder) {
     const std::string text = MixedBytes(3 * LocalFile::bufferSize + 1234);
-    for (const std::size_t size :
-         {std::size_t{1000}, block, LocalFile::bufferSize, LocalFile::bufferSize + 7}) {
+    for (const std::size_t block :
+         {std::size_t{1000}, std::size_t{4096}, LocalFile::bufferSize, LocalFile::bufferSize + 7}) {
         auto file = LocalFile::Create(path);
         ASSERT_NE(file, nullptr);
-        for (std::size_t at = 0; at < text.size(); at += size) {
-            ASSERT_EQ(file->Write(text.data() + at, std::min(size, text.size() - at)), 0);
+        for (std::size_t at = 0; at < text.size(); at += block) {
+            ASSERT_EQ(file->Write(text.data() + at, std::min(block, text.size() - at)), 0);
         }
         hostkit::u64 length = 0;
         EXPECT_EQ(file->Size(length), 0);
         EXPECT_EQ(length, text.size());
         EXPECT_EQ(file->Close(), 0);
-        EXPECT_EQ(ReadWhole(path), text) << size;
+        EXPECT_EQ(ReadWhole(path), text) << block;
+        file = LocalFile::Open(path, accessRead);
+        std::string read(text.size(), '\0');
+        for (std::size_t at = 0; at < text.size(); at += block) {
+            ASSERT_EQ(file->Read(read.data() + at, std::min(block, text.size() - at)), 0);
+        }
+        EXPECT_EQ(read, text) << block;
+        EXPECT_EQ(file->Read(read.data(), 1), EIO);
     }
-    auto file = LocalFile::Open(path, accessRead);
-    std::string read(text.size(), '\0');
-    for (std::size_t at = 0; at < text.size(); at += block) {
-        ASSERT_EQ(file->Read(read.data() + at, std::min(block, text.size() - at)), 0);
-    }
-    EXPECT_EQ(read, text);
-    EXPECT_EQ(file->Read(read.data(), 1), EIO);
 }
 
 TEST_F(FilesTest, ReadingAndWritingShareOnePosition) {

@@ -15,36 +15,22 @@ using namespace quennet;
 using testing::ElementsAre;
 
 /// A window that writes down its commands.
-class CommandWindow {
-  public:
-    CommandWindow() : window_(hostkit::MakeWindow("commands", Procedure, this)) {}
-    ~CommandWindow() { DestroyWindow(window_); }
-    CommandWindow(const CommandWindow&) = delete;
-    CommandWindow& operator=(const CommandWindow&) = delete;
+class WindowServicesTest : public ServicesTest {
+  protected:
+    ~WindowServicesTest() override { DestroyWindow(window); }
 
-    operator HWND() const { return window_; }
     HWND Add(const char* className, DWORD style, UINT_PTR id) const {
         return CreateWindowExA(0, className, "", WS_CHILD | WS_VISIBLE | style, 0, 0, 300, 300,
-                               window_, reinterpret_cast<HMENU>(id), GetModuleHandleA(nullptr),
+                               window, reinterpret_cast<HMENU>(id), GetModuleHandleA(nullptr),
                                nullptr);
     }
-
-    std::vector<WPARAM> commands;
-
-  private:
     static LRESULT CALLBACK Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
-        auto* self = reinterpret_cast<CommandWindow*>(GetWindowLongPtrA(window, GWLP_USERDATA));
-        if (message == WM_COMMAND && lParam == 0 && self != nullptr) {
-            self->commands.push_back(wParam);
+        if (message == WM_COMMAND && lParam == 0) {
+            commands.push_back(wParam);
         }
         return DefWindowProcA(window, message, wParam, lParam);
     }
 
-    HWND window_;
-};
-
-class WindowServicesTest : public ServicesTest {
-  protected:
     void LoadColumns() {
         Shell<ShellLoadColumnsFunction>(ShellService::loadColumns)(columns, "FTPFind",
                                                                    ProfilePath().c_str(), 0);
@@ -57,13 +43,14 @@ class WindowServicesTest : public ServicesTest {
         return {columns[0].width, columns[1].width, columns[2].width};
     }
 
+    const HWND window = hostkit::MakeWindow("commands", Procedure, nullptr);
+    static inline std::vector<WPARAM> commands;
     ColumnRow columns[4] = {
         {4002, 150, 0, 0, 0}, {4003, 60, 1, 1, 0x101}, {4029, 45, 2, 4, 0}, {0, 0, 0, 0, 0}};
 };
 
 TEST_F(WindowServicesTest, ColumnsOfTheListComeBackFromTheSettings) {
-    const CommandWindow parent;
-    const HWND list = parent.Add(WC_LISTVIEWA, LVS_REPORT | LVS_OWNERDATA, 0x42);
+    const HWND list = Add(WC_LISTVIEWA, LVS_REPORT | LVS_OWNERDATA, 0x42);
     const auto setColumns = Shell<ShellSetColumnsFunction>(ShellService::setColumns);
     columns[0].order = 2;
     columns[2].order = 0;
@@ -124,8 +111,7 @@ TEST_F(WindowServicesTest, NonsenseInTheSettingsIsPassedOver) {
 }
 
 TEST_F(WindowServicesTest, TheHistoryOfABoxIsShortAndHoldsNothingTwice) {
-    const CommandWindow parent;
-    const HWND box = parent.Add("ComboBox", CBS_DROPDOWN, 0x3D);
+    const HWND box = Add("ComboBox", CBS_DROPDOWN, 0x3D);
     const auto add = Shell<ShellComboAddFunction>(ShellService::comboAdd);
     SetWindowTextA(box, "*.field");
     for (const char* mask : {"*.a", "", "*.b", "*.A"}) {
@@ -146,10 +132,9 @@ TEST_F(WindowServicesTest, TheHistoryOfABoxIsShortAndHoldsNothingTwice) {
 }
 
 TEST_F(WindowServicesTest, KeysLeadThroughARegisteredWindow) {
-    const CommandWindow window;
     ShowWindow(window, SW_SHOW);
-    const HWND box = window.Add("ComboBox", CBS_DROPDOWN | WS_TABSTOP, 0x3D);
-    const HWND check = window.Add("Button", BS_AUTOCHECKBOX | WS_TABSTOP, 0x2777);
+    const HWND box = Add("ComboBox", CBS_DROPDOWN | WS_TABSTOP, 0x3D);
+    const HWND check = Add("Button", BS_AUTOCHECKBOX | WS_TABSTOP, 0x2777);
     SetFocus(box);
     const auto press = [&](WPARAM key) {
         PostMessageA(GetFocus(), WM_KEYDOWN, key, 0);
@@ -158,14 +143,14 @@ TEST_F(WindowServicesTest, KeysLeadThroughARegisteredWindow) {
         loop.WaitUntil([&] { return done; });
     };
     press(VK_RETURN);
-    EXPECT_THAT(window.commands, ElementsAre()) << "nobody registered it";
+    EXPECT_THAT(commands, ElementsAre()) << "nobody registered it";
     EXPECT_EQ(Shell<ShellRegisterWindowFunction>(ShellService::registerWindow)(window, 8, 0), 0u);
     press(VK_RETURN);
     press(VK_ESCAPE);
     press(VK_TAB);
     EXPECT_EQ(GetFocus(), check);
     press(VK_RETURN);
-    EXPECT_THAT(window.commands, ElementsAre(0x12Du, 0x20Eu));
+    EXPECT_THAT(commands, ElementsAre(0x12Du, 0x20Eu));
     Shell<ShellUnregisterWindowFunction>(ShellService::unregisterWindow)(window);
     press(VK_TAB);
     EXPECT_EQ(GetFocus(), check);

@@ -11,7 +11,6 @@
 #include "platform/user/window_support.h"
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 namespace {
 
@@ -35,12 +34,12 @@ class ToolBarTest : public testing::Test {
     LRESULT Send(UINT message, WPARAM wParam = 0, LPARAM lParam = 0) {
         return SendMessageA(bar_, message, wParam, lParam);
     }
-    void Click(int column) {
+    void Click(int column, int releasedAt = 4) {
         Send(WM_LBUTTONDOWN, 0, MAKELPARAM(column * quennet::cellWidth, 4));
-        Send(WM_LBUTTONUP, 0, MAKELPARAM(column * quennet::cellWidth, 4));
+        Send(WM_LBUTTONUP, 0, MAKELPARAM(column * quennet::cellWidth, releasedAt));
     }
 
-    std::string Picture(int columns) { return DrawnBy(bar_, columns, 1).front(); }
+    std::string Picture(int columns) const { return DrawnBy(bar_, columns, 1).front(); }
 
     HWND parent_ = nullptr;
     HWND bar_ = nullptr;
@@ -72,17 +71,13 @@ TEST_F(ToolBarTest, ShowsItsTipsAndTellsClicks) {
     Click(1);
     Click(9);
     Click(15);
-    EXPECT_THAT(commands_, ElementsAre(301U)) << "neither a disabled button nor a line";
+    Click(1, 40);
+    EXPECT_THAT(commands_, ElementsAre(301U)) << "a disabled button, a line, let go elsewhere";
     Click(20);
     EXPECT_THAT(commands_, ElementsAre(301U, 303U));
     EXPECT_EQ(GetCapture(), nullptr);
     EXPECT_EQ(Send(TB_ENABLEBUTTON, 999, TRUE), FALSE);
     EXPECT_EQ(Send(TB_ISBUTTONENABLED, 999), -1);
-
-    commands_.clear();
-    Send(WM_LBUTTONDOWN, 0, MAKELPARAM(8, 4));
-    Send(WM_LBUTTONUP, 0, MAKELPARAM(8, 40));
-    EXPECT_THAT(commands_, IsEmpty()) << "let go elsewhere";
 
     MoveWindow(parent_, 0, 0, 160, 160, FALSE);
     Send(TB_AUTOSIZE);
