@@ -98,8 +98,6 @@ class ListViewTest : public testing::Test {
                             to_string(range.uOldState) + ">" + to_string(range.uNewState));
         } else if (header.code == LVN_ITEMACTIVATE) {
             heard.push_back("activate " + to_string(change.iItem));
-        } else if (header.code == LVN_COLUMNCLICK) {
-            heard.push_back("column " + to_string(change.iSubItem));
         }
     }
     void Answer(NMLVDISPINFOA& asked) {
@@ -177,7 +175,6 @@ TEST_F(ListViewTest, TellsOfWhatAPersonSelectsWithKeysAndClicks) {
     EXPECT_THAT(Click(3, 4, MK_CONTROL), ElementsAre("row 3 3>1"));
     EXPECT_THAT(Click(3, 3, 0, WM_LBUTTONDBLCLK),
                 ElementsAre("row -1 2>0", "row 3 1>0", "row 2 2>3", "activate 2"));
-    EXPECT_THAT(Click(25, 0), ElementsAre("column 1"));
     SetCount(5);
     EXPECT_THAT(Click(3, 9), ElementsAre("row 2 3>1")) << "below the last row";
     EXPECT_THAT(Press(VK_LEFT), IsEmpty());
