@@ -66,14 +66,7 @@ TEST_F(ListTest, HostileListingsAreHarmless) {
     for (const char* form : {"-q", "-l", "--porcelain"}) {
         Wire wire;
         wire.Data("listing", text);
-        wire.Start(R"(
-            <- 220 ready
-            -> USER anonymous
-            <- 230 welcome
-            -> SYST
-            <- 215 UNIX Type: L8
-            -> PWD
-            <- 257 "/" it is
+        wire.Start(std::string(loginScript) + R"(
             -> PASV
             <- 227 ok ({pasv})
             -> LIST

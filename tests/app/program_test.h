@@ -18,6 +18,17 @@ constexpr int exitFailed = 1;
 constexpr int exitUsage = 2;
 constexpr int exitNoConnection = 3;
 
+/// How a conversation on a Wire begins: the session stands in "/" behind it.
+constexpr char loginScript[] = R"(
+    <- 220 ready
+    -> USER anonymous
+    <- 230 in
+    -> SYST
+    <- 215 UNIX
+    -> PWD
+    <- 257 "/" it is
+)";
+
 class ProgramTest : public testing::Test {
   protected:
     ProgramTest() {

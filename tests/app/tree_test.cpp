@@ -1,5 +1,7 @@
 // quennet get -r, put -r, rm -r, chmod and fxp.
 
+#include <map>
+
 #include "app/program_test.h"
 #include "support/wire.h"
 
@@ -7,39 +9,28 @@ namespace {
 
 namespace fs = std::filesystem;
 using loopback::FaultAction;
+using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::Pair;
 
 class TreeTest : public ProgramTest {
   protected:
     /// Every file, folder and link of a tree, with what it holds.
-    static std::vector<std::string> Contents(const fs::path& root) {
-        std::vector<std::string> contents;
+    static std::map<fs::path, std::string> Contents(const fs::path& root) {
+        std::map<fs::path, std::string> contents;
         for (const auto& entry : fs::recursive_directory_iterator(root)) {
-            std::string line = entry.path().lexically_relative(root).string();
-            if (entry.is_symlink()) {
-                line += " -> " + fs::read_symlink(entry).string();
-            } else if (entry.is_regular_file()) {
-                line += ": " + ReadWhole(entry.path());
-            }
-            contents.push_back(line);
+            contents[entry.path().lexically_relative(root)] =
+                entry.is_symlink()        ? "-> " + fs::read_symlink(entry).string()
+                : entry.is_regular_file() ? ReadWhole(entry)
+                                          : "folder";
         }
-        std::sort(contents.begin(), contents.end());
         return contents;
     }
 
     /// A session that stands in «/» after the login, behind which `script` goes on.
     void RunOnWire(const std::string& command, const std::string& script) {
         Wire wire;
-        wire.Start(R"(
-            <- 220 ready
-            -> USER anonymous
-            <- 230 in
-            -> SYST
-            <- 215 UNIX
-            -> PWD
-            <- 257 "/"
-        )" + script +
-                   "-> QUIT\n<- 221 bye\n");
+        wire.Start(loginScript + script + "-> QUIT\n<- 221 bye\n");
         Fails({command, "-r", "ftp://127.0.0.1:" + std::to_string(wire.port()) + "/t"});
         wire.Finish();
     }
@@ -191,7 +182,7 @@ TEST_F(TreeTest, LinksAreRemovedThemselvesAndLeadNowhere) {
     fs::create_symlink("../kept", served / "t/kept");
     fs::create_symlink("../kept/file", served / "t/file");
     Run({"get", "-r", Url("t")});
-    EXPECT_EQ(Contents(home / "t"), (std::vector<std::string>{"file: kept", "sub"}));
+    EXPECT_THAT(Contents(home / "t"), ElementsAre(Pair("file", "kept"), Pair("sub", "folder")));
     Run({"chmod", "-R", "go=", Url("t")});
     EXPECT_EQ(ModeOf("t/sub"), "700");
     EXPECT_NE(ModeOf("kept/file"), "600");

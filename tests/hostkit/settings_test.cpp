@@ -44,22 +44,6 @@ TEST_F(SettingsTest, ALinkStaysALink) {
     EXPECT_EQ(ReadWhole(target), foreign + "[FTP]\nM1=x\n");
 }
 
-TEST_F(SettingsTest, WhatCannotBeReplacedIsLeftAloneAndReported) {
-    WriteWhole(file, foreign);
-    FileSettings isFolder(folder / "");
-    EXPECT_FALSE(isFolder.Write("FTP", "M1", "x"));
-
-    FileSettings belowAFile(file / "settings.ini");
-    EXPECT_EQ(belowAFile.Read("FTP", "M1"), std::nullopt);
-    EXPECT_FALSE(belowAFile.Write("FTP", "M1", "x"));
-
-    std::filesystem::create_symlink("/dev/full", folder / "device.ini");
-    FileSettings device(folder / "device.ini");
-    EXPECT_FALSE(device.Write("FTP", "M1", "x"));
-    EXPECT_NE(device.ErrorText(), "");
-    EXPECT_EQ(ReadWhole(file), foreign);
-}
-
 TEST_F(SettingsTest, AWriterKilledAtAnyMomentLeavesTheOldOrTheNewText) {
     FileSettings settings(file);
     ASSERT_TRUE(settings.WriteSection("Other", "key = value\n"));
