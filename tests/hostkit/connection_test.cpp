@@ -1,4 +1,4 @@
-// Connections through the module itself, to the loopback server.
+// Connections through the module itself, to the loopback server, and copies between two of them.
 
 #include "hostkit/connection.h"
 
@@ -9,12 +9,14 @@
 #include <thread>
 
 #include "apps/loopback/server.h"
+#include "hostkit/server_copy.h"
 #include "support/temp_folder.h"
 
 using namespace hostkit;
 using namespace std::chrono_literals;
 using ::testing::Contains;
 using ::testing::HasSubstr;
+using ::testing::StartsWith;
 
 class ConnectionTest : public ::testing::Test {
   protected:
@@ -137,4 +139,70 @@ TEST_F(ConnectionTest, ManyConnectionsAtOnce) {
         }
     });
     EXPECT_EQ(*host.SocketUseCounter(), 0u);
+}
+
+/// Copies between that server and another one.
+class ServerCopyTest : public ConnectionTest {
+  protected:
+    ServerCopyTest() {
+        std::filesystem::create_directories(folder / "to/up");
+        loopback::Options options;
+        options.root = folder / "to";
+        taker = std::make_unique<loopback::Server>(options);
+        request.directory = "";
+    }
+
+    void ConverseWithBoth(
+        const std::function<void(Connection& source, Connection& destination)>& job) {
+        Converse([&](Connection& source) {
+            Connection destination(host);
+            request.host = "127.0.0.1:" + std::to_string(taker->Port());
+            ASSERT_TRUE(destination.Connect(request).Connected());
+            job(source, destination);
+        });
+    }
+
+    static ServerCopyResult Copy(Connection& source, Connection& destination,
+                                 const ServerCopyRequest& request) {
+        TransferOperation operation;
+        return CopyBetween(source, destination, request, operation);
+    }
+
+    std::unique_ptr<loopback::Server> taker;
+};
+
+TEST_F(ServerCopyTest, APathEntersItsDirectoryAndANameStaysThere) {
+    ConverseWithBoth([&](Connection& source, Connection& destination) {
+        for (const auto& [from, to] :
+             {std::pair("/pub/file", "up/b"), {"file", "c"}, {"file", "/d\\e:f"}}) {
+            EXPECT_TRUE(Copy(source, destination, {from, to}).Done());
+            EXPECT_EQ(source.Directory(), "/pub");
+        }
+        EXPECT_TRUE(Copy(destination, source, {"d\\e:f", "x:b"}).Done());
+    });
+    for (const char* path : {"to/up/b", "to/up/c", "to/d\\e:f", "served/pub/x:b"}) {
+        EXPECT_EQ(ReadWhole(folder / path), content) << path;
+    }
+}
+
+TEST_F(ServerCopyTest, AFailureHasTheWordsOfTheSideThatFailed) {
+    ConverseWithBoth([&](Connection& source, Connection& destination) {
+        EXPECT_THAT(Copy(source, destination, {"/pub/none", "x"}).sourceText, StartsWith("550"));
+        taker->Add({.command = "STOR", .action = loopback::FaultAction::failData});
+        const ServerCopyResult lost = Copy(source, destination, {"file", "x"});
+        EXPECT_FALSE(lost.Done());
+        EXPECT_THAT(lost.destinationText, StartsWith("426"));
+        EXPECT_THAT(Copy(source, destination, {"file", "none/x"}).destinationText,
+                    StartsWith("550"));
+        EXPECT_THAT(Copy(source, source, {"file", "x"}).sourceText, StartsWith("FxP between same"));
+
+        const std::size_t before = server->Commands().size() + taker->Commands().size();
+        EXPECT_EQ(Copy(source, destination, {"pub/", "x"}).sourceText, "the path names no file");
+        EXPECT_THAT(Copy(source, destination, {"file", std::string(260, 'x')}).destinationText,
+                    StartsWith("the path is longer"));
+        EXPECT_EQ(server->Commands().size() + taker->Commands().size(), before);
+        destination.Disconnect();
+        EXPECT_EQ(Copy(source, destination, {"file", "x"}).destinationText, "not connected");
+        EXPECT_TRUE(source.List().done);
+    });
 }

@@ -113,22 +113,23 @@ TEST_F(WindowServicesTest, NonsenseInTheSettingsIsPassedOver) {
 TEST_F(WindowServicesTest, TheHistoryOfABoxIsShortAndHoldsNothingTwice) {
     const HWND box = Add("ComboBox", CBS_DROPDOWN, 0x3D);
     const auto add = Shell<ShellComboAddFunction>(ShellService::comboAdd);
+    const auto expectFirst = [&](const char* entry, LRESULT count) {
+        char text[32] = "";
+        SendMessageA(box, CB_GETLBTEXT, 0, reinterpret_cast<LPARAM>(text));
+        EXPECT_STREQ(text, entry);
+        EXPECT_EQ(SendMessageA(box, CB_GETCOUNT, 0, 0), count);
+        GetWindowTextA(box, text, sizeof(text));
+        EXPECT_STREQ(text, "*.field");
+    };
     SetWindowTextA(box, "*.field");
     for (const char* mask : {"*.a", "", "*.b", "*.A"}) {
         add(box, mask);
     }
-    char text[32] = "";
-    SendMessageA(box, CB_GETLBTEXT, 0, reinterpret_cast<LPARAM>(text));
-    EXPECT_STREQ(text, "*.A");
-    EXPECT_EQ(SendMessageA(box, CB_GETCOUNT, 0, 0), 2);
+    expectFirst("*.A", 2);
     for (int i = 0; i < 40; ++i) {
         add(box, std::to_string(i).c_str());
     }
-    EXPECT_EQ(SendMessageA(box, CB_GETCOUNT, 0, 0), 30);
-    SendMessageA(box, CB_GETLBTEXT, 0, reinterpret_cast<LPARAM>(text));
-    EXPECT_STREQ(text, "39");
-    GetWindowTextA(box, text, sizeof(text));
-    EXPECT_STREQ(text, "*.field");
+    expectFirst("39", 30);
 }
 
 TEST_F(WindowServicesTest, KeysLeadThroughARegisteredWindow) {
