@@ -74,7 +74,7 @@ TEST_F(SaveDialogTest, GivesThePathOfTheNameWithItsExtension) {
                                       {"sub/n\xC3\xA4w", "sub/n\xC3\xA4w.txt"},
                                       {In("sub") + "/abc", "sub/abc.txt"}}) {
         file_ = {};
-        ASSERT_TRUE(Ask([&](const OpenDialog& dialog) {
+        ASSERT_TRUE(Ask([&typed = typed](const OpenDialog& dialog) {
             dialog.SetField(edt1, typed);
             dialog.Press(IDOK);
         })) << typed;
