@@ -48,11 +48,6 @@ class InteropAbort : public InteropTest {
         repeated.emplace(connection);
     }
 
-    // Some servers tell that they open a data connection, some that it is there.
-    static bool AnnouncesData(const std::string& line) {
-        return line.starts_with("150") || line.starts_with("125");
-    }
-
     // What came before the end is kept, and is the beginning of the file.
     void ExpectPrefix(const std::string& name, std::uint64_t atLeast) {
         const std::string kept = ReadBytes(local / name);
@@ -114,74 +109,6 @@ TEST_P(InteropAbort, EndsADownloadFromAServerThatHasFallenSilent) {
         server->Resume();
         ExpectPrefix("big", 1);
         ExpectInStep(connection);
-    });
-}
-
-TEST_P(InteropAbort, EndsAListingFromAServerThatHasFallenSilent) {
-    MakeManyFiles(served / "many", 100000);
-    Converse([&](Connection& connection) {
-        ASSERT_TRUE(connection.ChangeDirectory("many").Done());
-        Clock::time_point halted;
-        std::optional<RepeatedAbort> abort;
-        std::atomic<bool> once = false;
-        transcript.OnLine([&](const std::string& line) {
-            if (AnnouncesData(line) && !once.exchange(true)) {
-                server->Halt();
-                halted = Clock::now();
-                abort.emplace(connection);
-            }
-        });
-        EXPECT_FALSE(connection.List().done);
-        EXPECT_LT(Clock::now() - halted, abortTime);
-        transcript.OnLine(nullptr);
-        abort.reset();
-        server->Resume();
-        // The first command may be the one that finds the old connection closed, and end with it.
-        // vsftpd takes long here: the half of it that guards a session's rights takes a stopped
-        // process for one that has ended, and waits for its end. The listing's 426 still comes,
-        // then nothing, so the command has to run into the time-out of its reply.
-        connection.CheckDirectory(connection.Directory());
-        const hostkit::ListResult result = connection.List();
-        EXPECT_TRUE(result.done) << result.text;
-        EXPECT_EQ(ByName(result).size(), 100000u);
-    });
-}
-
-TEST_P(InteropAbort, OfOneConnectionDoesNotDisturbTheOther) {
-    std::atomic<int> running = 0;
-    auto waitForBoth = [&] {
-        ++running;
-        for (const auto end = Clock::now() + abortTime; running < 2 && Clock::now() < end;) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        }
-    };
-    fs::copy_file(served / "big", served / "other");
-    Converse([&](Connection& first) {
-        Connection second(host, transcript.Options());
-        ASSERT_TRUE(second.Connect(Request()).Connected());
-
-        for (const bool firstIsAborted : {true, false}) {
-            running = 0;
-            Connection& aborted = firstIsAborted ? first : second;
-            Connection& other = firstIsAborted ? second : first;
-            std::thread otherThread([&] {
-                auto operation = After(1, waitForBoth);
-                EXPECT_TRUE(Download(other, "other", operation).Done());
-            });
-            std::optional<RepeatedAbort> abort;
-            auto operation = After(1 << 20, [&] {
-                waitForBoth();
-                Abort(aborted, abort);
-            });
-            EXPECT_EQ(Download(aborted, "big", operation).outcome, TransferOutcome::failed);
-            abort.reset();
-            otherThread.join();
-            EXPECT_TRUE(SameContent(local / "other", served / "other"));
-            ExpectInStep(aborted);
-            ExpectInStep(other);
-            fs::remove(local / "big");
-            fs::remove(local / "other");
-        }
     });
 }
 

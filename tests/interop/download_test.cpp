@@ -34,22 +34,6 @@ TEST_P(InteropDownload, EveryByteArrives) {
     });
 }
 
-TEST_P(InteropDownload, APartialFileIsResumedAfterAComparison) {
-    const std::string bytes = MixedBytes(1 << 20);
-    WriteBytes(served / "file", bytes);
-    WriteBytes(local / "file", bytes.substr(0, 300000));
-    std::uint64_t moved = 0;
-    hostkit::TransferOperation operation = GoOn();
-    operation.progress = [&](const TransferRecord&, u32 count) { moved += count; };
-    Converse([&](Connection& connection) {
-        const hostkit::TransferResult result = Download(connection, "file", operation);
-        EXPECT_TRUE(result.Done()) << result.text;
-    });
-    EXPECT_TRUE(ReadBytes(local / "file") == bytes);
-    EXPECT_EQ(transcript.Count("REST 299488"), 1);
-    EXPECT_EQ(moved, bytes.size() - 299488);
-}
-
 TEST_P(InteropDownload, APartialFileThatIsAnotherOneIsReplacedWhole) {
     // Small enough to lie in the sockets' buffers whole, and too big for that.
     for (const std::size_t size : {std::size_t{3000}, std::size_t{100'000'000}}) {
@@ -69,21 +53,6 @@ TEST_P(InteropDownload, APartialFileThatIsAnotherOneIsReplacedWhole) {
         });
     }
     EXPECT_EQ(transcript.Count("Not the same file!"), 2);
-}
-
-TEST_P(InteropDownload, ManyFilesInARowOnOneConnection) {
-    constexpr int count = 100;
-    for (int number = 0; number < count; ++number) {
-        WriteBytes(served / std::to_string(number),
-                   MixedBytes(1024, static_cast<std::uint32_t>(number)));
-    }
-    Converse([&](Connection& connection) {
-        for (int number = 0; number < count; ++number) {
-            const std::string name = std::to_string(number);
-            ASSERT_TRUE(Download(connection, name).Done()) << name;
-            ASSERT_TRUE(SameContent(local / name, served / name)) << name;
-        }
-    });
 }
 
 }  // namespace

@@ -3,9 +3,8 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
-#include <iomanip>
 #include <iostream>
-#include <iterator>
+#include <numeric>
 #include <sstream>
 #include <thread>
 
@@ -58,40 +57,22 @@ std::vector<InteropCase> PassiveCases() {
 hostkit::ConnectionOptions Transcript::Options() {
     hostkit::ConnectionOptions options;
     options.console = [this](const std::string& line) {
-        std::function<void(const std::string&)> watcher;
-        {
-            const std::lock_guard lock(mutex_);
-            lines_.push_back({std::chrono::steady_clock::now(), line});
-            watcher = watcher_;
-        }
-        if (watcher) {
-            watcher(line);
-        }
+        const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start_;
+        const std::lock_guard lock(mutex_);
+        lines_.push_back(std::to_string(time.count()) + "  " + hostkit::HarmlessLine(line) + "\n");
     };
     return options;
 }
 
-void Transcript::OnLine(std::function<void(const std::string& line)> watcher) {
-    const std::lock_guard lock(mutex_);
-    watcher_ = std::move(watcher);
-}
-
 int Transcript::Count(const std::string& text) const {
     const std::lock_guard lock(mutex_);
-    return static_cast<int>(std::count_if(lines_.begin(), lines_.end(), [&](const Line& line) {
-        return line.text.find(text) != std::string::npos;
-    }));
+    return static_cast<int>(std::ranges::count_if(
+        lines_, [&](const std::string& line) { return line.find(text) != line.npos; }));
 }
 
 std::string Transcript::Text() const {
     const std::lock_guard lock(mutex_);
-    std::ostringstream text;
-    text << std::fixed << std::setprecision(3);
-    for (const Line& line : lines_) {
-        const std::chrono::duration<double> time = line.time - lines_.front().time;
-        text << time.count() << "  " << hostkit::HarmlessLine(line.text) << "\n";
-    }
-    return text.str();
+    return std::accumulate(lines_.begin(), lines_.end(), std::string());
 }
 
 InteropTest::InteropTest() : host(loop, hostkit::HostOptions()) {}

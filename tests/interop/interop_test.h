@@ -37,27 +37,20 @@ bool SkipsAreFailures();
 std::vector<InteropCase> AllCases();
 std::vector<InteropCase> PassiveCases();
 
-/// What a connection printed, and a look at each line as it is printed.
+/// What a connection printed.
 class Transcript {
   public:
     /// For a connection that is to print here.
     hostkit::ConnectionOptions Options();
-    /// Called for each line on the thread that prints it.
-    void OnLine(std::function<void(const std::string& line)> watcher);
     /// How many lines hold that text.
     int Count(const std::string& text) const;
     /// All lines, each with its time in seconds.
     std::string Text() const;
 
   private:
-    struct Line {
-        std::chrono::steady_clock::time_point time;
-        std::string text;
-    };
-
+    const std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
     mutable std::mutex mutex_;
-    std::vector<Line> lines_;
-    std::function<void(const std::string&)> watcher_;
+    std::vector<std::string> lines_;
 };
 
 /// A file that the server lists.

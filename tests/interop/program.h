@@ -6,7 +6,6 @@
 
 namespace quennet::interop {
 
-using Program = ProgramRun;
 using ProgramResult = RunResult;
 constexpr auto RunProgram = Quennet;
 
