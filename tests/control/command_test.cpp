@@ -158,18 +158,6 @@ TEST_F(CommandTest, ASecond421IsGivenBack) {
     wire.Finish();
 }
 
-TEST_F(CommandTest, ACommandIsNotRepeatedInAnotherDirectory) {
-    StoreText(session->site.directory, pathSize, "/pub");
-    LogIn(
-        "-> RMD x\n<- 421 one\nclose\naccept\n<- 220 a\n-> USER anna\n<- 230 b\n"
-        "-> CWD /pub\n<- 550 gone\n-> NOOP\n<- 200 done\n");
-    // With the 550 as its answer, a DELE of the same name would follow.
-    EXPECT_EQ(SendCommandAltArg(session, "RMD", "XRMD", "x"), 0);
-    EXPECT_THAT(Lines(), testing::Contains("The directory could not be entered again."));
-    EXPECT_EQ(SendCommandText(session, "NOOP"), 2);
-    wire.Finish();
-}
-
 TEST_F(CommandTest, AnEmptyCommandLogsInAgain) {
     StoreText(session->site.directory, pathSize, "/pub");
     LogIn(std::string("expect close\n") + repairedLogin);

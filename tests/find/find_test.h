@@ -9,7 +9,7 @@
 
 #include "find/find_record.h"
 #include "find/find_walk.h"
-#include "host/services.h"
+#include "support/replaced_services.h"
 #include "support/session_test.h"
 
 struct Entry {
@@ -26,27 +26,6 @@ constexpr quennet::u16 folderBit = quennet::attributeDirectory;
 inline Entry Folder(const std::string& name) {
     return {name, folderBit};
 }
-
-/// The host's services with some of them replaced, while it stands.
-class ReplacedServices {
-  public:
-    ReplacedServices() : hosts_(quennet::hostTables.shell), services_(*hosts_) {
-        quennet::hostTables.shell = &services_;
-    }
-    ~ReplacedServices() { quennet::hostTables.shell = hosts_; }
-    ReplacedServices(const ReplacedServices&) = delete;
-    ReplacedServices& operator=(const ReplacedServices&) = delete;
-
-    template <typename Function>
-    void Replace(quennet::ShellService service, Function function) {
-        services_.words[static_cast<quennet::u32>(service)] =
-            reinterpret_cast<quennet::HostWord>(function);
-    }
-
-  private:
-    const quennet::ShellServices* hosts_;
-    quennet::ShellServices services_;
-};
 
 class FindTest : public SessionTest {
   protected:

@@ -42,9 +42,9 @@ TEST_F(FindWindowTest, TheWindowAnswersWhileTenThousandFoldersAreSearched) {
     EXPECT_EQ(Rows(window), (folders + 1) * (filesInEach + 1) + folders / 100);
     EXPECT_EQ(Pane(window, 1), "Found: 200,020 files, 10,101 folders");
     Command(window, findStart);
-    ASSERT_TRUE(Await([&] { return Rows(window) > 5000; }));
+    ASSERT_TRUE(WaitUntil([&] { return Rows(window) > 5000; }));
     PostMessageA(window, WM_CLOSE, 0, 0);
-    EXPECT_TRUE(Await([&] { return !IsWindow(window); }));
+    EXPECT_TRUE(WaitUntil([&] { return !IsWindow(window); }));
 }
 
 }  // namespace

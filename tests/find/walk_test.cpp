@@ -114,22 +114,16 @@ TEST_F(WalkTest, ALinkUpTheTreeEndsTheWalkUnderAnotherNameToo) {
 
 TEST_F(WalkTest, NoWalkIsDeeperThan512Levels) {
     constexpr int levels = 512;
-    std::vector<std::string> steps;
-    const auto add = [&](const std::string& script) {
-        for (const std::string& line : LinesOf(script)) {
-            steps.push_back(line);
-        }
-    };
-    add("-> CWD /1\n<- 250 ok\n-> PWD\n<- 257 \"/1\"\n");
+    std::string steps = "-> CWD /1\n<- 250 ok\n-> PWD\n<- 257 \"/1\"\n";
     for (int level = 1; level <= levels; ++level) {
         const std::string path = "/" + std::to_string(level);
         listings[path] = {Folder("d")};
         if (level < levels) {
-            add(Step(path, "d", "/" + std::to_string(level + 1)));
+            steps += Step(path, "d", "/" + std::to_string(level + 1));
         }
     }
     for (int level = levels; level >= 1; --level) {
-        add(Back("/" + std::to_string(level)));
+        steps += Back("/" + std::to_string(level));
     }
     Open(steps);
     Walk("/1");

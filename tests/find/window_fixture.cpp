@@ -84,7 +84,7 @@ void FindWindowTest::Run(hostkit::Connection& which, const std::string& mask, bo
     SetDlgItemTextA(find->window, findMaskBox, mask.c_str());
     CheckDlgButton(find->window, findRecurseBox, recurse ? BST_CHECKED : BST_UNCHECKED);
     Command(find->window, findStart);
-    EXPECT_TRUE(Await([&] { return !find->worker.IsSet(); }));
+    EXPECT_TRUE(WaitUntil([&] { return !find->worker.IsSet(); }));
 }
 
 std::string FindWindowTest::Cell(HWND window, int row, int column) {
@@ -128,11 +128,4 @@ void FindWindowTest::Select(HWND window, int row) {
     item.state = item.stateMask = LVIS_SELECTED | LVIS_FOCUSED;
     SendDlgItemMessageA(window, findList, LVM_SETITEMSTATE, static_cast<WPARAM>(row),
                         reinterpret_cast<LPARAM>(&item));
-}
-
-bool FindWindowTest::Await(const std::function<bool()>& happened) {
-    for (int turn = 0; turn < 4000 && !happened(); ++turn) {
-        Sleep(5);
-    }
-    return happened();
 }

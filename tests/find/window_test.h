@@ -15,6 +15,7 @@
 #include "hostkit/masks.h"
 #include "support/session_test.h"
 #include "support/temp_folder.h"
+#include "support/wait.h"
 
 class FindWindowTest : public ::testing::Test {
   protected:
@@ -47,9 +48,6 @@ class FindWindowTest : public ::testing::Test {
     void Select(HWND window, int row);
 
     hostkit::Host& Host() { return thread->Host(); }
-
-    /// Waits, for twenty seconds at most.
-    static bool Await(const std::function<bool()>& happened);
 
     TempFolder folder;
     std::optional<loopback::Server> server;

@@ -113,6 +113,19 @@ class SessionTest : public ::testing::Test {
     std::vector<std::thread> threads_;
 };
 
+/// Steps of a server that many conversations have in common.
+namespace steps {
+
+inline const std::string binary = "-> TYPE I\n<- 200 ok\n";
+inline const std::string passive = "-> PASV\n<- 227 ({pasv})\n";
+/// A new connection, behind the end of the one before.
+inline const std::string relogin = "accept\n<- 220 again\n-> USER anna\n<- 230 in\n";
+/// The connection is lost instead of a reply.
+inline const std::string lost = "<- 421 bye\nclose\n" + relogin;
+inline const std::string inStep = "-> NOOP\n<- 200 mine\n";
+
+}  // namespace steps
+
 /// A port of 127.0.0.1 on which nobody listens.
 quennet::u16 ClosedPort();
 

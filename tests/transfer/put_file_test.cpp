@@ -7,6 +7,7 @@
 #include "support/temp_folder.h"
 
 using namespace quennet;
+using namespace steps;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -58,7 +59,7 @@ class PutFileTest : public SessionTest {
     TransferRecord record = {};
 };
 
-const std::string stores = "-> PASV\n<- 227 ({pasv})\n-> STOR f\n";
+const std::string stores = passive + "-> STOR f\n";
 const std::string takesAll = stores + "<- 150 go\ndata accept\ndata expect bytes\n";
 
 TEST_F(PutFileTest, TheQuestionIsAskedWithBothSidesForAFileOfThatNameAlone) {
@@ -71,8 +72,8 @@ TEST_F(PutFileTest, TheQuestionIsAskedWithBothSidesForAFileOfThatNameAlone) {
     for (std::string* each : {&without, &list}) {
         each->append(2, '\0');
     }
-    LogIn("-> TYPE I\n<- 200 ok\n" + takesAll + "<- 226 one\n" + takesAll + "<- 226 two\n" +
-          takesAll + "<- 226 three\n");
+    LogIn(binary + takesAll + "<- 226 one\n" + takesAll + "<- 226 two\n" + takesAll +
+          "<- 226 three\n");
     EXPECT_EQ(Put(), 0);
     EXPECT_EQ(Put(without.data()), 0);
     EXPECT_THAT(questions, IsEmpty());
@@ -93,8 +94,7 @@ TEST_F(PutFileTest, TheQuestionIsAskedWithBothSidesForAFileOfThatNameAlone) {
 }
 
 TEST_F(PutFileTest, TheServersWordDecidesHoweverItComes) {
-    LogIn("-> TYPE I\n<- 200 ok\n" +           //
-          stores + "<- 250 known already\n" +  // nothing to send
+    LogIn(binary + stores + "<- 250 known already\n" +  // nothing to send
           stores + "<- 150 go\n<- 226 early\ndata accept\ndata expect bytes\n" + takesAll +
           "<- 552 quota\n" +        //
           stores + "<- 553 no\n" +  //
@@ -136,7 +136,7 @@ TEST_F(PutFileTest, APortThatIsNamedTwiceTakesTwoFiles) {
         std::to_string(data.port() / 256) + "," + std::to_string(data.port() % 256);
     const std::string one =
         "-> PASV\n<- 227 (127,0,0,1," + port + ")\n-> STOR f\n<- 150 go\n<- 226 done\n";
-    LogIn("-> TYPE I\n<- 200 ok\n" + one + one);
+    LogIn(binary + one + one);
     data.Start("-> line\nexpect close\naccept\n-> line\nexpect close\n");
     EXPECT_EQ(Put(), 0);
     EXPECT_EQ(Put(), 0);

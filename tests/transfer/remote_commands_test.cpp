@@ -5,6 +5,7 @@
 #include "support/temp_folder.h"
 
 using namespace quennet;
+using testing::Contains;
 using testing::Each;
 using testing::Eq;
 
@@ -93,27 +94,13 @@ TEST_F(RemoteCommandTest, EachConversationHasItsResult) {
 
 TEST_F(RemoteCommandTest, NamesMeanNothingOutsideTheSessionsDirectory) {
     StoreText(session->site.directory, pathSize, "/pub");
-    LogIn(R"(
-        -> DELE a
-        <- 421 bye
-        close
-        accept
-        <- 220 again
-        -> USER anna
-        <- 230 in
-        -> CWD /pub
-        <- 550 gone
-        -> CWD /pub
-        <- 550 gone
-        -> CWD /pub
-        <- 250 there again
-        -> MKD c
-        <- 257 ok
-        -> DELE d
-        <- 250 ok
-    )");
-    EXPECT_EQ(Run({removal, "a", "", 0}), -1);
-    EXPECT_EQ(Run({dirRemoval, "b", "", 0}), -1);
+    const std::string gone = "-> CWD /pub\n<- 550 gone\n";
+    LogIn("-> RMD a\n" + steps::lost + gone + gone +
+          "-> CWD /pub\n<- 250 there again\n-> MKD c\n<- 257 ok\n-> DELE d\n<- 250 ok\n");
+    // With the 550 as its answer, a DELE of the same name would follow.
+    EXPECT_EQ(Run({dirRemoval, "a", "", 0}), -1);
+    EXPECT_THAT(Lines(), Contains("The directory could not be entered again."));
+    EXPECT_EQ(Run({removal, "b", "", 0}), -1);
     EXPECT_EQ(Run({making, "c", "", 0}), 0);
     EXPECT_EQ(Run({removal, "d", "", 0}), 0);
     wire.Finish();
@@ -128,8 +115,15 @@ TEST_F(RemoteCommandTest, WhatAnotherExchangeOwnsIsLeftAlone) {
     EXPECT_EQ(Run({making, "a", "", 0}), 2);
     EXPECT_EQ(Run({renaming, "a", "", 0, "b"}), -1);
     TransferItem item = {};
-    EXPECT_EQ(Host().Send(MessageNumber::putFile, &item, session->handle, 0, 0), 1);
-    EXPECT_STREQ(session->handle->errorText, "Command in progress, ignored.");
+    TransferRecord running = {};
+    session->progress = &running;
+    for (const auto message : {MessageNumber::getFile, MessageNumber::putFile}) {
+        session->handle->errorText[0] = 0;
+        EXPECT_EQ(Host().Send(message, &item, session->handle, 0, 0), 1);
+        EXPECT_STREQ(session->handle->errorText, "Command in progress, ignored.");
+    }
+    EXPECT_EQ(session->progress, &running);
+    session->progress = nullptr;
     Host().Send(MessageNumber::gotoDirectory, session, "a", "b", 1, 0, 0);
     Host().Send(MessageNumber::rawCommand, 0, session->handle, "NOOP", 1);
     EXPECT_TRUE(session->abortFlag.IsSet());

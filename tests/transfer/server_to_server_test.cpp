@@ -137,29 +137,6 @@ TEST_F(ServerToServerTest, TheDestinationIsReadyFirstAndNobodyHurriesTheLastWord
     Finish();
 }
 
-TEST_F(ServerToServerTest, AnAbortOfASideEndsItsWaitAlsoWhenTheOtherOneIsWaitedForFirst) {
-    Join(passive + "-> RETR a.txt\n<- 150 go\nawait aborted\n<- 426 late\n-> DELE x\n<- 250 ok\n",
-         port +
-             "<- 200 ok\n-> STOR b.txt\n<- 150 go\nmark wait\nawait aborted\n<- 226 late\n"
-             "-> DELE y\n<- 250 ok\n");
-    auto result = std::async(std::launch::async, [this] { return Copy(); });
-    ASSERT_TRUE(destinationWire.AwaitMark("wait"));
-    while (!session->busy.IsSet() || !destination->busy.IsSet()) {
-        Sleep(5);
-    }
-    Host().Send(MessageNumber::abortCommand, session->handle);
-    Host().Send(MessageNumber::abortCommand, destination->handle);
-    ASSERT_EQ(result.wait_for(std::chrono::seconds(3)), std::future_status::ready);
-    EXPECT_EQ(result.get(), -1);
-    EXPECT_EQ(SourceError(), "The transfer was aborted.");
-    EXPECT_EQ(DestinationError(), "The transfer was aborted.");
-    wire.Signal("aborted");
-    destinationWire.Signal("aborted");
-    EXPECT_EQ(Host().Send(MessageNumber::remoteDelete, "x", session->handle), 0) << "in step";
-    EXPECT_EQ(Host().Send(MessageNumber::remoteDelete, "y", destination->handle), 0);
-    Finish();
-}
-
 TEST_F(ServerToServerTest, ADestinationThatIsDeafToABORIsLeftSoonForANewConnection) {
     Join(passive + "-> RETR a.txt\n<- 550 none\n",
          port + "<- 200 ok\n-> STOR b.txt\n<- 150 go\n-> ABOR\naccept\n<- 220 again\n" +

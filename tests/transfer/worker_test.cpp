@@ -90,8 +90,7 @@ struct ChangeRow {
 
 /// The connection is lost instead of a reply, and its repair asks for the way back to `directory`.
 std::string Loss(const std::string& directory) {
-    return "<- 421 bye\nclose\naccept\n<- 220 again\n-> USER anna\n<- 230 in\n-> CWD " + directory +
-           "\n";
+    return steps::lost + "-> CWD " + directory + "\n";
 }
 
 TEST_F(WorkerTest, AChangeOfDirectoryNamesWhatWasLeftByGoingUp) {
@@ -195,7 +194,7 @@ TEST_F(WorkerTest, ATypedLineGoesOutWholeOrNotAtAll) {
 
 TEST_F(WorkerTest, ATypedLineThatWorksMakesTheListingsStale) {
     const std::string lists =
-        "-> PASV\n<- 227 ({pasv})\n-> LIST\n<- 150 x\ndata accept\ndata close\n<- 226 x\n";
+        steps::passive + "-> LIST\n<- 150 x\ndata accept\ndata close\n<- 226 x\n";
     StoreText(session->site.directory, pathSize, "/");
     LogIn(lists + "-> SITE a\n<- 500 no\n-> SITE b\n<- 250 ok\n" + lists +
           "-> type i\n<- 200 ok\n-> SITE c\n<- 150 more\n<- 226 that was it\n-> TYPE A\n"
