@@ -3,7 +3,6 @@
 #include "control/connect.h"
 #include "control/exchange.h"
 #include "control/firewall.h"
-#include "control/reconnect.h"
 #include "control/server_family.h"
 #include "control/sockets.h"
 #include "support/session_test.h"
@@ -244,26 +243,6 @@ TEST_F(ConnectTest, ADirectoryThatDoesNotFitIsNotStored) {
     Run(script);
     EXPECT_STREQ(session->site.directory, "");
     EXPECT_THAT(Lines(), Contains("Directory name too long, refused."));
-    wire.Finish();
-}
-
-TEST_F(ConnectTest, TheHostHearsTheServersLastWordsOfAFailure) {
-    Run("<- 421 busy\nexpect close\n");
-    EXPECT_THAT(notices.Await(1), ElementsAre("connect failed: 421 busy"));
-    wire.Finish();
-}
-
-TEST_F(ConnectTest, AReconnectGoesBackToTheDirectoryAndIsNotEnteredTwice) {
-    StoreText(session->site.directory, pathSize, "/pub");
-    session->transferType = 'I';
-    wire.Start("<- 220 a\n-> USER anna\n<- 230 in\n-> CWD /pub\n<- 250 ok\n");
-    Reconnect(session);
-    EXPECT_NE(session->controlSocket, noSocket);
-    EXPECT_EQ(session->transferType, 'A');
-    EXPECT_EQ(session->reconnecting.Load(), 0u);
-    session->reconnecting.Store(1);
-    Reconnect(session);
-    session->reconnecting.Store(0);
     wire.Finish();
 }
 

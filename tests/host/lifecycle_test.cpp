@@ -10,7 +10,7 @@ using testing::Not;
 
 namespace {
 
-constexpr char login[] = R"(
+const std::string login = R"(
     <- 220 ready
     -> USER anna
     <- 331 password
@@ -22,13 +22,13 @@ constexpr char login[] = R"(
     <- 257 "/"
 )";
 
-constexpr char quit[] = R"(
+const std::string quit = R"(
     -> QUIT
     <- 221 bye
     expect close
 )";
 
-/// A connection dialog that fills itself in.
+/// A connection dialog that fills itself in and is accepted.
 class LifecycleTest : public ModuleTest {
   protected:
     LifecycleTest() {
@@ -40,36 +40,28 @@ class LifecycleTest : public ModuleTest {
         StartHost(options);
     }
 
-    /// What the dialog gets before it is closed with `button` (99 accepts, 2 cancels).
-    struct Entry {
-        std::string name = "site";
-        std::string host = {};
-        std::string user = "anna";
-        std::string password = "secret";
-        std::string directory = {};
-        int button = 99;
-    };
-
-    void Connect(const Entry& entry) {
-        entry_ = entry;
+    void Connect(const std::string& host) {
+        host_ = host;
         Host().Loop().Invoke([this] { SendConnect(); });
+    }
+
+    /// Starts a script that goes on behind the login, and plays that.
+    void LogIn(Wire& server, const std::string& script) {
+        server.Start(login + script);
+        Connect("127.0.0.1:" + std::to_string(server.port()));
+        ASSERT_TRUE(notices.AwaitNotice("connected 7"));
     }
 
   private:
     void FillIn(HWND dialog) const {
-        const std::pair<int, std::string> fields[] = {{14202, entry_.name},
-                                                      {14203, entry_.host},
-                                                      {14302, entry_.user},
-                                                      {15202, entry_.password},
-                                                      {14204, entry_.directory}};
-        for (const auto& [id, text] : fields) {
-            SetDlgItemTextA(dialog, id, text.c_str());
-        }
+        SetDlgItemTextA(dialog, 14203, host_.c_str());
+        SetDlgItemTextA(dialog, 14302, "anna");
+        SetDlgItemTextA(dialog, 15202, "secret");
         CheckDlgButton(dialog, 14306, BST_CHECKED);
-        PostMessageA(dialog, WM_COMMAND, static_cast<WPARAM>(entry_.button), 0);
+        PostMessageA(dialog, WM_COMMAND, 99, 0);
     }
 
-    Entry entry_;
+    std::string host_;
 };
 
 TEST_F(LifecycleTest, NumbersWithoutAHandlerGiveMinusOne) {
@@ -110,11 +102,7 @@ TEST_F(LifecycleTest, AHandleThatIsNotLiveIsLeftAlone) {
 }
 
 TEST_F(LifecycleTest, TheHostsTextStaysWithItsSessionAndIsNeverCut) {
-    wire.Start(
-        "<- 220 a\n-> USER anna\n<- 230 b\n-> SYST\n<- 500 c\n-> PWD\n<- 257 \"/pub\"\n"
-        "-> QUIT\n<- 221 d\n");
-    Connect({.host = WireHost()});
-    ASSERT_TRUE(notices.AwaitNotice("connected 7"));
+    LogIn(wire, quit);
     const std::string longest(pathSize - 1, 'x');
     char buffer[pathSize] = "";
     Host().Send(MessageNumber::setHostText, SessionOfHandle(), longest.c_str());
@@ -122,43 +110,16 @@ TEST_F(LifecycleTest, TheHostsTextStaysWithItsSessionAndIsNeverCut) {
     Host().Send(MessageNumber::getHostText, SessionOfHandle(), buffer);
     EXPECT_EQ(buffer, longest);
     char directory[4] = "";
+    StoreText(SessionOfHandle()->site.directory, pathSize, "/pub");
     Host().Send(MessageNumber::getDirectory, Handle(), directory, sizeof directory);
     EXPECT_STREQ(directory, "/pu") << "a buffer that is too small is not run over";
     Disconnect();
     wire.Finish();
 }
 
-TEST_F(LifecycleTest, ACancelledDialogLeavesNothing) {
-    Connect({.host = WireHost(), .button = IDCANCEL});
-    EXPECT_EQ(holder, 0u);
-    EXPECT_EQ(socketUses, 0u);
-    EXPECT_THAT(notices.All(), IsEmpty());
-}
-
-TEST_F(LifecycleTest, TheDialogFillsTheSiteWithWhatItsFieldsHold) {
-    Connect({.name = std::string(30, 'n'),
-             .host = "FTP://127.0.0.1:" + std::to_string(ClosedPort()),
-             .user = std::string(80, 'u'),
-             .password = std::string(80, 'p'),
-             .directory = std::string(259, 'd')});
-    ASSERT_NE(holder, 0u);
-    const Session* session = SessionOfHandle();
-    while (session->users.IsSet()) {
-        Sleep(10);
-    }
-    EXPECT_STREQ(session->site.name, std::string(26, 'n').c_str());
-    EXPECT_STREQ(session->site.host, "127.0.0.1");
-    EXPECT_STREQ(session->site.user, std::string(79, 'u').c_str());
-    EXPECT_STREQ(session->site.password, std::string(79, 'p').c_str());
-    EXPECT_STREQ(session->site.directory, std::string(258, 'd').c_str());
-    EXPECT_EQ(u32{session->site.siteOptions}, SiteOptionPassive);
-    EXPECT_EQ(Handle()->panelId, 1);
-    Disconnect();
-}
-
 TEST_F(LifecycleTest, AFailedLoginIsEndedWithoutAQuit) {
     wire.Start("<- 421 busy\nexpect close\n");
-    Connect({.host = WireHost()});
+    Connect(WireHost());
     EXPECT_TRUE(notices.AwaitNotice("connect failed: 421 busy"));
     Disconnect();
     EXPECT_EQ(socketUses, 0u);
@@ -167,9 +128,7 @@ TEST_F(LifecycleTest, AFailedLoginIsEndedWithoutAQuit) {
 }
 
 TEST_F(LifecycleTest, TwoEndsAreOne) {
-    wire.Start(std::string(login) + quit);
-    Connect({.host = WireHost()});
-    ASSERT_TRUE(notices.AwaitNotice("connected 7"));
+    LogIn(wire, quit);
     Host().Send(MessageNumber::disconnect, &holder);
     Disconnect();
     EXPECT_THAT(notices.All(), ElementsAre("panel connected", "connected 7", "panel closed"));
@@ -178,7 +137,7 @@ TEST_F(LifecycleTest, TwoEndsAreOne) {
 
 TEST_F(LifecycleTest, AnEndDuringTheLoginWaitsForItAndLeavesNoConnection) {
     wire.Start("<- 220 ready\n-> USER anna\nmark user\nawait ended\n<- 230 in\nexpect close\n");
-    Connect({.host = WireHost()});
+    Connect(WireHost());
     ASSERT_TRUE(wire.AwaitMark("user"));
     Host().Send(MessageNumber::disconnect, &holder);
     while (!SessionOfHandle()->stopRetrying.IsSet()) {
@@ -198,10 +157,8 @@ TEST_F(LifecycleTest, AnEndWaitsForTheWorkersOfTypedLinesAndOfDirectories) {
          {MessageNumber::rawCommand, MessageNumber::gotoDirectory, MessageNumber::changeDirAsync}) {
         const bool typed = message == MessageNumber::rawCommand;
         Wire server;
-        server.Start(std::string(login) + (typed ? "-> NOOP\n" : "-> CWD /a\n") +
-                     "mark sent\nawait ended\n<- 550 late\n" + quit);
-        Connect({.host = "127.0.0.1:" + std::to_string(server.port())});
-        ASSERT_TRUE(notices.AwaitNotice("connected 7"));
+        LogIn(server, (typed ? "-> NOOP\n" : "-> CWD /a\n") +
+                          ("mark sent\nawait ended\n<- 550 late\n" + quit));
         notices.Clear();
         if (typed) {
             Host().Send(message, 0, Handle(), "NOOP", 1);
@@ -221,10 +178,8 @@ TEST_F(LifecycleTest, AnEndWaitsForTheWorkersOfTypedLinesAndOfDirectories) {
 }
 
 TEST_F(LifecycleTest, ANewConnectionEndsTheOneThatStandsInItsHolder) {
-    wire.Start(std::string(login) + quit + "accept\n" + login + quit);
-    Connect({.host = WireHost()});
-    ASSERT_TRUE(notices.AwaitNotice("connected 7"));
-    Connect({.host = WireHost()});
+    LogIn(wire, quit + "accept\n" + login + quit);
+    Connect(WireHost());
     EXPECT_EQ(socketUses, 1u);
     while (wire.Saw().size() < 9) {
         Sleep(10);
@@ -234,12 +189,7 @@ TEST_F(LifecycleTest, ANewConnectionEndsTheOneThatStandsInItsHolder) {
 }
 
 TEST_F(LifecycleTest, AQuitOnADeadConnectionGoesOutOnANewOne) {
-    wire.Start(std::string(login) +
-               "reset\nmark reset\naccept\n<- 220 again\n-> USER anna\n<- 230 in\n-> CWD /\n"
-               "<- 250 ok\n" +
-               quit);
-    Connect({.host = WireHost()});
-    ASSERT_TRUE(notices.AwaitNotice("connected 7"));
+    LogIn(wire, "reset\nmark reset\n" + steps::relogin + "-> CWD /\n<- 250 ok\n" + quit);
     ASSERT_TRUE(wire.AwaitMark("reset"));
     Disconnect();
     wire.Finish();

@@ -86,6 +86,7 @@ TEST_P(BookTableTest, OkNumbersTheListAnewAndCancelUndoesAll) {
     Close(dialog, cancelButton);
     EXPECT_EQ(File(), before);
     EXPECT_EQ(holder, 0u);
+    EXPECT_EQ(socketUses, 0u);
 
     dialog = Open();
     row.work(dialog);
