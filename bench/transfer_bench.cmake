@@ -1,4 +1,4 @@
-# What transfer_bench.sh runs; it also needs interop_server and the quennet program.
+# What transfer_bench.sh runs; it also needs the quennet program.
 add_executable(side_by_side side_by_side.cpp)
 target_link_libraries(side_by_side PRIVATE quennet_options)
 

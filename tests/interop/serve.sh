@@ -13,4 +13,4 @@ fi
 here=$(dirname "$(readlink -f "$0")")
 servers=$(sed -n 's/^QUENNET_INTEROP_SERVERS:PATH=//p' "$1/CMakeCache.txt")
 "$here/fetch_servers.sh" "$servers"
-exec "$1/bin/interop_server" ${4:+--port "$4"} "$2" "$3"
+exec /usr/bin/python3 "$here/interop_server.py" ${4:+--port "$4"} "$servers" "$2" "$3"

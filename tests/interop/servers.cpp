@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -16,10 +17,16 @@ namespace quennet::interop {
 
 namespace {
 
-constexpr int exitUnavailable = 77;  // of interop_server
+constexpr const char* python = "/usr/bin/python3";
+constexpr int exitUnavailable = 77;  // of interop_server.py
 constexpr int answerMilliseconds = 60000;
 
 }  // namespace
+
+std::string_view ServerName(ServerKind kind) {
+    constexpr std::string_view names[] = {"vsftpd", "pure-ftpd", "proftpd", "pyftpdlib"};
+    return names[static_cast<int>(kind)];
+}
 
 Server::Server(ServerKind kind, const std::filesystem::path& root, Options options)
     : kind_(kind), root_(root), options_(options) {
@@ -31,7 +38,7 @@ Server::~Server() {
 }
 
 void Server::Start(int port) {
-    std::vector<std::string> words = {QUENNET_INTEROP_SERVER};
+    std::vector<std::string> words = {python, QUENNET_INTEROP_SERVER};
     if (port != 0) {
         words.insert(words.end(), {"--port", std::to_string(port)});
     }
@@ -41,7 +48,8 @@ void Server::Start(int port) {
     if (options_.bytesPerSecond != 0) {
         words.insert(words.end(), {"--rate", std::to_string(options_.bytesPerSecond)});
     }
-    words.insert(words.end(), {std::string(ServerName(kind_)), root_.string()});
+    words.insert(words.end(),
+                 {QUENNET_INTEROP_SERVERS, std::string(ServerName(kind_)), root_.string()});
     std::vector<char*> arguments;
     for (std::string& word : words) {
         arguments.push_back(word.data());
@@ -55,9 +63,10 @@ void Server::Start(int port) {
     }
     process_ = fork();
     if (process_ == 0) {
+        prctl(PR_SET_PDEATHSIG, SIGTERM);
         dup2(ends[1], STDOUT_FILENO);
-        execv(QUENNET_INTEROP_SERVER, arguments.data());
-        _exit(127);
+        execv(python, arguments.data());
+        _exit(exitUnavailable);
     }
     close(ends[1]);
     output_ = ends[0];

@@ -7,14 +7,27 @@
 #include <filesystem>
 #include <optional>
 #include <string>
-
-#include "interop/server_setup.h"
+#include <string_view>
 
 namespace quennet::interop {
 
+enum class ServerKind { vsftpd, pureFtpd, proFtpd, pyftpdlib };
+
+constexpr ServerKind allServerKinds[] = {ServerKind::vsftpd, ServerKind::pureFtpd,
+                                         ServerKind::proFtpd, ServerKind::pyftpdlib};
+
+/// The name that people type: "vsftpd", "pure-ftpd", "proftpd", "pyftpdlib".
+std::string_view ServerName(ServerKind kind);
+
+/// With a password; it may read and write the served folder. Empty where the server has none.
+struct Account {
+    std::string user;
+    std::string password;
+};
+
 /// One server on 127.0.0.1, started by the constructor, over one folder.
 ///
-/// It runs in a process of its own, `interop_server`, which takes the server and all of its
+/// It runs below a process of its own, `interop_server.py`, which takes the server and all of its
 /// sessions down with it, also when the test is killed. Make it on a thread that outlives it, the
 /// test's main thread: the end of that thread is the server's end too. Its operations are for one
 /// thread at a time.
@@ -64,7 +77,7 @@ class Server {
     const std::filesystem::path root_;
     const Options options_;
     pid_t process_ = -1;
-    int output_ = -1;  // what interop_server prints
+    int output_ = -1;  // what interop_server.py prints
     std::string unread_;
     bool unavailable_ = false;
     std::string failure_;
