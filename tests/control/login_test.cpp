@@ -3,6 +3,7 @@
 #include "control/connect.h"
 #include "control/exchange.h"
 #include "control/firewall.h"
+#include "control/reconnect.h"
 #include "control/server_family.h"
 #include "control/sockets.h"
 #include "support/session_test.h"
@@ -243,6 +244,14 @@ TEST_F(ConnectTest, ADirectoryThatDoesNotFitIsNotStored) {
     Run(script);
     EXPECT_STREQ(session->site.directory, "");
     EXPECT_THAT(Lines(), Contains("Directory name too long, refused."));
+    wire.Finish();
+}
+
+TEST_F(ConnectTest, ARepairInsideARepairIsNone) {
+    LogIn("");
+    session->reconnecting.Store(1);
+    EXPECT_TRUE(Reconnect(session));
+    session->reconnecting.Store(0);
     wire.Finish();
 }
 

@@ -2,12 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
+#include <future>
 #include <string>
-#include <thread>
 #include <vector>
 
-#include "host/services.h"
+#include "support/replaced_services.h"
 #include "support/session_test.h"
 
 using namespace quennet;
@@ -25,31 +24,24 @@ extern "C" i32 RefuseAppend(GrowBuffer*, const void*, u32) {
 }
 
 std::string written;
-std::atomic<int> writes;
 
 extern "C" i32 KeepWrite(HWND, ShellFile*, const void* data, u32 length) {
-    ++writes;
     written.assign(static_cast<const char*>(data), length);
     return 0;
 }
 
 /// The steps of one fetch whose listing is `text`.
 std::string Fetch(const std::string& text, const std::string& command = "LIST") {
-    return "-> PASV\n<- 227 ok ({pasv})\n-> " + command + "\n<- 150 here\ndata accept\ndata <- " +
-           text + "\ndata close\n<- 226 done\n";
+    return steps::passive + "-> " + command + "\n<- 150 here\ndata accept\ndata <- " + text +
+           "\ndata close\n<- 226 done\n";
 }
 
-constexpr char refusedFetch[] = "-> PASV\n<- 227 ok ({pasv})\n-> LIST\n<- 450 no\n";
+const std::string refusedFetch = steps::passive + "-> LIST\n<- 450 no\n";
 
 class CacheTest : public SessionTest {
   protected:
-    CacheTest() : services_(*hostTables.shell), original_(hostTables.shell) {
-        StoreText(session->site.directory, pathSize, "/pub");
-    }
-    ~CacheTest() override {
-        hostTables.shell = original_;
-        FreeDirCache(session);
-    }
+    CacheTest() { StoreText(session->site.directory, pathSize, "/pub"); }
+    ~CacheTest() override { FreeDirCache(session); }
 
     /// Message 26: the names without the parent's, or a text for its failure.
     Names List(const char* path = nullptr, u32 longOption = 0) {
@@ -62,29 +54,19 @@ class CacheTest : public SessionTest {
         return names;
     }
 
-    template <typename Function>
-    void Replace(ShellService service, Function function) {
-        services_.words[static_cast<u32>(service)] = reinterpret_cast<HostWord>(function);
-        hostTables.shell = &services_;
-    }
-
     CacheEntry* Entry(u32 number) { return CacheEntryAt(session, number); }
     // By value: the entry lies on any byte.
     u32 Valid(u32 number) { return Entry(number)->valid; }
 
     /// What message 48 writes, "(nothing)" without a write.
     std::string RawListing() {
-        writes = 0;
-        Replace(ShellService::writeFile, KeepWrite);
+        written = "(nothing)";
+        ReplacedServices services;
+        services.Replace(ShellService::writeFile, KeepWrite);
         ShellFile file = 0;
         SaveRawListing(nullptr, &file, session->handle);
-        hostTables.shell = original_;
-        return writes > 0 ? written : "(nothing)";
+        return written;
     }
-
-  private:
-    ShellServices services_;
-    const ShellServices* original_;
 };
 
 TEST_F(CacheTest, TheCurrentDirectoryIsListedAgainOnlyWhenStale) {
@@ -125,8 +107,8 @@ TEST_F(CacheTest, ANamedDirectoryIsAlwaysListed) {
 
 TEST_F(CacheTest, AFailedFetchLeavesTheCacheAsItWas) {
     // The second fetch ends with data but without the server's word.
-    LogIn(Fetch("fone") + refusedFetch +
-          "-> PASV\n<- 227 ok ({pasv})\n-> LIST\n<- 150 here\ndata accept\ndata <- fpart\n"
+    LogIn(Fetch("fone") + refusedFetch + steps::passive +
+          "-> LIST\n<- 150 here\ndata accept\ndata <- fpart\n"
           "data close\n<- 451 no\n");
     EXPECT_EQ(List(), Names{"fone"});
     InvalidateDirCache(session->handle);
@@ -167,7 +149,8 @@ TEST_F(CacheTest, PathsOfAllLengthsAreListedALongerOneIsKeptByItsEnd) {
 TEST_F(CacheTest, WithoutMemoryForANewEntryTheOldOneStays) {
     LogIn(Fetch("fone"));
     EXPECT_EQ(List(), Names{"fone"});
-    Replace(ShellService::bufferAppend, RefuseAppend);
+    ReplacedServices services;
+    services.Replace(ShellService::bufferAppend, RefuseAppend);
     EXPECT_EQ(AddCacheEntry(session, "/new"), 0u);
     EXPECT_EQ(session->cacheBlock.count, 1u);
     EXPECT_EQ(List(), Names{"fone"});
@@ -177,50 +160,43 @@ TEST_F(CacheTest, WithoutMemoryForANewEntryTheOldOneStays) {
 // While a directory is received, the lock is free: a request for the same directory shows what is
 // there, one for another directory finds the connection occupied.
 TEST_F(CacheTest, OtherRequestsDuringAFetchAreNotHeldUp) {
-    LogIn(Fetch("fone") +
-          "-> PASV\n<- 227 ok ({pasv})\n-> LIST\n<- 150 here\ndata accept\nmark receiving\n"
+    LogIn(Fetch("fone") + steps::passive +
+          "-> LIST\n<- 150 here\ndata accept\nmark receiving\n"
           "await go on\ndata <- ftwo\ndata close\n<- 226 done\n");
     EXPECT_EQ(List(), Names{"fone"});
     InvalidateDirCache(session->handle);
-    Names second;
-    std::thread fetching([&] { second = List(); });
+    auto second = std::async(std::launch::async, [this] { return List(); });
     ASSERT_TRUE(wire.AwaitMark("receiving"));
     EXPECT_EQ(List("/pub"), Names{"fone"});
     EXPECT_EQ(List("/other"), Names{"failed"});
     EXPECT_THAT(Lines(), testing::Contains("Command in progress, ignored."));
     wire.Signal("go on");
-    fetching.join();
-    EXPECT_EQ(second, Names{"ftwo"});
+    EXPECT_EQ(second.get(), Names{"ftwo"});
     EXPECT_EQ(session->cacheBlock.count, 1u);
     wire.Finish();
 }
 
 struct LockedWalk {
     FtpHandle* handle;
-    std::thread other;
-    std::atomic<bool> otherDone = false;
+    std::future<void> other = {};
     bool wasHeldUp = false;
 };
 
 extern "C" void InvalidateElsewhere(const char* name, u32, u32, u32, u32, HostWord context) {
     LockedWalk* walk = PointerFromWord<LockedWalk>(context);
-    if (std::string(name) != "fone") {
-        return;
+    if (std::string(name) == "fone") {
+        walk->other = std::async(std::launch::async, [walk] { InvalidateDirCache(walk->handle); });
+        walk->wasHeldUp =
+            walk->other.wait_for(std::chrono::milliseconds(100)) == std::future_status::timeout;
     }
-    walk->other = std::thread([walk] {
-        InvalidateDirCache(walk->handle);
-        walk->otherDone = true;
-    });
-    std::this_thread::sleep_for(std::chrono::milliseconds(100));
-    walk->wasHeldUp = !walk->otherDone;
 }
 
 TEST_F(CacheTest, TheHostsCallbackRunsInsideTheListLock) {
     LogIn(Fetch("fone"));
-    LockedWalk walk = {session->handle, {}, false, false};
+    LockedWalk walk = {session->handle};
     EXPECT_EQ(
         ListDirectory(nullptr, session->handle, InvalidateElsewhere, WordFromPointer(&walk), 0), 0);
-    walk.other.join();
+    walk.other.get();
     EXPECT_TRUE(walk.wasHeldUp);
     EXPECT_EQ(Valid(1), 0u);
     wire.Finish();

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -100,26 +101,23 @@ TEST(LineParserTest, CompletesTheYearsOfUnixLines) {
 }
 
 TEST(LineParserTest, KnowsEnglishAndGermanMonthsInAnyCase) {
-    const std::vector<std::vector<const char*>> names = {
-        {"Jan", "January", "xyz", "Mrz", "M\xC4r", "Ma"},
-        {"feb"},
-        {"MAR", "M\xE4r", "m\xE4Rz"},
-        {"Apr"},
-        {"May", "Mai"},
-        {"Jun"},
-        {"Jul"},
-        {"aUG"},
-        {"Sept"},
-        {"Oct", "Okt"},
-        {"Nov"},
-        {"Dec", "Dez"}};
-    for (u32 month = 1; month <= names.size(); ++month) {
-        for (const char* name : names[month - 1]) {
-            EXPECT_EQ(Read(std::string("-rw-r--r-- 1 u g 100 ") + name + " 2 2001 a",
-                           ServerFamily::unixLike)
-                          .date,
-                      Date(2001, month, 2))
-                << name;
+    const char* const months[] = {"Jan January xyz Mrz M\xC4r Ma",
+                                  "feb",
+                                  "MAR M\xE4r m\xE4Rz",
+                                  "Apr",
+                                  "May Mai",
+                                  "Jun",
+                                  "Jul",
+                                  "aUG",
+                                  "Sept",
+                                  "Oct Okt",
+                                  "Nov",
+                                  "Dec Dez"};
+    for (u32 month = 1; month <= std::size(months); ++month) {
+        std::istringstream names(months[month - 1]);
+        for (std::string name; names >> name;) {
+            const std::string line = "-rw-r--r-- 1 u g 100 " + name + " 2 2001 a";
+            EXPECT_EQ(Read(line, ServerFamily::unixLike).date, Date(2001, month, 2)) << name;
         }
     }
 }

