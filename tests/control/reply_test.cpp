@@ -83,7 +83,11 @@ TEST_F(ReplyTest, ALineOf100000BytesIsCutAndTheReplyEndsWithItsLastPiece) {
 }
 
 TEST_F(ReplyTest, AReplyWithoutAnEndIsAFailedRead) {
-    Open("flood 220-more");
+    std::string flood = "<< ";
+    for (int line = 0; line < 21'000; ++line) {
+        flood += "220-more\\r\\n";
+    }
+    Open(flood);
     EXPECT_EQ(ReadReply(session), -1);
     EXPECT_EQ(Lines().back(), "Reply without an end.");
     EXPECT_EQ(Lines().size(), 10'001u);

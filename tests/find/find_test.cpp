@@ -58,14 +58,6 @@ LRESULT CALLBACK FindTest::ControlProc(HWND window, UINT message, WPARAM wParam,
                   : DefWindowProcA(window, message, wParam, lParam);
 }
 
-LRESULT FindTest::NextRow(int row, UINT flags) const {
-    if (flags == LVNI_FOCUSED) {
-        return focusedRow > row ? focusedRow : -1;
-    }
-    const auto next = selectedRows.upper_bound(row);
-    return next != selectedRows.end() ? *next : -1;
-}
-
 LRESULT FindTest::Answer(UINT message, WPARAM wParam, LPARAM lParam) {
     const std::lock_guard lock(shownMutex_);
     switch (message) {
@@ -76,12 +68,10 @@ LRESULT FindTest::Answer(UINT message, WPARAM wParam, LPARAM lParam) {
             shown_.push_back("pane " + std::to_string(wParam) + ": " +
                              reinterpret_cast<const char*>(lParam));
             return TRUE;
-        case LVM_GETSELECTEDCOUNT:
-            return static_cast<LRESULT>(selectedRows.size());
         case LVM_GETITEMCOUNT:
             return static_cast<LRESULT>(find.index.count);
         case LVM_GETNEXTITEM:
-            return NextRow(static_cast<int>(wParam), LOWORD(lParam));
+            return -1;
         default:
             return 0;
     }

@@ -5,7 +5,6 @@
 #include <commctrl.h>
 
 #include <map>
-#include <set>
 
 #include "find/find_record.h"
 #include "find/find_walk.h"
@@ -50,15 +49,12 @@ class FindTest : public SessionTest {
     std::map<std::string, std::vector<Entry>> listings;  // by path; the host has no others
     std::vector<std::string> reads;                      // "PATH OPTION"
     std::function<void(const std::string& path)> onRead;
-    std::set<int> selectedRows;
-    int focusedRow = -1;
 
   private:
     static quennet::DirEntry* ReadDirectory(const char* path, quennet::FtpHandle* handle,
                                             quennet::u32 option);
     static LRESULT CALLBACK ControlProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam);
     LRESULT Answer(UINT message, WPARAM wParam, LPARAM lParam);
-    LRESULT NextRow(int row, UINT flags) const;
 
     mutable std::mutex shownMutex_;
     std::vector<std::string> shown_;

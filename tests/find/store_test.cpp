@@ -61,33 +61,6 @@ TEST_F(StoreTest, ARowIsResolvedToNameAndDirectory) {
     }
 }
 
-TEST_F(StoreTest, TheSelectionIsCountedAndKeptInTheRecords) {
-    Store("/d", {{"a", 0, 5}, Folder("b"), {"c", 0, 7}, {"d", 0, 9}});
-    selectedRows = {0, 1, 2};
-    focusedRow = 2;
-    ReadSelection(&find);
-    EXPECT_EQ(find.selected.files, 2u);
-    EXPECT_EQ(find.selected.folders, 1u);
-    EXPECT_EQ(find.selected.bytes, 12u);
-    const auto states = [this] {
-        std::string text;
-        for (u32 row = 0; row < RowCount(&find); ++row) {
-            text += static_cast<char>('0' + HitAtRow(&find, row)->listState);
-        }
-        return text;
-    };
-    EXPECT_EQ(states(), "2230");
-    selectedRows = {3};
-    focusedRow = 0;
-    ReadSelection(&find);
-    EXPECT_EQ(states(), "1002") << "and what was selected before is not any more";
-    EXPECT_EQ(find.selected.bytes, 9u);
-    selectedRows = {0, 1, 2, 3};
-    UpdateRecordTable(&find);
-    EXPECT_EQ(states(), "3222");
-    EXPECT_EQ(find.selected.bytes, 9u) << "counted by the window alone";
-}
-
 TEST_F(StoreTest, ASummaryNamesWhatThereIs) {
     struct Case {
         FindCounters counters;

@@ -9,13 +9,12 @@
 using namespace quennet;
 using testing::Contains;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 namespace {
 
 class WalkTest : public FindTest {};
 
-constexpr char inRoot[] = "-> CWD /\n<- 250 ok\n-> PWD\n<- 257 \"/\"\n";
+const std::string inRoot = "-> CWD /\n<- 250 ok\n-> PWD\n<- 257 \"/\"\n";
 
 /// The commands that enter a directory from its parent.
 std::string Step(const std::string& parent, const std::string& name, const std::string& path) {
@@ -73,15 +72,6 @@ TEST_F(WalkTest, WhatCannotBeEnteredIsPassedOver) {
     wire.Finish();
     EXPECT_THAT(Hits(), ElementsAre("/c: hit"));
     EXPECT_EQ(find.directories.count, 3u);
-}
-
-TEST_F(WalkTest, AStartThatCannotBeEnteredFindsNothing) {
-    Open("-> CWD /none\n<- 550 no\n");
-    Walk("/none");
-    wire.Finish();
-    EXPECT_THAT(Hits(), IsEmpty());
-    EXPECT_EQ(find.directories.count, 0u);
-    EXPECT_THAT(reads, IsEmpty());
 }
 
 TEST_F(WalkTest, ALinkUpTheTreeEndsTheWalk) {
@@ -161,51 +151,8 @@ TEST_F(WalkTest, AStopEndsTheListingAndEachLevelGoesBack) {
     EXPECT_EQ(Shown().back(), "pane 1: Found: 4 folders - stopped");
 }
 
-TEST_F(WalkTest, AnEndingConnectionGetsNoFurtherCommands) {
-    listings["/"] = {Folder("a")};
-    onRead = [this](const std::string& path) {
-        if (path == "/a") {
-            find.stop.Store(1);
-            session->closing.Store(1);
-        }
-    };
-    Open(inRoot + Step("/", "a", "/a"));
-    Walk("/");
-    wire.Finish();
-}
-
-TEST_F(WalkTest, ARelativeStepThatMetARepairIsMadeAgainFromTheParent) {
-    listings["/"] = {Folder("a")};
-    listings["/a"] = {{"hit"}};
-    StoreText(session->site.directory, pathSize, "/home");
-    Open(inRoot +
-         std::string("-> CWD /\n<- 250 ok\n-> CWD a\nreset\naccept\n<- 220 again\n"
-                     "-> USER anna\n<- 230 in\n-> CWD /home\n<- 250 ok\n"
-                     "-> CWD a\n<- 250 ok, but below home\n"
-                     "-> PWD\n<- 257 \"/home/a\"\n") +
-         Step("/", "a", "/a") + Back("/"));
-    Walk("/", FindOptRecurse, "hit");
-    wire.Finish();
-    EXPECT_THAT(Hits(), ElementsAre("/a: hit"));
-    EXPECT_EQ(find.directories.count, 2u);
-}
-
-TEST_F(WalkTest, AListingThatMetARepairIsReadAgain) {
-    listings["/"] = {{"hit"}};
-    onRead = [this](const std::string&) {
-        if (reads.size() == 1) {
-            ++session->logins;
-        }
-    };
-    Open(inRoot + Back("/"));
-    Walk("/", FindOptRecurse);
-    wire.Finish();
-    EXPECT_THAT(Hits(), ElementsAre("/: hit"));
-    EXPECT_THAT(reads, ElementsAre("/ 0", "/ 0"));
-}
-
 TEST_F(WalkTest, AServerThatClosesInsteadOfAnsweringIsAskedAgain) {
-    const std::string again = "close\naccept\n<- 220 again\n-> USER anna\n<- 230 in\n";
+    const std::string again = "close\n" + steps::relogin;
     bool closed = false;
     listings["/"] = {Folder("a"), Folder("b")};
     listings["/a"] = {{"hit"}};

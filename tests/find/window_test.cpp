@@ -1,5 +1,6 @@
 #include "find/window_test.h"
 
+#include "find/find_store.h"
 #include "support/replaced_services.h"
 
 using namespace quennet;
@@ -64,6 +65,17 @@ TEST_F(FindWindowTest, TheSelectionIsSummedUpAndAnEntryGoneTo) {
     Select(window, 1);
     Select(window, 2);
     EXPECT_EQ(Pane(window, 0), "Selected: 2 files, 1 folder, 7 bytes");
+    const auto states = [this] {
+        std::string text;
+        for (u32 row = 0; row < RowCount(Record()); ++row) {
+            text += static_cast<char>('0' + HitAtRow(Record(), row)->listState);
+        }
+        return text;
+    };
+    EXPECT_EQ(states(), "223") << "selected, and the last one current";
+    SendDlgItemMessageA(window, findList, WM_KEYDOWN, VK_UP, 0);
+    EXPECT_EQ(states(), "030");
+    Select(window, 2);
     Command(window, findGoTo);
     EXPECT_THAT(notices.All(), ElementsAre("foreground", "go to c in /"));
 }

@@ -75,21 +75,18 @@ TEST_F(LifecycleTest, AHandleThatIsNotLiveIsLeftAlone) {
     dead.tag = liveHandleTag + 1;
     char buffer[pathSize] = "as it was";
     for (FtpHandle* handle : {static_cast<FtpHandle*>(nullptr), &dead}) {
-        EXPECT_EQ(Host().Send(MessageNumber::listDirectory, nullptr, handle, nullptr, 0, 0), -1);
-        EXPECT_EQ(Host().Send(MessageNumber::changeDirSync, "x", handle, buffer), -1);
-        EXPECT_EQ(Host().Send(MessageNumber::getFile, nullptr, handle, nullptr), -1);
         for (const MessageNumber number :
-             {MessageNumber::remoteDelete, MessageNumber::remoteRemoveDir,
+             {MessageNumber::listDirectory, MessageNumber::changeDirSync, MessageNumber::getFile,
+              MessageNumber::putFile, MessageNumber::copyBetweenServers,
+              MessageNumber::remoteDelete, MessageNumber::remoteRemoveDir,
               MessageNumber::remoteMakeDir}) {
-            EXPECT_EQ(Host().Send(number, buffer, handle), -1);
+            EXPECT_EQ(Host().Send(number, buffer, handle, handle, 0, 0), -1);
         }
         TransferRecord record = {};
         record.sourceHandle = WordFromPointer(handle);
         EXPECT_EQ(Host().Send(MessageNumber::applyPermissions, &record, 0x8000), -1);
         EXPECT_EQ(u32{record.status}, 0u);
         EXPECT_EQ(Host().Send(MessageNumber::remoteRename, "x", "y", handle), -1);
-        EXPECT_EQ(Host().Send(MessageNumber::copyBetweenServers, nullptr, handle, handle), -1);
-        EXPECT_EQ(Host().Send(MessageNumber::putFile, nullptr, handle, nullptr, nullptr), -1);
         Host().Send(MessageNumber::rawCommand, 0, handle, "x", 1);
         Host().Send(MessageNumber::gotoDirectory, 0, "x", "y", 1, nullptr, nullptr);
         Host().Send(MessageNumber::getDirectory, handle, buffer, sizeof buffer);

@@ -207,22 +207,6 @@ void Wire::SayBytes(std::string bytes) {
     }
 }
 
-void Wire::Flood(const Step& step) {
-    Note("<- " + ShowBytes(step.text) + " again and again");
-    std::string block;
-    while (block.size() < 16384) {
-        block += step.text + "\r\n";
-    }
-    Clock::time_point deadline = FromNow();
-    Sent sent = Sent::all;
-    while (sent == Sent::all && Clock::now() < deadline) {
-        sent = loopback::SendAll(control_.Number(), block, deadline, cancel_);
-    }
-    if (sent != Sent::failed) {
-        throw Diverted{"the client did not close the control connection"};
-    }
-}
-
 // False at the end of the connection. Throws when `stop` or the deadline ends the wait.
 bool Wire::ReceiveControl(Clock::time_point deadline, const loopback::StopSignal& stop) {
     if (loopback::WaitReady(control_.Number(), false, deadline, stop) != Ready::yes) {

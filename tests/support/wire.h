@@ -17,7 +17,6 @@
 //
 //     <- TEXT             says the line, with CR LF behind it
 //     << TEXT             says the bytes as they stand, without a line end
-//     flood TEXT          says the line again and again until the client closes
 //     -> TEXT             expects exactly this command line, with CR LF behind it. A '*' at the
 //                         end stands for any rest: "-> PORT *". PORT commands are remembered.
 //     expect close        expects that the client closes or resets the control connection
@@ -135,7 +134,6 @@ class Wire {
 
     void Say(const Step& step);
     void SayRaw(const Step& step);
-    void Flood(const Step& step);
     void ExpectLine(const Step& step);
     void ExpectClose(const Step& step);
     void Pause(const Step& step);

@@ -23,7 +23,6 @@ const Wire::Verb Wire::verbs[] = {
     {"<-", &Wire::Say, Operand::text},
     {"<<", &Wire::SayRaw, Operand::text},
     {"->", &Wire::ExpectLine, Operand::pattern},
-    {"flood", &Wire::Flood, Operand::text},
     {"expect close", &Wire::ExpectClose, Operand::none},
     {"pause", &Wire::Pause, Operand::seconds},
     {"hang", &Wire::Hang, Operand::none},
@@ -91,43 +90,37 @@ void Wire::Start(std::string_view script) {
 }
 
 Wire::Step Wire::ParseStep(std::string_view line) {
-    const auto refuse = [&](const char* why) { throw Diverted{why + (": " + ShowBytes(line))}; };
     const auto verb = std::find_if(std::begin(verbs), std::end(verbs), [&](const Verb& row) {
         return line.starts_with(row.word) &&
                (line.size() == row.word.size() || line[row.word.size()] == ' ');
     });
     if (verb == std::end(verbs)) {
-        refuse("no such step");
+        throw Diverted{"no such step: " + ShowBytes(line)};
     }
     Step step{verb->play, {}, 0, false, std::string(line)};
     std::string_view rest = line.substr(verb->word.size());
     const std::string word(Trimmed(rest));
+    bool isWhole = !word.empty();
     char* end = nullptr;
     switch (verb->operand) {
         case Operand::none:
-            if (!word.empty()) {
-                refuse("this step takes nothing behind it");
-            }
+            isWhole = word.empty();
             break;
         case Operand::seconds:
             step.seconds = std::strtod(word.c_str(), &end);
-            if (word.empty() || *end != '\0') {
-                refuse("a number is missing");
-            }
+            isWhole = isWhole && *end == '\0';
             break;
         case Operand::name:
             step.text = word;
-            if (word.empty()) {
-                refuse("a name is missing");
-            }
             break;
         default:
             rest.remove_prefix(rest.empty() ? 0 : 1);
             step.anyRest = verb->operand == Operand::pattern && rest.ends_with('*');
             rest.remove_suffix(step.anyRest);
-            if (!ResolveEscapes(rest, &step.text)) {
-                refuse("unknown escape");
-            }
+            isWhole = ResolveEscapes(rest, &step.text);
+    }
+    if (!isWhole) {
+        throw Diverted{"what stands behind the step is wrong: " + ShowBytes(line)};
     }
     return step;
 }
