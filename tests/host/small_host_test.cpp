@@ -1,5 +1,7 @@
 // The small host of the guide, as a newcomer runs it.
 
+#include <tuple>
+
 #include "app/program_test.h"
 
 namespace {
@@ -46,21 +48,13 @@ TEST_F(SmallHostTest, ListsADirectoryAndDownloadsItsFile) {
 }
 
 TEST_F(SmallHostTest, SaysWhatFailed) {
-    struct Row {
-        std::string password;
-        std::string directory;
-        std::string file;
-        std::string words;
-    };
-    const Row table[] = {
-        {"wrong", "pub", "data.bin", "cannot connect: 530 "},
-        {"secret", "none", "data.bin", "no such directory: none\n"},
-        {"secret", "pub", "none", "550 "},
-    };
-    for (const Row& row : table) {
-        const RunResult result = SmallHost(row.password, row.directory, row.file);
+    for (const auto& [password, directory, file, words] :
+         {std::tuple("wrong", "pub", "data.bin", "cannot connect: 530 "),
+          {"secret", "none", "data.bin", "no such directory: none\n"},
+          {"secret", "pub", "none", "550 "}}) {
+        const RunResult result = SmallHost(password, directory, file);
         EXPECT_EQ(result.status, exitFailed);
-        EXPECT_THAT(result.errors, HasSubstr("small_host: " + row.words));
+        EXPECT_THAT(result.errors, HasSubstr(std::string("small_host: ") + words));
         EXPECT_FALSE(std::filesystem::exists(home / "target"));
     }
     server->Stop();

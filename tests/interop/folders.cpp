@@ -1,10 +1,5 @@
 #include "interop/folders.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <cstdio>
 #include <cstring>
 #include <fstream>
 #include <vector>
@@ -31,22 +26,6 @@ void WriteSparse(const fs::path& path, std::uint64_t size) {
     }
     file.seekp(static_cast<std::streamoff>(size - 3));
     file.write("end", 3);
-}
-
-std::string ManyFilesName(int number) {
-    char name[40];
-    std::snprintf(name, sizeof(name), "entry-number-%06d.dat", number);
-    return name;
-}
-
-void MakeManyFiles(const fs::path& folder, int count) {
-    fs::create_directory(folder);
-    const int directory = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    for (int number = 1; number <= count; ++number) {
-        close(
-            openat(directory, ManyFilesName(number).c_str(), O_CREAT | O_WRONLY | O_CLOEXEC, 0644));
-    }
-    close(directory);
 }
 
 bool SameContent(const fs::path& left, const fs::path& right) {
@@ -76,13 +55,6 @@ std::map<std::string, std::string> TreeOf(const fs::path& folder) {
             entry.is_regular_file() ? ReadBytes(entry.path()) : "/";
     }
     return tree;
-}
-
-void SetFileTime(const fs::path& path, std::int64_t seconds) {
-    timespec times[2] = {};
-    times[0].tv_sec = static_cast<time_t>(seconds);
-    times[1].tv_sec = static_cast<time_t>(seconds);
-    utimensat(AT_FDCWD, path.c_str(), times, 0);
 }
 
 }  // namespace quennet::interop

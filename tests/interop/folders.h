@@ -24,17 +24,10 @@ constexpr auto ReadBytes = ReadWhole;
 /// MiB and one at the end.
 void WriteSparse(const std::filesystem::path& path, std::uint64_t size);
 
-/// Empty files "entry-number-000001.dat" and so on.
-void MakeManyFiles(const std::filesystem::path& folder, int count);
-std::string ManyFilesName(int number);
-
 /// Compares as streams: for files that don't fit memory.
 bool SameContent(const std::filesystem::path& left, const std::filesystem::path& right);
 
 /// All that is below a folder, by relative paths: the bytes of files, «/» for a folder.
 std::map<std::string, std::string> TreeOf(const std::filesystem::path& folder);
-
-/// Sets the time of the last change, in seconds since 1970, UTC.
-void SetFileTime(const std::filesystem::path& path, std::int64_t seconds);
 
 }  // namespace quennet::interop

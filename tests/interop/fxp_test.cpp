@@ -26,31 +26,49 @@ std::ostream& operator<<(std::ostream& stream, const Kinds& kinds) {
 }
 
 /// Two servers with a folder each, and a connection to both.
-class Pair {
-  public:
-    Pair(hostkit::Host& host, Transcript& transcript, const Kinds& kinds,
-         std::uint64_t bytesPerSecond)
-        : source(host, transcript.Options()), destination(host, transcript.Options()) {
-        Server::Options options;
-        options.foreignAddresses = true;
-        options.bytesPerSecond = bytesPerSecond;
+class InteropFxp : public testing::TestWithParam<Kinds> {
+  protected:
+    InteropFxp() {
+        host.LoadModule(QUENNET_MODULE);
         fs::permissions(taken.Path(), fs::perms::all);
         fs::create_directory(served / "sub");
         fs::create_directory(taken / "sub");
         WriteBytes(served / "small", MixedBytes(1000));
-        sender.emplace(kinds.from, served.Path(), options);
-        taker.emplace(kinds.to, taken.Path(), options);
     }
 
-    void Connect() {
-        for (auto [connection, server] :
-             {std::pair(&source, &*sender), std::pair(&destination, &*taker)}) {
-            hostkit::ConnectRequest request;
-            request.host = "127.0.0.1:" + std::to_string(server->Port());
-            request.user = server->GetAccount().user;
-            request.password = server->GetAccount().password;
-            const hostkit::ConnectResult result = connection->Connect(request);
-            ASSERT_TRUE(result.Connected()) << result.text;
+    void Connect(Connection& connection, const Server& server) {
+        hostkit::ConnectRequest request;
+        request.host = "127.0.0.1:" + std::to_string(server.Port());
+        request.user = server.GetAccount().user;
+        request.password = server.GetAccount().password;
+        const hostkit::ConnectResult result = connection.Connect(request);
+        ASSERT_TRUE(result.Connected()) << result.text;
+    }
+
+    /// Runs the conversation with two servers; skips the test when one of them can't be had.
+    void Converse(std::uint64_t bytesPerSecond, const std::function<void()>& conversation) {
+        Server::Options options;
+        options.foreignAddresses = true;
+        options.bytesPerSecond = bytesPerSecond;
+        const Server sender(GetParam().from, served.Path(), options);
+        const Server taker(GetParam().to, taken.Path(), options);
+        for (const Server* server : {&sender, &taker}) {
+            if (server->Unavailable() && !SkipsAreFailures()) {
+                GTEST_SKIP() << server->Failure();
+            }
+            ASSERT_TRUE(server->Running()) << server->Failure();
+        }
+        hostkit::RunJob(loop, [&] {
+            Connect(source, sender);
+            Connect(destination, taker);
+            if (!HasFatalFailure()) {
+                conversation();
+            }
+            source.Disconnect();
+            destination.Disconnect();
+        });
+        if (HasFailure()) {
+            std::cerr << "---- the connections' log\n" << transcript.Text();
         }
     }
 
@@ -80,42 +98,11 @@ class Pair {
 
     TestFolder served;
     TestFolder taken;
-    std::optional<Server> sender;
-    std::optional<Server> taker;
-    Connection source;
-    Connection destination;
-};
-
-class InteropFxp : public testing::TestWithParam<Kinds> {
-  protected:
-    InteropFxp() : host(loop, hostkit::HostOptions()) { host.LoadModule(QUENNET_MODULE); }
-
-    /// Runs the conversation with two servers; skips the test when one of them can't be had.
-    void Converse(const Kinds& kinds, std::uint64_t bytesPerSecond,
-                  const std::function<void(Pair& pair)>& conversation) {
-        Pair pair(host, transcript, kinds, bytesPerSecond);
-        for (const Server* server : {&*pair.sender, &*pair.taker}) {
-            if (!server->Running() && server->Unavailable() && !SkipsAreFailures()) {
-                GTEST_SKIP() << server->Failure();
-            }
-            ASSERT_TRUE(server->Running()) << server->Failure();
-        }
-        hostkit::RunJob(loop, [&] {
-            pair.Connect();
-            if (!HasFatalFailure()) {
-                conversation(pair);
-            }
-            pair.source.Disconnect();
-            pair.destination.Disconnect();
-        });
-        if (HasFailure()) {
-            std::cerr << "---- the connections' log\n" << transcript.Text();
-        }
-    }
-
     Transcript transcript;
     hostkit::MessageLoop loop;
-    hostkit::Host host;
+    hostkit::Host host{loop, hostkit::HostOptions()};
+    Connection source{host, transcript.Options()};
+    Connection destination{host, transcript.Options()};
 };
 
 std::vector<Kinds> AllKinds() {
@@ -139,43 +126,43 @@ std::string KindsName(const testing::TestParamInfo<Kinds>& info) {
 INSTANTIATE_TEST_SUITE_P(Servers, InteropFxp, testing::ValuesIn(AllKinds()), KindsName);
 
 TEST_P(InteropFxp, AFileArrivesAndARefusedOneDisturbsNothing) {
-    Converse(GetParam(), 0, [&](Pair& pair) {
-        WriteSparse(pair.served / "big", big);
-        pair.ExpectCopies("big", "copy");
+    Converse(0, [&] {
+        WriteSparse(served / "big", big);
+        ExpectCopies("big", "copy");
         const Clock::time_point start = Clock::now();
-        const ServerCopyResult refused = pair.Copy("no such file", "other");
+        const ServerCopyResult refused = Copy("no such file", "other");
         EXPECT_FALSE(refused.Done());
         EXPECT_EQ(refused.sourceText.substr(0, 3), "550") << refused.sourceText;
         EXPECT_LT(Clock::now() - start, std::chrono::seconds(5));
-        pair.ExpectInStep();
+        ExpectInStep();
     });
 }
 
 TEST_P(InteropFxp, AnAbortOfBothEndsItAndLeavesThemInStep) {
-    Converse(GetParam(), 5'000'000, [&](Pair& pair) {
-        WriteSparse(pair.served / "big", big);
+    Converse(5'000'000, [&] {
+        WriteSparse(served / "big", big);
         std::atomic<bool> ended = false;
         std::optional<RepeatedAbort> ofSource;
         std::optional<RepeatedAbort> ofDestination;
         Clock::time_point start;
         std::thread person([&] {
             std::error_code missing;
-            while (!ended && (!fs::exists(pair.taken / "copy") ||
-                              fs::file_size(pair.taken / "copy", missing) < 1'000'000)) {
+            while (!ended && (!fs::exists(taken / "copy") ||
+                              fs::file_size(taken / "copy", missing) < 1'000'000)) {
                 std::this_thread::sleep_for(std::chrono::milliseconds(5));
             }
             start = Clock::now();
-            ofSource.emplace(pair.source);
-            ofDestination.emplace(pair.destination);
+            ofSource.emplace(source);
+            ofDestination.emplace(destination);
         });
-        const ServerCopyResult result = pair.Copy("big", "copy");
+        const ServerCopyResult result = Copy("big", "copy");
         ended = true;
         person.join();
         EXPECT_LT(Clock::now() - start, std::chrono::seconds(5));
         EXPECT_FALSE(result.Done());
         ofSource.reset();
         ofDestination.reset();
-        pair.ExpectInStep();
+        ExpectInStep();
     });
 }
 
@@ -186,12 +173,12 @@ INSTANTIATE_TEST_SUITE_P(Servers, InteropSlowFxp,
                          KindsName);
 
 TEST_P(InteropSlowFxp, LastsLongerThanAnyOtherWait) {
-    Converse(GetParam(), 100'000, [&](Pair& pair) {
-        WriteSparse(pair.served / "big", 3'500'000);
+    Converse(100'000, [&] {
+        WriteSparse(served / "big", 3'500'000);
         const Clock::time_point start = Clock::now();
-        pair.ExpectCopies("big", "copy");
+        ExpectCopies("big", "copy");
         EXPECT_GT(Clock::now() - start, std::chrono::seconds(31));
-        pair.ExpectInStep();
+        ExpectInStep();
     });
 }
 

@@ -157,8 +157,7 @@ std::map<std::string, Listed> ByName(const hostkit::ListResult& result) {
     std::map<std::string, Listed> entries;
     for (const hostkit::ListingEntry& entry : result.entries) {
         if (entry.name != "..") {
-            entries[std::string(entry.name)] = {entry.size, entry.date, entry.time,
-                                                entry.IsDirectory()};
+            entries[std::string(entry.name)] = {entry.size, entry.IsDirectory()};
         }
     }
     return entries;

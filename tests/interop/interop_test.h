@@ -56,8 +56,6 @@ class Transcript {
 /// A file that the server lists.
 struct Listed {
     std::uint64_t size;
-    unsigned date;
-    unsigned time;
     bool directory;
 };
 

@@ -45,7 +45,10 @@ TEST_P(InteropListing, NamesSizesAndKindsAreThoseOfTheFolder) {
 
 TEST_P(InteropListing, AHundredThousandEntriesAllArrive) {
     constexpr int count = 100000;
-    MakeManyFiles(served / "many", count);
+    fs::create_directory(served / "many");
+    for (int number = 0; number < count; ++number) {
+        WriteBytes(served / "many" / std::to_string(number), "");
+    }
     Converse([&](Connection& connection) {
         const hostkit::DirectoryResult changed = connection.ChangeDirectory("many");
         ASSERT_TRUE(changed.Done()) << changed.text;
@@ -53,8 +56,8 @@ TEST_P(InteropListing, AHundredThousandEntriesAllArrive) {
         ASSERT_TRUE(result.done) << result.text;
         const auto listed = ByName(result);
         EXPECT_EQ(listed.size(), static_cast<std::size_t>(count));
-        for (int number = 1; number <= count; ++number) {
-            ASSERT_TRUE(listed.contains(ManyFilesName(number))) << number;
+        for (int number = 0; number < count; ++number) {
+            ASSERT_TRUE(listed.contains(std::to_string(number))) << number;
         }
     });
 }

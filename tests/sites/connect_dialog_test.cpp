@@ -107,7 +107,6 @@ const std::string secondThree =
     "M2=three\nH2=127.0.0.1:1\nU2=bob\nO2=8\nG2=gate3\nN2=guard3\nP2=7697B8D9\nT2=2\n";
 
 const BookCase bookCases[] = {
-    {"NothingChanged", threeSites, "one", [](const OpenDialog&) {}, threeSites},
     {"TheSecondOfThreeDeleted", threeSites, "two",
      [](const OpenDialog& dialog) {
          Click(dialog, deleteButton);
@@ -177,14 +176,6 @@ const BookCase bookCases[] = {
          dialog.SetField(hostField, nobody);
      },
      ""},
-    {"AllDeletedAndOneNamed", one, "one",
-     [](const OpenDialog& dialog) {
-         Click(dialog, deleteButton);
-         dialog.SetField(nameField, "again");
-         dialog.SetField(hostField, nobody);
-         dialog.SetChecked(saveBox, false);
-     },
-     "M1=again\nH1=127.0.0.1:1\nO1=8\nG1=gate\nN1=guard\nP1=123456D9\nT1=5\n"},
     {"OddValuesComeBack",
      "M1=  \"a\\\"b;=[x]\\\\ \"\nH1=127.0.0.1:1\nU1=\"\" \nD1=\" /x \"\nO1=10x\n", "",
      [](const OpenDialog& dialog) { dialog.SetField(hostField, nobody); },
