@@ -12,18 +12,7 @@ namespace {
 class TimeoutTest : public SessionTest {};
 
 TEST_F(TimeoutTest, ASocketThatNobodyReadsIsGivenUpAfterTenTests) {
-    // Nobody accepts the connection, so nobody reads from it.
-    const SOCKET listener = socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in address = {};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = inet_addr("127.0.0.1");
-    int size = sizeof address;
-    ASSERT_EQ(bind(listener, reinterpret_cast<sockaddr*>(&address), size), 0);
-    ASSERT_EQ(getsockname(listener, reinterpret_cast<sockaddr*>(&address), &size), 0);
-    ASSERT_EQ(listen(listener, 1), 0);
-    session->controlSocket = socket(AF_INET, SOCK_STREAM, 0);
-    ASSERT_TRUE(ConnectSocket(session, session->controlSocket, address, "127.0.0.1"));
-
+    Open("pause 60\nreset\n");
     const std::string block(64 * 1024, 'x');
     u_long nonBlocking = 1;
     ioctlsocket(session->controlSocket, static_cast<long>(FIONBIO), &nonBlocking);
@@ -46,7 +35,6 @@ TEST_F(TimeoutTest, ASocketThatNobodyReadsIsGivenUpAfterTenTests) {
     nonBlocking = 0;
     ioctlsocket(session->controlSocket, static_cast<long>(FIONBIO), &nonBlocking);
     EXPECT_EQ(SendLine(session, "NOOP"), -1) << "nor does a command wait for ever";
-    closesocket(listener);
 }
 
 }  // namespace

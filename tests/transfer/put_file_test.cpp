@@ -123,10 +123,9 @@ TEST_F(PutFileTest, ANameThatHoldsALineEndSendsNothing) {
 TEST_F(PutFileTest, APortThatIsNamedTwiceTakesTwoFiles) {
     folder.Write("local", "line\r\n");
     Wire data;
-    const std::string port =
-        std::to_string(data.port() / 256) + "," + std::to_string(data.port() % 256);
-    const std::string one =
-        "-> PASV\n<- 227 (127,0,0,1," + port + ")\n-> STOR f\n<- 150 go\n<- 226 done\n";
+    const std::string one = "-> PASV\n<- 227 (" +
+                            loopback::HostPortText(INADDR_LOOPBACK, data.port()) +
+                            ")\n-> STOR f\n<- 150 go\n<- 226 done\n";
     LogIn(binary + one + one);
     data.Start("-> line\nexpect close\naccept\n-> line\nexpect close\n");
     EXPECT_EQ(Put(), 0);

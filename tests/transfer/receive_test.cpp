@@ -85,8 +85,8 @@ TEST_F(ReceiveTest, WhatDoesNotStartLeavesTheLocalFileAlone) {
 TEST_F(ReceiveTest, ThePassiveConnectionGoesToTheControlPeerWhateverAddressIsNamed) {
     // The scripted server names itself; its six numbers are rewritten to another host.
     Wire data;
-    LogIn("-> PASV\n<- 227 (10,1,2,3," + std::to_string(data.port() / 256) + "," +
-          std::to_string(data.port() % 256) + ")\n-> LIST\n<- 150 here\n<- 226 done\n");
+    LogIn("-> PASV\n<- 227 (" + loopback::HostPortText(0x0A010203, data.port()) +
+          ")\n-> LIST\n<- 150 here\n<- 226 done\n");
     data.Start("<< hello\nclose\n");
     EXPECT_EQ(List(), 2);
     EXPECT_EQ(BufferText(), "hello");
@@ -94,9 +94,8 @@ TEST_F(ReceiveTest, ThePassiveConnectionGoesToTheControlPeerWhateverAddressIsNam
 }
 
 TEST_F(ReceiveTest, ARefusedPassiveConnectionIsToldWithItsPort) {
-    const int port = ClosedPort();
-    LogIn("-> PASV\n<- 227 (127,0,0,1," + std::to_string(port / 256) + "," +
-          std::to_string(port % 256) + ")\n");
+    const u16 port = ClosedPort();
+    LogIn("-> PASV\n<- 227 (" + loopback::HostPortText(INADDR_LOOPBACK, port) + ")\n");
     EXPECT_EQ(List(), 0);
     const std::string text =
         "Can't connect to 127.0.0.1 ftp service port " + std::to_string(port) + ".";
