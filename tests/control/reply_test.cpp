@@ -67,7 +67,7 @@ INSTANTIATE_TEST_SUITE_P(Replies, ReplyTableTest, testing::ValuesIn(replyCases),
 
 TEST_F(ReplyTest, ALineOf100000BytesIsCutAndTheReplyEndsWithItsLastPiece) {
     const std::string line = "220-" + std::string(100'000, 'x');
-    Open({"<- " + line, "<- 220 end"});
+    Open("<- " + line + "\n<- 220 end");
     EXPECT_EQ(ReadReply(session), 2);
     EXPECT_STREQ(session->replyBuffer, "220 end");
     const std::vector<std::string> lines = Lines();
@@ -102,7 +102,7 @@ TEST_F(ReplyTest, AnExosLineEndsWithACarriageReturnInsideThePeekOnly) {
     // CR at 60: the first read takes 62 bytes, the line goes on to its LF. CR at 90 lies outside.
     const std::string inside = "220 " + std::string(56, 'a') + "\\r" + std::string(40, 'b');
     const std::string outside = "221 " + std::string(86, 'c') + "\\r" + std::string(29, 'd');
-    Open({"<- " + inside, "<- " + outside, "<- 222 next"});
+    Open("<- " + inside + "\n<- " + outside + "\n<- 222 next");
     EXPECT_EQ(ReadReply(session), 2);
     EXPECT_EQ(std::strlen(session->replyBuffer), 101u);
     EXPECT_EQ(ReadReply(session), 2);

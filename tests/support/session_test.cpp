@@ -134,11 +134,7 @@ void SessionTest::MakeSession() {
 }
 
 void SessionTest::Open(std::string_view script) {
-    Open(LinesOf(script));
-}
-
-void SessionTest::Open(const std::vector<std::string>& steps) {
-    wire.Start(steps);
+    wire.Start(script);
     char host[] = "127.0.0.1";
     session->controlSocket = OpenControlSocket(session, host);
     ASSERT_NE(session->controlSocket, noSocket);
@@ -172,19 +168,4 @@ void SessionTest::AbortAfter(std::chrono::milliseconds delay) {
 u16 ClosedPort() {
     const Wire closed;
     return closed.port();
-}
-
-std::vector<std::string> LinesOf(std::string_view text) {
-    std::vector<std::string> lines;
-    std::size_t begin = 0;
-    while (begin <= text.size()) {
-        const std::size_t end = std::min(text.find('\n', begin), text.size());
-        std::string_view line = text.substr(begin, end - begin);
-        line.remove_prefix(std::min(line.find_first_not_of(' '), line.size()));
-        if (!line.empty()) {
-            lines.emplace_back(line);
-        }
-        begin = end + 1;
-    }
-    return lines;
 }

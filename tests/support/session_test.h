@@ -80,7 +80,6 @@ class SessionTest : public ::testing::Test {
 
     /// Starts the script and opens the control connection without reading from it.
     void Open(std::string_view script);
-    void Open(const std::vector<std::string>& steps);
 
     /// The same for a server whose login is not the point: the script begins behind it.
     void LogIn(const std::string& script);
@@ -128,7 +127,3 @@ inline const std::string inStep = "-> NOOP\n<- 200 mine\n";
 
 /// A port of 127.0.0.1 on which nobody listens.
 quennet::u16 ClosedPort();
-
-/// The lines of a text, without blanks in front, empty ones left out: so that a test can write down
-/// what a console shows.
-std::vector<std::string> LinesOf(std::string_view text);

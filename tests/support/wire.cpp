@@ -25,19 +25,6 @@ Wire::~Wire() {
     }
 }
 
-void Wire::Start(const std::vector<std::string>& lines) {
-    try {
-        for (const std::string& line : lines) {
-            steps_.push_back(ParseStep(line));
-        }
-    } catch (const Diverted& diverted) {
-        End("The script cannot be played: " + diverted.reason);
-        CloseAll();
-        return;
-    }
-    thread_ = std::thread([this] { Run(); });
-}
-
 bool Wire::AwaitMark(std::string_view name) {
     std::unique_lock guard(lock_);
     changed_.wait_for(guard, limit_, [&] { return ended_ || marks_.contains(name); });

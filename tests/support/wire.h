@@ -79,10 +79,6 @@ class Wire {
     /// above is a failure, before anything is played.
     void Start(std::string_view script);
 
-    /// The same with one step in each string, for generated input of any length: a step may hold
-    /// any byte.
-    void Start(const std::vector<std::string>& lines);
-
     /// Waits until the script has reached "mark NAME". False when it ended before, or after the
     /// time limit.
     bool AwaitMark(std::string_view name);

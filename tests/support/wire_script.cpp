@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <sstream>
 
 #include "support/wire.h"
 
@@ -75,18 +76,20 @@ bool ResolveEscapes(std::string_view text, std::string* result) {
 }  // namespace
 
 void Wire::Start(std::string_view script) {
-    std::vector<std::string> lines;
-    while (!script.empty()) {
-        std::size_t end = std::min(script.find('\n'), script.size() - 1) + 1;
-        std::string_view line = script.substr(0, end);
-        line.remove_suffix(line.ends_with('\n'));
-        line.remove_prefix(std::min(line.find_first_not_of(" \t"), line.size()));
-        if (!line.empty() && line[0] != '#') {
-            lines.emplace_back(line);
+    std::istringstream lines{std::string(script)};
+    try {
+        for (std::string line; std::getline(lines, line);) {
+            line.erase(0, line.find_first_not_of(" \t"));
+            if (!line.empty() && line[0] != '#') {
+                steps_.push_back(ParseStep(line));
+            }
         }
-        script.remove_prefix(end);
+    } catch (const Diverted& diverted) {
+        End("The script cannot be played: " + diverted.reason);
+        CloseAll();
+        return;
     }
-    Start(lines);
+    thread_ = std::thread([this] { Run(); });
 }
 
 Wire::Step Wire::ParseStep(std::string_view line) {
