@@ -112,6 +112,44 @@ TEST_P(InteropAbort, EndsADownloadFromAServerThatHasFallenSilent) {
     });
 }
 
+TEST_P(InteropAbort, OfOneConnectionDoesNotDisturbTheOther) {
+    std::atomic<int> running = 0;
+    auto waitForBoth = [&] {
+        ++running;
+        for (const auto end = Clock::now() + abortTime; running < 2 && Clock::now() < end;) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+    };
+    fs::copy_file(served / "big", served / "other");
+    Converse([&](Connection& first) {
+        Connection second(host, transcript.Options());
+        ASSERT_TRUE(second.Connect(Request()).Connected());
+
+        for (const bool firstIsAborted : {true, false}) {
+            running = 0;
+            Connection& aborted = firstIsAborted ? first : second;
+            Connection& other = firstIsAborted ? second : first;
+            std::thread otherThread([&] {
+                auto operation = After(1, waitForBoth);
+                EXPECT_TRUE(Download(other, "other", operation).Done());
+            });
+            std::optional<RepeatedAbort> abort;
+            auto operation = After(1 << 20, [&] {
+                waitForBoth();
+                Abort(aborted, abort);
+            });
+            EXPECT_EQ(Download(aborted, "big", operation).outcome, TransferOutcome::failed);
+            abort.reset();
+            otherThread.join();
+            EXPECT_TRUE(SameContent(local / "other", served / "other"));
+            ExpectInStep(aborted);
+            ExpectInStep(other);
+            fs::remove(local / "big");
+            fs::remove(local / "other");
+        }
+    });
+}
+
 TEST_P(InteropAbort, AServerThatDiesInADownloadEndsItAndIsFoundAgainWhenItIsBack) {
     Converse([&](Connection& connection) {
         auto operation = After(big / 10, [&] { server->Stop(); });
