@@ -9,19 +9,20 @@
 # 2 usage. Tests whose servers or tools are missing are skipped, so those are named only.
 set -u
 
-# package : what serves as well when it came from elsewhere (a command, or a path)
+# package : what serves as well when it came from elsewhere (a command, a path that begins with a
+# slash, or - for nothing else)
 needed=(g++:g++ cmake:cmake ninja-build:ninja googletest:/usr/src/googletest/CMakeLists.txt)
 # Without ncurses there are no dialogs in the terminal, without the MIME database no types of files.
 useful=(libncurses-dev:/usr/include/ncurses.h shared-mime-info:/usr/share/mime/globs2)
 case "${1:-}" in
     demo) ;;
-    test) useful+=(tmux iproute2 python3 python3-pyftpdlib) ;;
-    bench) useful+=(libbenchmark-dev curl lftp) ;;
+    test) useful+=(tmux:tmux iproute2:ip python3:/usr/bin/python3 python3-pyftpdlib:-) ;;
+    bench) useful+=(libbenchmark-dev:/usr/include/benchmark/benchmark.h curl:curl lftp:lftp) ;;
     fuzz) needed+=(clang:clang++ libclang-rt-14-dev:-) ;;
     ci)
         needed+=(g++-multilib:- g++-mingw-w64-i686-posix:i686-w64-mingw32-g++-posix
             clang:clang++ libclang-rt-14-dev:- clang-format-14:clang-format-14 git:git)
-        useful+=(tmux iproute2 python3 python3-pyftpdlib libbenchmark-dev curl lftp)
+        useful+=(tmux:tmux iproute2:ip python3:/usr/bin/python3 python3-pyftpdlib:- libbenchmark-dev:/usr/include/benchmark/benchmark.h curl:curl lftp:lftp)
         ;;
     *)
         echo "usage: $0 demo|test|bench|fuzz|ci" >&2
@@ -34,7 +35,11 @@ is_installed() {
 }
 
 is_there() {
-    is_installed "${1%%:*}" || [ -e "${1#*:}" ] || command -v -- "${1#*:}" >/dev/null
+    is_installed "${1%%:*}" && return 0
+    case "${1#*:}" in
+        /*) [ -e "${1#*:}" ] ;;
+        *) type -P -- "${1#*:}" >/dev/null ;;
+    esac
 }
 
 missing() {
