@@ -81,5 +81,5 @@ fi
 if [ ${#wanted[@]} -eq 0 ]; then
     exit 0
 fi
-echo "Missing: as root, apt-get install --no-install-recommends ${wanted[*]}" >&2
+echo "Missing: as root, apt-get update && apt-get install --no-install-recommends ${wanted[*]}" >&2
 [ -z "$(missing "${needed[@]}")" ]
