@@ -64,7 +64,8 @@ i32 SetHostText(const HostMessage& message) {
     auto* session = PointerFromWord<Session>(message.arg1);
     const SessionUse use(session);
     if (session != nullptr) {
-        StoreText(session->hostText, pathSize, PointerFromWord<const char>(message.arg2));
+        session->hostText[0] = 0;
+        CoreCopyText(session->hostText, PointerFromWord<const char>(message.arg2), pathSize);
     }
     return noResult;
 }

@@ -98,11 +98,11 @@ TEST_F(LifecycleTest, AHandleThatIsNotLiveIsLeftAlone) {
     EXPECT_STREQ(buffer, "as it was");
 }
 
-TEST_F(LifecycleTest, TheHostsTextStaysWithItsSessionAndIsNeverCut) {
+TEST_F(LifecycleTest, TheHostsTextStaysWithItsSessionAndIsCutToItsField) {
     LogIn(wire, quit);
     const std::string longest(pathSize - 1, 'x');
     char buffer[pathSize] = "";
-    Host().Send(MessageNumber::setHostText, SessionOfHandle(), longest.c_str());
+    Host().Send(MessageNumber::setHostText, SessionOfHandle(), "before");
     Host().Send(MessageNumber::setHostText, SessionOfHandle(), (longest + "y").c_str());
     Host().Send(MessageNumber::getHostText, SessionOfHandle(), buffer);
     EXPECT_EQ(buffer, longest);
