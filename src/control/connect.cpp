@@ -1,5 +1,8 @@
 #include "control/connect.h"
 
+#include <cstdio>
+#include <cstring>
+
 #include "control/command.h"
 #include "control/exchange.h"
 #include "control/login.h"
@@ -28,10 +31,30 @@ i8 SignedPanelId(const Session* session) {
     return static_cast<i8>(session->handle->panelId);
 }
 
-/// Posts the text of a failed connection; the block becomes the host's.
+/// A login that ended by time-out, abort or close has left no text of its own.
+void CompleteFailureText(Session* session) {
+    if (session->replyBuffer[0] != 0) {
+        return;
+    }
+    const SiteRecord& site = session->site;
+    const bool throughFirewall = (site.siteOptions & SiteOptionFirewall) != 0;
+    char host[sizeof site.host];
+    std::memcpy(host, throughFirewall ? site.firewallHost : site.host, sizeof host);
+    ParsePort(host);
+    std::snprintf(session->replyBuffer, replyBufferSize, "Connection to %s failed.", host);
+}
+
+void NotifyReconnectFailed(const Session* session) {
+    Notify(Notification::reconnectFailed, SignedPanelId(session));
+}
+
+/// Posts the text of a failed connection; the block becomes the host's. Without memory for it the
+/// host hears what needs none, and does not wait for ever.
 void NotifyConnectFailed(Session* session) {
+    CompleteFailureText(session);
     void* block = CoreAlloc(1 + replyBufferSize);
     if (block == nullptr) {
+        NotifyReconnectFailed(session);
         return;
     }
     auto* text = static_cast<char*>(block);
@@ -108,7 +131,7 @@ void ConnectWithRetries(Session* session) {
 void NotifyConnected(Session* session) {
     ShellPanelConnected(session->handle->panelId, &session->site);
     Notify(Notification::connectionStands, 0);
-    const i32 panelAndCookie = SignedPanelId(session) | (session->hostCookie << 8);
+    const i32 panelAndCookie = session->handle->panelId | (session->hostCookie << 8);
     Notify(Notification::connected, panelAndCookie);
 }
 
@@ -133,7 +156,7 @@ bool Reconnect(Session* session) {
     } else {
         session->backgroundJobs.Store(0);
         ShellReportError(hostTables.mainWindow, reconnectFailedText);
-        Notify(Notification::reconnectFailed, SignedPanelId(session));
+        NotifyReconnectFailed(session);
     }
     session->reconnecting.Subtract(1);
     return isBack && session->controlSocket != noSocket;

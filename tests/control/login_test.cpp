@@ -6,6 +6,8 @@
 #include "control/reconnect.h"
 #include "control/server_family.h"
 #include "control/sockets.h"
+#include "host/message.h"
+#include "host/services.h"
 #include "support/session_test.h"
 
 using namespace quennet;
@@ -200,8 +202,10 @@ TEST_F(LoginTest, TheSystemsFamilyIsTheFirstTextFound) {
 
 class ConnectTest : public SessionTest {
   protected:
-    void Run(const std::string& script) {
-        wire.Start(script);
+    void Run(const std::string& script) { Run(wire, script); }
+
+    void Run(Wire& server, const std::string& script) {
+        server.Start(script);
         session->backgroundJobs.Store(1);
         session->users.Add(1);
         KeepExchange(session);
@@ -234,6 +238,63 @@ TEST_F(ConnectTest, TheHostHearsOfAConnectionInTheServersDirectory) {
     EXPECT_EQ(session->serverType.Load(), 16u);
     EXPECT_THAT(notices.Await(2), ElementsAre("panel connected", "connected 4660"));
     wire.Finish();
+}
+
+/// Message 1074 as it arrives, the block of a failed connection as its text.
+std::string NextNotification(HWND window) {
+    MSG message = {};
+    if (!PeekMessageA(&message, window, notifyMessage, notifyMessage, PM_REMOVE)) {
+        return "none";
+    }
+    std::string text = std::to_string(message.wParam) + ": " + std::to_string(message.lParam);
+    if (message.wParam == static_cast<WPARAM>(Notification::connectFailed)) {
+        auto* block = reinterpret_cast<unsigned char*>(message.lParam);
+        text = "2: " + std::to_string(*block) + " " + reinterpret_cast<char*>(block + 1);
+        CoreFreeRecord(block);
+    }
+    return text;
+}
+
+extern "C" void* NoMemory(HostWord) {
+    return nullptr;
+}
+
+TEST_F(ConnectTest, EveryEndOfALoginIsToldWithThePanel) {
+    HWND window =
+        CreateWindowExA(0, "STATIC", "", 0, 0, 0, 0, 0, nullptr, nullptr, nullptr, nullptr);
+    const HWND hosts = std::exchange(hostTables.mainWindow, window);
+    const CoreServices* real = hostTables.core;
+    CoreServices poor = *real;
+    poor.words[static_cast<u32>(CoreService::alloc)] = reinterpret_cast<HostWord>(NoMemory);
+    const u8 panelId = std::exchange(session->handle->panelId, u8{200});
+    session->hostCookie = 0x1234;
+    const struct {
+        std::string script;
+        const CoreServices* core;
+        std::vector<std::string> heard;
+    } cases[] = {
+        {"<- 220 a\nclose\n", real, {"2: 200 Connection to 127.0.0.1 failed."}},
+        {"<- 421 busy\n<- and more\n", real, {"2: 200 421 busy"}},
+        {"<- 421 busy\n", &poor, {"3: -56"}},
+        {"<- 220 a\n-> USER anna\n<- 230 in\n-> SYST\n<- 502 no\n-> PWD\n<- 502 no\n",
+         real,
+         {"6: 0", "5: " + std::to_string(0x1234C8)}},
+    };
+    for (const auto& row : cases) {
+        Wire server;
+        session->port = server.port();
+        session->stopRetrying.Store(0);
+        hostTables.core = row.core;
+        Run(server, row.script);
+        hostTables.core = real;
+        for (const std::string& heard : row.heard) {
+            EXPECT_EQ(NextNotification(window), heard);
+        }
+        EXPECT_EQ(NextNotification(window), "none");
+    }
+    session->handle->panelId = panelId;
+    hostTables.mainWindow = hosts;
+    DestroyWindow(window);
 }
 
 TEST_F(ConnectTest, ADirectoryThatDoesNotFitIsNotStored) {
