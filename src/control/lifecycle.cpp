@@ -72,8 +72,8 @@ void StartConnecting(Session* session) {
     }
 }
 
-/// Waits until the holder is empty, and serves the messages of this thread meanwhile: the window of
-/// the connection that ends may live here.
+/// Waits until the holder is empty, and serves the messages of this thread meanwhile: the find
+/// window of the connection that ends may live here.
 void WaitForEnd(HostWord* holder) {
     constexpr u32 pauseMilliseconds = 10;
     MessageWait wait;
@@ -107,7 +107,7 @@ void EndSession(Session* session) {
     CloseFindWindow(session);
     CloseSockets(session);
     ReleaseWinsock(session->wsaUseCount);
-    DestroyWatchdogWindow(session);
+    LetGoOfWatchdogWindow(session);
 }
 
 /// Empties the holder, inside the lock under which the others look at the handle that it holds: who

@@ -9,7 +9,15 @@ namespace {
 constexpr char className[] = "ftp";
 constexpr UINT_PTR timerId = 1;
 
-void TimeOut(HostWord* holder) {
+HostWord* HolderOf(HWND window) {
+    return reinterpret_cast<HostWord*>(GetWindowLongPtrA(window, GWLP_USERDATA));
+}
+
+/// Runs inside the lock, so that a connection that ends waits for it, or has taken its holder out
+/// of the window's word before.
+void TimeOut(HWND window) {
+    const ListLock lock;
+    HostWord* holder = HolderOf(window);
     FtpHandle* handle = holder != nullptr ? HandleInHolder(holder) : nullptr;
     if (handle == nullptr) {
         return;
@@ -28,7 +36,7 @@ LRESULT CALLBACK WatchdogProc(HWND window, UINT message, WPARAM wParam, LPARAM l
         SetWindowLongPtrA(window, GWLP_USERDATA,
                           reinterpret_cast<LONG_PTR>(creation->lpCreateParams));
     } else if (message == WM_TIMER) {
-        TimeOut(reinterpret_cast<HostWord*>(GetWindowLongPtrA(window, GWLP_USERDATA)));
+        TimeOut(window);
     }
     return DefWindowProcA(window, message, wParam, lParam);
 }
@@ -60,18 +68,17 @@ WindowNumber CreateWatchdogWindow(HINSTANCE instance, WindowNumber parent, HostW
                                             WindowFromNumber(parent), nullptr, instance, holder));
 }
 
-void DestroyWatchdogWindow(Session* session) {
+void LetGoOfWatchdogWindow(Session* session) {
     if (session == nullptr || session->watchdogWindow == 0) {
         return;
     }
     DisarmWatchdog(session);
     HWND window = WindowFromNumber(session->watchdogWindow);
-    if (GetWindowThreadProcessId(window, nullptr) == GetCurrentThreadId()) {
-        DestroyWindow(window);
-    } else {
-        // Only its own thread can end a window: closing it there does, and this waits for it.
-        SendMessageA(window, WM_CLOSE, 0, 0);
+    {
+        const ListLock lock;
+        SetWindowLongPtrA(window, GWLP_USERDATA, 0);
     }
+    PostMessageA(window, WM_CLOSE, 0, 0);
     session->watchdogWindow = 0;
 }
 

@@ -14,9 +14,10 @@ namespace quennet {
 /// goes on without a time-out.
 WindowNumber CreateWatchdogWindow(HINSTANCE instance, WindowNumber parent, HostWord* holder);
 
-/// Stops the timer and ends the window, on whichever thread it lives. When this returns the timer
-/// does not fire any more.
-void DestroyWatchdogWindow(Session* session);
+/// Stops the timer, and lets the window go without waiting for its thread, which alone can end it
+/// and does so when it next serves messages. When this returns nothing of the window leads to the
+/// session, also from a timer message that is on its way.
+void LetGoOfWatchdogWindow(Session* session);
 
 /// Starts the session's time-out of `timeoutSeconds`, anew when it runs; none when that is 0.
 void ArmWatchdog(Session* session);

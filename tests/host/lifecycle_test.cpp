@@ -1,6 +1,10 @@
 // The messages of the module, and the life of a connection.
 
+#include <memory>
+
+#include "control/watchdog.h"
 #include "support/module_test.h"
+#include "support/wait.h"
 
 using namespace quennet;
 using testing::Contains;
@@ -129,6 +133,30 @@ TEST_F(LifecycleTest, TwoEndsAreOne) {
     Host().Send(MessageNumber::disconnect, &holder);
     Disconnect();
     EXPECT_THAT(notices.All(), ElementsAre("panel connected", "connected 7", "panel closed"));
+    wire.Finish();
+}
+
+TEST_F(LifecycleTest, AnEndNeedsNoMessageLoopAndLeavesNoTimerBehind) {
+    LogIn(wire, quit);
+    struct Block {
+        FtpHandle handle;
+        Session session;
+    };
+    const auto next = std::make_unique<Block>();
+    next->handle.session = WordFromPointer(&next->session);
+    Host().Loop().Invoke([&] {
+        HWND watchdog = WindowFromNumber(SessionOfHandle()->watchdogWindow);
+        PostMessageA(watchdog, WM_TIMER, 1, 0);
+        Host().Send(MessageNumber::disconnect, &holder);
+        EXPECT_TRUE(WaitUntil([&] { return HandleInHolder(&holder) == nullptr; }));
+        ExchangeHolder(&holder, &next->handle);
+        EXPECT_TRUE(IsWindow(watchdog));
+        // What is on its way comes now.
+        Host().Loop().WaitUntil([&] { return !IsWindow(watchdog); });
+        ExchangeHolder(&holder, nullptr);
+    });
+    EXPECT_FALSE(next->session.abortFlag.IsSet());
+    EXPECT_THAT(notices.All(), Contains("panel closed"));
     wire.Finish();
 }
 

@@ -101,7 +101,7 @@ SessionTest::~SessionTest() {
     session->controlSocket = CloseSocketGracefully(session, session->controlSocket, 2);
     session->dataSocket = CloseSocketGracefully(session, session->dataSocket, 2);
     session->listenSocket = CloseSocketGracefully(session, session->listenSocket, 2);
-    DestroyWatchdogWindow(session);
+    LetGoOfWatchdogWindow(session);
     ReleaseWinsock(&socketUses_);
     void* block = ExchangeHolder(&holder_, nullptr);
     CoreFree(&block);
