@@ -56,6 +56,39 @@ int RepairAndResend(Session* session, const char* line) {
     return isBack && SendLine(session, line) != -1 ? ReadReply(session) : -1;
 }
 
+/// Sends a line on the connection that stands, and reads its reply: -1 when that one is lost.
+int Converse(Session* session, const char* line) {
+    if (session->controlSocket == noSocket || line[0] == 0) {
+        return -1;
+    }
+    if (!session->busy.IsSet() && !SettleOwedReplies(session)) {
+        return -1;
+    }
+    session->firstCode = 0;
+    return SendLine(session, line) != -1 ? ReadReply(session) : -1;
+}
+
+/// What becomes of a command that finds the connection lost.
+enum class Loss { isRepaired, isFinal };
+
+int SendText(Session* session, const char* line, Loss loss) {
+    const Exchange exchange(session);
+    if (exchange.IsRefused()) {
+        return -1;
+    }
+    session->firstCode = 0;
+    if (RefusesLine(session, line)) {
+        return -1;
+    }
+    const bool isPassword = StartsWith(line, "PASS ");
+    CoreConsolePrintText(session->console, isPassword ? "***" : line);
+    const int result = Converse(session, line);
+    const bool isClosing = result == 4 && session->firstCode == codeServiceClosing;
+    const bool decidesOnClosing = isPassword || StartsWith(line, "USER ");
+    const bool isLost = result == -1 || (isClosing && !decidesOnClosing);
+    return isLost && loss == Loss::isRepaired ? RepairAndResend(session, line) : result;
+}
+
 }  // namespace
 
 const char* ObjectionTo(const char* line) {
@@ -120,35 +153,11 @@ int SendLine(Session* session, const char* text) {
 }
 
 int SendCommandText(Session* session, const char* line) {
-    const Exchange exchange(session);
-    if (exchange.IsRefused()) {
-        return -1;
-    }
-    session->firstCode = 0;
-    if (RefusesLine(session, line)) {
-        return -1;
-    }
-    const bool isPassword = StartsWith(line, "PASS ");
-    CoreConsolePrintText(session->console, isPassword ? "***" : line);
-    if (session->controlSocket == noSocket || line[0] == 0) {
-        return RepairAndResend(session, line);
-    }
-    if (!session->busy.IsSet() && !SettleOwedReplies(session)) {
-        return RepairAndResend(session, line);
-    }
-    session->firstCode = 0;
-    if (SendLine(session, line) == -1) {
-        return RepairAndResend(session, line);
-    }
-    const int result = ReadReply(session);
-    const bool isClosing = result == 4 && session->firstCode == codeServiceClosing;
-    if (isClosing && (isPassword || StartsWith(line, "USER "))) {
-        return result;
-    }
-    if (isClosing || result == -1) {
-        return RepairAndResend(session, line);
-    }
-    return result;
+    return SendText(session, line, Loss::isRepaired);
+}
+
+int SendLoginLine(Session* session, const char* line) {
+    return SendText(session, line, Loss::isFinal);
 }
 
 int SendCommand(Session* session, const char* format, ...) {

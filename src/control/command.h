@@ -40,6 +40,9 @@ int SendCommand(Session* session, const char* format, ...) QUENNET_PRINTF(2, 3);
 /// and forces a new connection, with result 2.
 int SendCommandText(Session* session, const char* line);
 
+/// The same with a line of the login, which is never repaired: -1 also when the connection is lost.
+int SendLoginLine(Session* session, const char* line);
+
 /// Sends a command; when its reply is exactly 500, the alternative, which may be null. Returns the
 /// class of the last reply, 0 when no code was read.
 int SendCommandAlt(Session* session, const char* command, const char* alternative);

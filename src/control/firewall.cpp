@@ -69,7 +69,7 @@ int SendSchemeCommand(Session* session, const char* text) {
         length += fieldLength;
     }
     line[length] = 0;
-    return SendCommandText(session, line);
+    return SendLoginLine(session, line);
 }
 
 }  // namespace
@@ -94,7 +94,7 @@ int LoginThroughFirewall(Session* session) {
                 break;
             case 332:
             case 532:
-                result = site.firewallType == 0 ? SendCommand(session, "ACCT %s", site.user) : 0;
+                result = site.firewallType == 0 ? SendSchemeCommand(session, "ACCT $u") : 0;
                 break;
             case 230:
             case 202:

@@ -120,21 +120,27 @@ bool AskForPassword(SiteRecord* site) {
     return ShellAskPassword(hostTables.mainWindow, &question) != 0;
 }
 
+int SendLoginCommand(Session* session, const char* verb, const char* argument) {
+    char line[sizeof(SiteRecord::user) + 8];
+    std::snprintf(line, sizeof line, "%s %s", verb, argument);
+    return SendLoginLine(session, line);
+}
+
 /// The login without a firewall: the class that decides, or loginCancelled.
 int LoginDirectly(Session* session) {
     SiteRecord& site = session->site;
-    int result = SendCommand(session, "%s %s", "USER", site.user);
+    int result = SendLoginCommand(session, "USER", site.user);
     if (result != 3) {
         return result;
     }
     if (site.password[0] == 0 && !AskForPassword(&site)) {
         return loginCancelled;
     }
-    result = SendCommand(session, "%s %s", "PASS", site.password);
+    result = SendLoginCommand(session, "PASS", site.password);
     if (result != 3) {
         return result;
     }
-    return SendCommand(session, "%s %s", "ACCT", site.user);
+    return SendLoginCommand(session, "ACCT", site.user);
 }
 
 }  // namespace
