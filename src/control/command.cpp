@@ -58,7 +58,8 @@ int RepairAndResend(Session* session, const char* line) {
 
 /// Sends a line on the connection that stands, and reads its reply: -1 when that one is lost.
 int Converse(Session* session, const char* line) {
-    if (session->controlSocket == noSocket || line[0] == 0) {
+    if (session->controlSocket == noSocket || line[0] == 0 ||
+        PeerHasClosed(session->controlSocket)) {
         return -1;
     }
     if (!session->busy.IsSet() && !SettleOwedReplies(session)) {
