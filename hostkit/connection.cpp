@@ -1,5 +1,7 @@
 #include "hostkit/connection.h"
 
+#include <strings.h>
+
 #include <cerrno>
 #include <cstring>
 #include <utility>
@@ -25,7 +27,10 @@ constexpr auto longestSilence = std::chrono::seconds(100);
 
 }  // namespace
 
-/// An operation that works with the handle. The block behind it is not given back meanwhile.
+bool Connection::InAnyCase::operator()(const std::string& left, const std::string& right) const {
+    return strcasecmp(left.c_str(), right.c_str()) < 0;
+}
+
 Connection::Connection(Host& host, ConnectionOptions options)
     : host_(host),
       options_(std::move(options)),
@@ -68,6 +73,7 @@ template <typename Dialog>
 ConnectResult Connection::ConnectThrough(Dialog dialog) {
     Disconnect();
     BeginOperation();
+    listed_.clear();
     {
         const std::lock_guard lock(mutex_);
         state_ = State::connecting;
@@ -229,6 +235,7 @@ ListResult Connection::List(bool longForm) {
         return result;
     }
     BeginOperation();
+    ForgetTwin(use.Handle());
     result.done =
         ReadDirectoryThrough(host_, nullptr, use.Handle(), longForm ? 1 : 0, result.entries);
     if (!result.done) {
@@ -237,10 +244,25 @@ ListResult Connection::List(bool longForm) {
     return result;
 }
 
+/// By its name: without one the message means what was listed last, which after a change of
+/// directory is nothing.
 void Connection::InvalidateListing() {
+    const std::string directory = Directory();
     const Use use(*this);
     if (use.Handle() != nullptr) {
-        host_.Send(MessageNumber::invalidateCacheEntry, use.Handle(), nullptr);
+        host_.Send(MessageNumber::invalidateCacheEntry, use.Handle(), directory.c_str());
+    }
+}
+
+/// The module finds what it keeps without regard to case: the listing of another directory must not
+/// be taken for that of the session's own.
+void Connection::ForgetTwin(FtpHandle* handle) {
+    const std::string directory = Directory();
+    const auto [listed, isNew] = listed_.insert(directory);
+    if (!isNew && *listed != directory) {
+        host_.Send(MessageNumber::invalidateCacheEntry, handle, directory.c_str());
+        listed_.erase(listed);
+        listed_.insert(directory);
     }
 }
 

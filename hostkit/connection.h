@@ -13,6 +13,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <set>
 #include <string>
 
 #include "host/records.h"
@@ -230,12 +231,18 @@ class Connection final : private Panel {
     void RunDialog(HWND owner, const std::function<void(HWND dialog)>& take);
     bool WaitForChange();
     std::string LastWords() const;
+    void ForgetTwin(quennet::FtpHandle* handle);
+
+    struct InAnyCase {
+        bool operator()(const std::string& left, const std::string& right) const;
+    };
 
     Host& host_;
     const ConnectionOptions options_;
     HostWord holder_ = 0;  // the module writes it
     quennet::ConnectParams params_ = {};
     std::atomic<bool> abortPending_ = false;
+    std::set<std::string, InAnyCase> listed_;  // directories whose listings may be kept
 
     mutable std::mutex mutex_;  // of all that follows
     std::condition_variable unused_;

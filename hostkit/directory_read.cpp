@@ -4,6 +4,8 @@ namespace hostkit {
 
 namespace {
 
+using quennet::MessageNumber;
+
 struct Collector {
     Listing& entries;
     bool complete = true;
@@ -30,8 +32,12 @@ bool ReadDirectoryThrough(const Host& host, const char* directory, quennet::FtpH
                           u32 option, Listing& entries) {
     Collector collector{entries};
     const quennet::ListEntryCallback callback = TakeEntry;
-    const i32 result = host.Send(quennet::MessageNumber::listDirectory, directory, handle, callback,
-                                 &collector, option);
+    const i32 result =
+        host.Send(MessageNumber::listDirectory, directory, handle, callback, &collector, option);
+    if (directory != nullptr) {
+        // Kept without regard to case, it might be taken for the listing of another directory.
+        host.Send(MessageNumber::invalidateCacheEntry, handle, directory);
+    }
     return result == 0 && collector.complete;
 }
 

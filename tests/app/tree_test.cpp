@@ -80,6 +80,27 @@ TEST_F(TreeTest, ATreeGoesUpAndComesDownEqual) {
     IsUsage({"get", "-r", "-o", "-", Url("tree")});
 }
 
+TEST_F(TreeTest, DirectoriesThatDifferInCaseAloneKeepTheirOwnEntries) {
+    Serve();
+    for (const TempFolder* folder : {&served, &home}) {
+        for (const char* name : {"t/Photos/a", "t/photos/a", "t/photos/b"}) {
+            fs::create_directories((*folder / name).parent_path());
+            folder->Write(name, folder == &home ? "mine" : std::string("of ") + name);
+        }
+    }
+    Run({"get", "-r", "-o", "copy", Url("t")});
+    EXPECT_EQ(Contents(home / "copy"), Contents(served / "t"));
+    Fails({"put", "-r", "t", Url("")}, "--overwrite, --skip");
+    home.Write("t/photos/new", "");
+    Run({"put", "-r", "--skip", "t", Url("")});
+    EXPECT_EQ(served.Read("t/photos/b"), "of t/photos/b");
+    EXPECT_EQ(served.Read("t/photos/new"), "");
+    Run({"chmod", "-R", "700", Url("t")});
+    EXPECT_EQ(ModeOf("t/photos/b"), "700");
+    Run({"rm", "-r", Url("t")});
+    EXPECT_FALSE(fs::exists(served / "t"));
+}
+
 TEST_F(TreeTest, FilesThatExistAreAskedAboutOneByOneOrOnceForAll) {
     struct Case {
         std::vector<std::string> words;

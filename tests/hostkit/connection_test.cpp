@@ -73,6 +73,17 @@ TEST_F(ConnectionTest, AListingIsKeptUntilItIsInvalidatedAndCanBeSavedRaw) {
     });
 }
 
+TEST_F(ConnectionTest, ADirectoryThatDiffersInCaseAloneHasItsOwnListing) {
+    std::filesystem::create_directories(folder / "served/PUB");
+    Converse([&](Connection& connection) {
+        const std::size_t entries = connection.List().entries.Count();
+        ASSERT_TRUE(connection.ChangeDirectory("/PUB").Done());
+        EXPECT_NE(connection.List().entries.Count(), entries);
+        ASSERT_TRUE(connection.ChangeDirectory("/pub").Done());
+        EXPECT_EQ(connection.List().entries.Count(), entries);
+    });
+}
+
 TEST_F(ConnectionTest, AConnectionThatIsLostBehindItsLoginForGoodIsAFailedOne) {
     server->Add({.command = "PWD", .action = loopback::FaultAction::resetBefore});
     server->Add({.command = "USER", .occurrence = 2, .text = "421 too late"});
