@@ -1,10 +1,9 @@
 // Files that a connection moves.
 
-#include <sys/stat.h>
-
 #include <cstring>
 
 #include "hostkit/connection_use.h"
+#include "hostkit/local_path.h"
 
 namespace hostkit {
 
@@ -17,7 +16,7 @@ using quennet::TransferItem;
 /// What is known of an existing local file; fields of a missing one stay as they are.
 void DescribeLocalFile(const char* path, u64& size, u16& date, u16& time) {
     struct stat status;
-    if (stat(path, &status) == 0) {
+    if (LookAtPath(path, status) == 0) {
         size = static_cast<u64>(status.st_size);
         ToDosTime(status.st_mtime, date, time);
     }

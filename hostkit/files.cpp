@@ -15,6 +15,7 @@
 #include <utility>
 
 #include "host/shell_services.h"
+#include "hostkit/local_path.h"
 
 namespace hostkit {
 
@@ -127,7 +128,7 @@ int CheckFile(const std::string& path) {
     if (IsOutput(path)) {
         return ENOENT;
     }
-    return stat(path.c_str(), &status) == 0 ? 0 : errno;
+    return LookAtPath(path, status);
 }
 
 LocalFile::LocalFile(std::string path, int descriptor, bool seekable)
@@ -147,7 +148,7 @@ std::unique_ptr<LocalFile> LocalFile::Create(const std::string& path) {
     bool isOutput = false;
     int descriptor = DuplicateOutput(path, isOutput);
     if (!isOutput) {
-        descriptor = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+        descriptor = OpenPath(path, O_WRONLY | O_CREAT | O_TRUNC, 0666);
     }
     return Adopt(path, descriptor, isOutput);
 }
@@ -157,7 +158,7 @@ std::unique_ptr<LocalFile> LocalFile::Open(const std::string& path, u32 access) 
         NoteFailure(path, ENOENT);
         return nullptr;
     }
-    return Adopt(path, open(path.c_str(), OpenFlags(access) | O_CLOEXEC), false);
+    return Adopt(path, OpenPath(path, OpenFlags(access)), false);
 }
 
 std::unique_ptr<LocalFile> LocalFile::Adopt(const std::string& path, int descriptor,

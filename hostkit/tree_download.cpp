@@ -1,22 +1,21 @@
 // A server's directory becomes a local folder.
 
-#include <sys/stat.h>
+#include <optional>
+#include <system_error>
 
-#include <filesystem>
-
+#include "hostkit/local_path.h"
 #include "hostkit/remote_tree.h"
 
 namespace hostkit {
 
 namespace {
 
-namespace fs = std::filesystem;
-
 constexpr u64 smallestResume = 1024;  // a file of this size or less is fetched anew
 
 struct LocalState {
     bool exists = false;
     bool isFile = false;
+    bool isLink = false;
     u64 size = 0;
     u16 date = 0;
     u16 time = 0;
@@ -25,16 +24,22 @@ struct LocalState {
 LocalState StateOf(const std::string& path) {
     LocalState state;
     struct stat status;
-    if (lstat(path.c_str(), &status) != 0) {
+    if (LookAtPath(path, status) != 0) {
         return state;
     }
     state.exists = true;
-    if (stat(path.c_str(), &status) == 0) {
-        state.isFile = S_ISREG(status.st_mode);
-        state.size = static_cast<u64>(status.st_size);
-        ToDosTime(status.st_mtime, state.date, state.time);
-    }
+    state.isFile = S_ISREG(status.st_mode);
+    state.isLink = S_ISLNK(status.st_mode);
+    state.size = static_cast<u64>(status.st_size);
+    ToDosTime(status.st_mtime, state.date, state.time);
     return state;
+}
+
+/// Why nothing can be written to what stands under a path, empty when it can.
+std::string ObstacleIn(const LocalState& local) {
+    return local.isLink                    ? "a link, which is not followed"
+           : local.exists && !local.isFile ? "no regular file"
+                                           : "";
 }
 
 /// Whether a file is one that was downloaded whole before.
@@ -60,12 +65,7 @@ class TreeDownload {
         const auto tree = CollectTree(connection_, source, operation_);
         if (tree) {
             Count(*tree);
-            for (const RemoteDirectory& directory : *tree) {
-                if (MustEnd()) {
-                    break;
-                }
-                TakeDirectory(directory, FolderOf(directory, tree->front(), target));
-            }
+            TakeTree(*tree, target);
         }
         return cancelled_ ? TreeOutcome::cancelled : OutcomeOf(operation_);
     }
@@ -89,14 +89,50 @@ class TreeDownload {
 
     bool MustEnd() const { return cancelled_ || hostkit::MustEnd(operation_); }
 
-    void TakeDirectory(const RemoteDirectory& directory, const std::string& folder) {
-        std::error_code error;
-        fs::create_directory(folder, error);
-        if (error || !fs::is_directory(folder)) {
-            TellFailed(operation_, directory.name,
-                       folder + (error ? ": " + error.message() : " is no folder"));
+    /// The target may lead through links, what is below it may not.
+    void TakeTree(const RemoteTree& tree, const std::string& target) {
+        if (!MakeOrTell(tree.front(), target)) {
             return;
         }
+        const FolderBounds bounds(target);
+        if (bounds.Error() != 0) {
+            TellNoFolder(tree.front(), target, bounds.Error());
+            return;
+        }
+        std::string refused;
+        for (const RemoteDirectory& directory : tree) {
+            if (MustEnd()) {
+                return;
+            }
+            if (!refused.empty() && directory.name.starts_with(refused)) {
+                continue;  // told with the one that holds it
+            }
+            const std::string folder = FolderOf(directory, tree.front(), target);
+            if (&directory == &tree.front() || MakeOrTell(directory, folder)) {
+                TakeDirectory(directory, folder);
+            } else {
+                refused = JoinPath(directory.name, "");
+            }
+        }
+    }
+
+    bool MakeOrTell(const RemoteDirectory& directory, const std::string& folder) {
+        const int code = MakeFolder(folder);
+        if (code != 0) {
+            TellNoFolder(directory, folder, code);
+        }
+        return code == 0;
+    }
+
+    void TellNoFolder(const RemoteDirectory& directory, const std::string& folder, int code) {
+        const LocalState local = StateOf(folder);
+        TellFailed(operation_, directory.name,
+                   folder + (local.isLink   ? " is a link, which is not followed"
+                             : local.exists ? " is no folder"
+                                            : ": " + std::generic_category().message(code)));
+    }
+
+    void TakeDirectory(const RemoteDirectory& directory, const std::string& folder) {
         bool entered = false;
         for (const RemoteEntry& entry : directory.entries) {
             if (MustEnd()) {
@@ -129,8 +165,8 @@ class TreeDownload {
             });
         if (action == ExistingAction::cancel) {
             cancelled_ = true;
-        } else if (local.exists && !local.isFile) {
-            TellFailed(operation_, name, target + " is no regular file");
+        } else if (const std::string obstacle = ObstacleIn(local); !obstacle.empty()) {
+            TellFailed(operation_, name, target + " is " + obstacle);
         } else if (action == ExistingAction::skip) {
             TellLeftOut(operation_, name, target + " is there");
         } else if (action == ExistingAction::resume && IsComplete(local, entry)) {
@@ -151,8 +187,7 @@ class TreeDownload {
             return std::nullopt;
         }
         const bool canResume = local.size > smallestResume && local.size < SizeOf(entry);
-        return ExistingFile{local.isFile ? "" : "no regular file", path, local.size, SizeOf(entry),
-                            canResume};
+        return ExistingFile{ObstacleIn(local), path, local.size, SizeOf(entry), canResume};
     }
 
     void Fetch(const RemoteEntry& entry, const std::string& name, const std::string& target,

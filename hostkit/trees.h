@@ -57,8 +57,9 @@ enum class TreeOutcome {
 };
 
 /// Downloads the directory `source`, a name in the session's directory or a path, as the local
-/// folder `target`, which is made if it is not there; the folder that holds it must be there. Dates
-/// are those of the listing.
+/// folder `target`, which is made if it is not there; the folder that holds it must be there. Links
+/// lead to `target` at most: what would be written through one below it has failed. Dates are those
+/// of the listing.
 TreeOutcome DownloadTree(Connection& connection, const std::string& source,
                          const std::string& target, TreeOperation& operation);
 

@@ -212,6 +212,29 @@ TEST_F(TreeTest, LinksAreRemovedThemselvesAndLeadNowhere) {
     EXPECT_EQ(served.Read("kept/file"), "kept");
 }
 
+TEST_F(TreeTest, ADownloadFollowsNoLinkBelowItsTarget) {
+    Serve();
+    for (const char* name : {"t/sub/deep/a", "t/sub/b", "t/file", "t/last"}) {
+        Make(name, "theirs");
+    }
+    for (const char* folder : {"elsewhere/deep", "outside"}) {
+        fs::create_directories(home / folder);
+    }
+    home.Write("outside/file", "mine");
+    fs::create_symlink("elsewhere", home / "t");  // the user names this one
+    fs::create_symlink("../outside", home / "elsewhere/sub");
+    fs::create_symlink("../outside/file", home / "elsewhere/file");
+    for (const char* way : {"--overwrite", "--resume"}) {
+        Fails({"-q", "get", "-r", way, Url("t")});
+        EXPECT_EQ(result.errors,
+                  "t/file: t/file is a link, which is not followed\n"
+                  "t/sub: t/sub is a link, which is not followed\n"
+                  "quennet: t: 2 entries failed\n");
+        EXPECT_THAT(Contents(home / "outside"), ElementsAre(Pair("file", "mine")));
+        EXPECT_EQ(home.Read("elsewhere/last"), "theirs");
+    }
+}
+
 // A listing that calls links directories: only the names under which the server knows them tell.
 TEST_F(TreeTest, DirectoriesThatLieElsewhereAreNotEnteredFurther) {
     RunOnWire("rm", List(Line("drwxr-xr-x", "t")) + Enter("t", "/t") +
