@@ -55,7 +55,17 @@ void UnscramblePasswordField(HWND dialog) {
     SetDlgItemTextA(dialog, passwordEdit, password);
 }
 
+WPARAM Echo(HWND dialog) {
+    return static_cast<WPARAM>(SendDlgItemMessageA(dialog, passwordEdit, EM_GETPASSWORDCHAR, 0, 0));
+}
+
+bool IsAnonymous(HWND dialog) {
+    return Echo(dialog) == plainEcho;
+}
+
 /// The fields of the selected site as they are stored, and its option word; 0 without a selection.
+/// The user's field may bring the anonymous state, and with it an address in place of a password
+/// that is not stored.
 u32 LoadSelectedSite(HWND dialog, const char* file) {
     const LRESULT selection = InList(dialog, LB_GETCURSEL, 0);
     if (selection == LB_ERR) {
@@ -67,9 +77,13 @@ u32 LoadSelectedSite(HWND dialog, const char* file) {
     char value[settingSize];
     ReadSiteValue('O', id, file, value);
     const auto options = static_cast<u32>(NumberFromText(value));
+    const bool wasAnonymous = IsAnonymous(dialog);
     for (const SiteEdit& edit : siteEdits) {
         ReadSiteValue(edit.letter, id, file, value);
-        SetDlgItemTextA(dialog, edit.control, value);
+        const bool isFilled = edit.letter == 'W' && !wasAnonymous && IsAnonymous(dialog);
+        if (value[0] != 0 || !isFilled) {
+            SetDlgItemTextA(dialog, edit.control, value);
+        }
     }
     return options;
 }
@@ -87,10 +101,15 @@ u32 ReadSiteOptions(HWND dialog) {
 }
 
 void LoadSiteFields(HWND dialog, const char* file, const ConnectParams* params) {
+    const bool wasAnonymous = IsAnonymous(dialog);
     const u32 options = LoadSelectedSite(dialog, file);
+    const bool keepsState = wasAnonymous && IsAnonymous(dialog);
     ApplyAnonymousState(dialog, options, file, params);
     if (IsChecked(dialog, anonymousBox)) {
-        FillAnonymousPassword(dialog, file, params);
+        // Who enters the state has been asked for an address already.
+        if (keepsState) {
+            FillAnonymousPassword(dialog, file, params);
+        }
     } else {
         UnscramblePasswordField(dialog);
     }
@@ -124,8 +143,7 @@ void SaveSiteFields(HWND dialog, const char* file) {
 
 void ApplyAnonymousState(HWND dialog, u32 options, const char* file, const ConnectParams* params) {
     constexpr int userSize = 63;
-    const auto echo =
-        static_cast<WPARAM>(SendDlgItemMessageA(dialog, passwordEdit, EM_GETPASSWORDCHAR, 0, 0));
+    const WPARAM echo = Echo(dialog);
     char user[userSize] = "";
     GetDlgItemTextA(dialog, userEdit, user, userSize);
     const bool anonymous =
