@@ -62,10 +62,13 @@ void Start(HWND dialog, PingState* state) {
     }
 }
 
+/// The start button takes the focus once the worker has ended and enabled it; till then the close
+/// button has it, so that keys still reach the dialog.
 void Stop(HWND dialog, PingState* state) {
     state->stopRequests.Add(1);
+    HWND start = GetDlgItem(dialog, pingStartButton);
+    SetFocus(IsWindowEnabled(start) ? start : GetDlgItem(dialog, IDCANCEL));
     EnableButton(dialog, pingStopButton, false);
-    SetFocus(GetDlgItem(dialog, pingStartButton));
 }
 
 void Close(HWND dialog, PingState* state) {
