@@ -139,6 +139,10 @@ LRESULT Handle(HWND window, ListBoxState& list, UINT message, WPARAM wParam, LPA
                 Draw(window, list, *reinterpret_cast<Canvas*>(lParam));
             }
             return 0;
+        case WM_SIZE:
+            list.entries.BringIntoSight(std::max(list.entries.selected, list.entries.top),
+                                        EntriesInSight(window));
+            return 0;
         case WM_MOUSEWHEEL:
             list.entries.SetTop(list.entries.top - WheelEntries(wParam), EntriesInSight(window));
             TellChanged(window);

@@ -43,8 +43,8 @@ class ConnectTest : public ScreenProgramTest {
 
 TEST_F(ConnectTest, SitesAreEditedAddedMovedAndDeleted) {
     home.Write(bookPath, examples);
-    const TmuxTerminal cancelled(80, 30, Program("connect"));
-    EXPECT_SHOWS(cancelled, "Beta");
+    const TmuxTerminal cancelled(80, 24, Program("connect"));
+    cancelled.ExpectScreen("connect-80x24");
     cancelled.Press({"Escape"});
     EXPECT_SHOWS(cancelled, "quennet: cancelled\n");
     EXPECT_SHOWS(cancelled, "status 3");
@@ -134,6 +134,7 @@ TEST_F(ConnectTest, ASmallTerminalShowsTheDialogInPartsAndOneThatGoesAwayCancels
         terminal.Resize(columns, rows);
     }
     EXPECT_SHOWS(terminal, "/deep____");
+    EXPECT_SHOWS(terminal, "Cancel     ] \xE2\x94\x82\n \xE2\x94\x82   ") << "the rows are back";
     terminal.Press({"M-a", "M-f"});
     EXPECT_SHOWS(terminal, "USER User@Host / Password");
     EXPECT_TRUE(terminal.HangUp());

@@ -77,6 +77,63 @@ int Centred(int room, int size) {
     return (room - size) / 2;
 }
 
+bool IsFree(const Cell& cell) {
+    return cell.ink == Ink::frame ||
+           (cell.code == U' ' && (cell.ink == Ink::window || cell.ink == Ink::list));
+}
+
+/// Marks the edges of the screen that the picture goes on behind, where nothing else stands if
+/// there is such a cell, and away from the focus if there are several. A screen that is hardly
+/// larger than the marks does without.
+void MarkHiddenParts(Surface& screen, const Area& place, const Area& focus) {
+    constexpr int fewestColumns = 8;
+    constexpr int fewestRows = 4;
+    if (screen.width < fewestColumns || screen.height < fewestRows) {
+        return;
+    }
+    const int right = std::min(screen.width, place.Right()) - 1;
+    const int top = std::max(0, place.top);
+    const int bottom = std::min(screen.height, place.Bottom()) - 1;
+    const auto put = [&](int x, int y, char32_t code) {
+        screen.At(x, y) = Cell{code, {}, Ink::title, 1};
+        MendBorders(screen, x, y);
+        MendBorders(screen, x + 1, y);
+    };
+    const auto markRow = [&](int y, char32_t code) {
+        int x = right;
+        while (x > 0 && !IsFree(screen.At(x, y))) {
+            --x;
+        }
+        put(x > 0 ? x : right, y, code);
+    };
+    const auto markColumn = [&](int x, char32_t code) {
+        const int focusTop = place.top + focus.top;
+        int chosen = -1;
+        for (int y = top; y <= bottom; ++y) {
+            const bool hasFocus = y >= focusTop && y < focusTop + focus.height;
+            if (IsFree(screen.At(x, y)) && (chosen < 0 || !hasFocus)) {
+                chosen = y;
+                if (!hasFocus) {
+                    break;
+                }
+            }
+        }
+        put(x, std::max(top, chosen), code);
+    };
+    if (place.left < 0) {
+        markColumn(0, U'◄');
+    }
+    if (place.Right() > screen.width) {
+        markColumn(right, U'►');
+    }
+    if (place.top < 0) {
+        markRow(0, U'▲');
+    }
+    if (place.Bottom() > screen.height) {
+        markRow(bottom, U'▼');
+    }
+}
+
 }  // namespace
 
 Composition Composer::Compose(const std::vector<Layer>& layers, int columns, int rows) {
@@ -100,6 +157,7 @@ Composition Composer::Compose(const std::vector<Layer>& layers, int columns, int
                             picture.height > rows ? -scroll.y : Centred(rows, picture.height),
                             picture.width, picture.height};
         CopyPicture(composition.screen, picture, place);
+        MarkHiddenParts(composition.screen, place, focus);
         composition.placements.push_back({layer.window, place});
         if (layer.active) {
             composition.screen.caretX = place.left + picture.caretX;

@@ -1,6 +1,6 @@
 #pragma once
 // All windows on one screen. A window that is larger than the screen is shown in part: the part
-// with the focus.
+// with the focus, and marks at the edges that it goes on behind.
 
 #include "picture.h"
 

@@ -80,7 +80,6 @@ class WindowDrawing {
 
     Picture Run() {
         const Area inside = AreaOfTop();
-        picture_.fillsScreen = FillsScreen(top_);
         picture_.surface = Surface(inside.width + 2 * frame_.sides,
                                    inside.height + frame_.top + frame_.sides, Ink::window);
         Canvas all(picture_.surface, Whole(), Whole(), false);
@@ -206,14 +205,13 @@ LPARAM PointOnScreen(HWND top, int x, int y) {
 
 }  // namespace
 
-bool FillsScreen(HWND top) {
-    return (StyleOf(top) & WS_POPUP) == 0;
-}
-
-void FitToScreen(HWND top, int columns, int rows) {
-    if (FillsScreen(top)) {
-        const int inside = std::max(1, rows - FrameOf(top).top);
+void FitToScreen(HWND top, DialogFit& fit, int columns, int rows) {
+    const FrameSize frame = FrameOf(top);
+    const int inside = std::max(1, rows - frame.top - frame.sides);
+    if ((StyleOf(top) & WS_POPUP) == 0) {
         MoveWindow(top, 0, 0, columns * cellWidth, inside * cellHeight, TRUE);
+    } else {
+        fit.Fit(top, inside);
     }
 }
 

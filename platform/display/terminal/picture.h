@@ -2,6 +2,7 @@
 // A top window as cells: its frame, itself, its controls. Everything here runs on the window's
 // thread.
 
+#include "dialog_fit.h"
 #include "quennet_canvas.h"
 
 namespace quennet::terminal {
@@ -9,13 +10,11 @@ namespace quennet::terminal {
 struct Picture {
     Surface surface;
     Area focusWithLabel;  // the control with the focus and the label in front of it
-    bool fillsScreen = false;
 };
 
-/// A window that is no popup fills the screen.
-bool FillsScreen(HWND top);
-/// Gives such a window the size of the screen.
-void FitToScreen(HWND top, int columns, int rows);
+/// Gives a window that is no popup the size of the screen, and a dialog no more rows than the
+/// screen has, if it can do with them.
+void FitToScreen(HWND top, DialogFit& fit, int columns, int rows);
 
 Picture DrawWindow(HWND top);
 

@@ -78,9 +78,9 @@ struct PlainLine {
     char32_t plain;
 };
 constexpr PlainLine plainLines[] = {
-    {U'─', U'-'}, {U'│', U'|'}, {U'┌', U'+'}, {U'┐', U'+'}, {U'└', U'+'},
-    {U'┘', U'+'}, {U'█', U'#'}, {U'░', U':'}, {U'▼', U'v'}, {U'├', U'+'},
-    {U'┤', U'+'}, {U'…', U'~'}, {U'√', U'x'}, {U'•', U'*'}, {U'►', U'>'},
+    {U'─', U'-'}, {U'│', U'|'}, {U'┌', U'+'}, {U'┐', U'+'}, {U'└', U'+'}, {U'┘', U'+'},
+    {U'█', U'#'}, {U'░', U':'}, {U'▼', U'v'}, {U'├', U'+'}, {U'┤', U'+'}, {U'…', U'~'},
+    {U'√', U'x'}, {U'•', U'*'}, {U'►', U'>'}, {U'◄', U'<'}, {U'▲', U'^'},
 };
 
 char32_t PlainOf(char32_t code) {
@@ -126,6 +126,13 @@ bool CanUseTerminal() {
     }
     int error = 0;
     return setupterm(nullptr, STDOUT_FILENO, &error) == OK && *Capability("cup") != '\0';
+}
+
+TerminalSize SizeOfTerminal() {
+    winsize size = {};
+    const bool known =
+        ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_row > 0 && size.ws_col > 0;
+    return known ? TerminalSize{size.ws_col, size.ws_row} : TerminalSize{};
 }
 
 void ChooseCharacterSet() {
@@ -236,10 +243,9 @@ int Screen::Rows() const {
 }
 
 void Screen::Resize() {
-    winsize size = {};
-    if (shown_ && ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_row > 0 &&
-        size.ws_col > 0 && (size.ws_row != LINES || size.ws_col != COLS)) {
-        resizeterm(size.ws_row, size.ws_col);
+    const TerminalSize size = SizeOfTerminal();
+    if (shown_ && (size.rows != LINES || size.columns != COLS)) {
+        resizeterm(size.rows, size.columns);
     }
 }
 

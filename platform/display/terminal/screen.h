@@ -15,6 +15,12 @@ namespace quennet::terminal {
 
 /// The terminal of standard input and output can show windows.
 bool CanUseTerminal();
+struct TerminalSize {
+    int columns = 80;
+    int rows = 24;
+};
+/// The usual size when the terminal does not tell.
+TerminalSize SizeOfTerminal();
 /// Chooses the locale's character set, UTF-8 when the environment names none.
 void ChooseCharacterSet();
 

@@ -50,6 +50,9 @@ bool TerminalDisplay::Start() {
         std::atexit([] { UseHeadlessDisplay(); });
     }
     ChooseCharacterSet();
+    const TerminalSize size = SizeOfTerminal();
+    columns_ = size.columns;
+    rows_ = size.rows;
     stopping_ = false;
     thread_ = std::thread([this] { Run(); });
     SetDisplay(this);
@@ -225,12 +228,18 @@ std::optional<HWND> TerminalDisplay::TakeOld(DWORD thread) {
 void TerminalDisplay::Draw(HWND handle) {
     int columns = 0;
     int rows = 0;
+    std::shared_ptr<DialogFit> fit;
     {
         const std::lock_guard lock(mutex_);
+        const Top* top = Find(handle);
+        if (!top) {
+            return;
+        }
         columns = columns_;
         rows = rows_;
+        fit = top->fit;
     }
-    FitToScreen(handle, columns, rows);
+    FitToScreen(handle, *fit, columns, rows);
     auto picture = std::make_shared<const Picture>(DrawWindow(handle));
     const HWND focus = GetFocus();
     const bool inside = focus && (focus == handle || IsChild(handle, focus));
@@ -365,7 +374,7 @@ void TerminalDisplay::Show(Screen& screen) {
     columns_ = screen.Columns();
     rows_ = screen.Rows();
     for (Top& top : tops_) {
-        if (resized && top.picture && top.picture->fillsScreen) {
+        if (resized && top.picture) {
             top.old = true;
             QuennetWakeThread(top.thread);
         }

@@ -69,6 +69,7 @@ class TerminalDisplay : public Display {
         bool closed = false;
         HWND focus = nullptr;
         std::shared_ptr<const Picture> picture;
+        std::shared_ptr<DialogFit> fit = std::make_shared<DialogFit>();  // its thread's alone
     };
     struct Task {
         InputEvent event;
