@@ -158,7 +158,11 @@ int SendCommandText(Session* session, const char* line) {
 }
 
 int SendLoginLine(Session* session, const char* line) {
-    return SendText(session, line, Loss::isFinal);
+    const int result = SendText(session, line, Loss::isFinal);
+    if (result == -1) {
+        session->replyBuffer[0] = 0;  // the answer to the line before says nothing of this one
+    }
+    return result;
 }
 
 int SendCommand(Session* session, const char* format, ...) {

@@ -280,8 +280,8 @@ TEST_F(ConnectTest, EveryEndOfALoginIsToldWithThePanel) {
         std::vector<std::string> heard;
     } cases[] = {
         {"<- 220 a\nclose\n", real, {"2: 200 Connection to 127.0.0.1 failed."}},
-        {"<- 421 busy\n<- and more\n", real, {"2: 200 421 busy"}},
-        {"<- 421 busy\n", &poor, {"3: -56"}},
+        {"<- 421 busy\n<- and more\nexpect close\n", real, {"2: 200 421 busy"}},
+        {"<- 421 busy\nexpect close\n", &poor, {"3: -56"}},
         {"<- 220 a\n-> USER anna\n<- 230 in\n-> SYST\n<- 502 no\n-> PWD\n<- 502 no\n",
          real,
          {"6: 0", "5: " + std::to_string(0x1234C8)}},
