@@ -280,7 +280,7 @@ TEST_F(ConnectTest, EveryEndOfALoginIsToldWithThePanel) {
         std::vector<std::string> heard;
     } cases[] = {
         {"<- 220 a\nclose\n", real, {"2: 200 Connection to 127.0.0.1 failed."}},
-        {"<- 421 busy\n<- and more\nexpect close\n", real, {"2: 200 421 busy"}},
+        {"<- 421 busy\nexpect close\n", real, {"2: 200 421 busy"}},
         {"<- 421 busy\nexpect close\n", &poor, {"3: -56"}},
         {"<- 220 a\n-> USER anna\n<- 230 in\n-> SYST\n<- 502 no\n-> PWD\n<- 502 no\n",
          real,
@@ -297,6 +297,7 @@ TEST_F(ConnectTest, EveryEndOfALoginIsToldWithThePanel) {
             EXPECT_EQ(NextNotification(window), heard);
         }
         EXPECT_EQ(NextNotification(window), "none");
+        server.Finish();
     }
     session->handle->panelId = panelId;
     hostTables.mainWindow = hosts;
