@@ -16,9 +16,10 @@ demo: setup-demo
 	@cmake --build --preset default --parallel $(JOBS) --target quennet loopback
 	@$(BUILD)/bin/quennet demo
 
-# The tests; those whose servers can't be had are skipped.
+# The tests; those whose servers can't be had are skipped, and it says first which ones and why.
 test: setup-test
 	@cmake --build --preset default --parallel $(JOBS)
+	@cmake --build --preset default --target interop_servers
 	@ctest --test-dir $(BUILD) --parallel $(JOBS) --output-on-failure --no-tests=error -LE 'bulk|faults|soak'
 
 # Those that move files of a gibibyte and more through real servers: minutes, and 9 GiB of disk.

@@ -16,13 +16,14 @@ needed=(g++:g++ cmake:cmake ninja-build:ninja googletest:/usr/src/googletest/CMa
 useful=(libncurses-dev:/usr/include/ncurses.h shared-mime-info:/usr/share/mime/globs2)
 case "${1:-}" in
     demo) ;;
-    test) useful+=(tmux:tmux iproute2:ip python3:/usr/bin/python3 python3-pyftpdlib:-) ;;
+    test) useful+=(tmux:tmux iproute2:ip python3:/usr/bin/python3) ;;
     bench) useful+=(libbenchmark-dev:/usr/include/benchmark/benchmark.h curl:curl lftp:lftp) ;;
     fuzz) needed+=(clang:clang++ libclang-rt-14-dev:-) ;;
     ci)
         needed+=(g++-multilib:- g++-mingw-w64-i686-posix:i686-w64-mingw32-g++-posix
             clang:clang++ libclang-rt-14-dev:- clang-format-14:clang-format-14 git:git)
-        useful+=(tmux:tmux iproute2:ip python3:/usr/bin/python3 python3-pyftpdlib:- libbenchmark-dev:/usr/include/benchmark/benchmark.h curl:curl lftp:lftp)
+        useful+=(tmux:tmux iproute2:ip python3:/usr/bin/python3
+            libbenchmark-dev:/usr/include/benchmark/benchmark.h curl:curl lftp:lftp)
         ;;
     *)
         echo "usage: $0 demo|test|bench|fuzz|ci" >&2

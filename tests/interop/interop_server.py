@@ -7,7 +7,7 @@ pyftpdlib. With --foreign a client may name another host for a data connection; 
 each data connection, in bytes a second, at least 1024.
 
 Prints what a client needs, a line each: "port NUMBER", "user NAME", "password TEXT", "anonymous
-yes" or "no", "log PATH", and "ready" at the end. Whatever the server has started ends with this
+yes" or "no", "log PATH", and "ready" at the end; or "why TEXT" when it can't be had here. Whatever the server has started ends with this
 program, and this program ends with the one that started it.
 
 Signals: SIGTERM, SIGINT and SIGHUP stop the server as a crash would; SIGUSR1 halts it and all its
@@ -34,6 +34,7 @@ import time
 
 UNAVAILABLE = 77
 PYTHON = "/usr/bin/python3"
+PYTHON_MODULES = "usr/lib/python3/dist-packages"
 
 # Passive ports lie below the range that the system takes for outgoing connections.
 PASSIVE = (20000, 29999)
@@ -127,7 +128,7 @@ def prepare_pure_ftpd(request, program):
     database = request.state / "accounts.pdb"
     write_private(accounts, f"{USER}:{PASSWORD_HASH}:{worker_ids}::{request.root}/./::::::::::::\n")
     tool = program.parent.parent / "bin" / "pure-pw"
-    subprocess.run([tool, "mkdb", database, "-f", accounts], check=True)
+    subprocess.run([tool, "mkdb", database, "-f", accounts], env=request.environment, check=True)
     arguments = [
         program, "--ipv4only", f"--bind=127.0.0.1,{request.port}", "--noanonymous", "--dontresolve",
         f"--login=puredb:{database}", "--minuid=1", "--displaydotfiles", "--allowdotfiles",
@@ -194,17 +195,17 @@ DefaultRoot {request.root}
 
 def prepare_pyftpdlib(request, program):
     script = pathlib.Path(__file__).with_name("pyftpd_server.py")
-    return [program, script, request.port, request.root, USER, PASSWORD, request.log,
+    return [PYTHON, script, request.port, request.root, USER, PASSWORD, request.log,
             f"{PASSIVE[0]}-{PASSIVE[1]}", int(request.foreign), request.rate]
 
 
-# By kind: its program in the folder of the servers, whether it runs here, and whether it serves
-# anonymous clients too. pure-ftpd does only where the system has an account named ftp.
+# By kind: its program in its folder, and whether it serves anonymous clients too. pure-ftpd does only
+# where the system has an account named ftp.
 KINDS = {
-    "vsftpd": (prepare_vsftpd, "vsftpd/usr/sbin/vsftpd", True, True),
-    "pure-ftpd": (prepare_pure_ftpd, "pure-ftpd/usr/sbin/pure-ftpd", is_root, False),
-    "proftpd": (prepare_proftpd, "proftpd/usr/sbin/proftpd", True, is_root),
-    "pyftpdlib": (prepare_pyftpdlib, PYTHON, True, True),
+    "vsftpd": (prepare_vsftpd, "usr/sbin/vsftpd", True),
+    "pure-ftpd": (prepare_pure_ftpd, "usr/sbin/pure-ftpd", False),
+    "proftpd": (prepare_proftpd, "usr/sbin/proftpd", is_root),
+    "pyftpdlib": (prepare_pyftpdlib, PYTHON_MODULES, True),
 }
 
 
@@ -265,13 +266,20 @@ def end_descendants():
             time.sleep(0.002)
 
 
-def start_process(arguments):
+def environment_of(folder):
+    """For a server that is unpacked there. Dates in listings are to be the same on every machine,
+    and names UTF-8."""
+    libraries = [*folder.glob("lib/*-linux-gnu"), *folder.glob("usr/lib/*-linux-gnu")]
+    return {"PATH": "/usr/sbin:/usr/bin:/sbin:/bin", "LC_ALL": "C.UTF-8", "TZ": "UTC",
+            "LD_LIBRARY_PATH": ":".join(map(str, libraries)),
+            "PYTHONPATH": str(folder / PYTHON_MODULES)}
+
+
+def start_process(arguments, environment):
     def prepare():
         prctl(SET_DEATH_SIGNAL, signal.SIGKILL)
         signal.pthread_sigmask(signal.SIG_SETMASK, [])
 
-    # Dates in listings are to be the same on every machine, and names UTF-8.
-    environment = {"PATH": "/usr/sbin:/usr/bin:/sbin:/bin", "LC_ALL": "C.UTF-8", "TZ": "UTC"}
     return subprocess.Popen([str(argument) for argument in arguments], env=environment,
                             stdin=subprocess.DEVNULL, stdout=sys.stderr, preexec_fn=prepare)
 
@@ -289,7 +297,7 @@ def start_server(request, prepare, program):
     for _ in range(5 if any_port else 1):
         if any_port:
             request.port = free_port()
-        server = start_process(prepare(request, program))
+        server = start_process(prepare(request, program), request.environment)
         end = time.monotonic() + 10
         while time.monotonic() < end and server.poll() is None:
             if greets(request.port):
@@ -316,13 +324,23 @@ def supervise(server):
             return 1
 
 
+def why_not(request, program):
+    """Why the server can't be had here, or nothing. What fetch_servers.sh found stands beside its
+    folder."""
+    with contextlib.suppress(FileNotFoundError):
+        return (request.servers / f"{request.kind}.why").read_text().strip()
+    return "" if program.exists() else f"{request.kind} is not there: fetch_servers.sh fetches it"
+
+
 def serve(request):
-    prepare, program, runs_here, anonymous = KINDS[request.kind]
-    program = request.servers / program
-    if not runs_here or not os.access(program, os.X_OK):
-        reason = "is not there: fetch_servers.sh fetches it" if runs_here else "runs as root only"
-        print(request.kind, reason, file=sys.stderr)
+    prepare, program, anonymous = KINDS[request.kind]
+    folder = request.servers / request.kind
+    program = folder / program
+    reason = why_not(request, program)
+    if reason:
+        print("why", reason)
         return UNAVAILABLE
+    request.environment = environment_of(folder)
     signal.pthread_sigmask(signal.SIG_BLOCK, SIGNALS)
     prctl(SET_SUBREAPER, 1)
     prctl(SET_DEATH_SIGNAL, signal.SIGTERM)

@@ -28,8 +28,9 @@ std::string Encoded(const std::string& text) {
 
 std::string UrlOf(const Server& server, const std::string& path) {
     const Account& account = server.GetAccount();
-    return "ftp://" + Encoded(account.user) + ":" + Encoded(account.password) +
-           "@127.0.0.1:" + std::to_string(server.Port()) + "/" + Encoded(path);
+    const std::string login =
+        account.user.empty() ? "" : Encoded(account.user) + ":" + Encoded(account.password) + "@";
+    return "ftp://" + login + "127.0.0.1:" + std::to_string(server.Port()) + "/" + Encoded(path);
 }
 
 }  // namespace quennet::interop

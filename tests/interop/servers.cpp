@@ -91,8 +91,13 @@ void Server::AwaitReady() {
     kill(process_, SIGTERM);
     waitpid(std::exchange(process_, -1), &status, 0);
     unavailable_ = WIFEXITED(status) && WEXITSTATUS(status) == exitUnavailable;
-    failure_ = std::string(ServerName(kind_)) +
-               (unavailable_ ? " can't be had here; fetch_servers.sh tells why" : " did not start");
+    if (!unavailable_) {
+        failure_ = std::string(ServerName(kind_)) + " did not start";
+    } else if (said.contains("why")) {
+        failure_ = said["why"];
+    } else {
+        failure_ = "no FTP servers here: as root, apt-get install python3";
+    }
 }
 
 std::optional<std::string> Server::ReadLine() {
