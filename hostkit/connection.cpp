@@ -274,13 +274,12 @@ void Connection::InvalidateAllListings() {
 }
 
 int Connection::SaveRawListing(LocalFile& file) {
-    quennet::ShellFile word = quennet::WordFromPointer(&file);
     const Use use(*this);
     if (use.Handle() == nullptr) {
         return ENOTCONN;
     }
     ClearFileFailure();
-    host_.Send(MessageNumber::saveRawListing, console_.Window(), &word, use.Handle());
+    host_.Send(MessageNumber::saveRawListing, console_.Window(), &file, use.Handle());
     return LastFileFailure() ? LastFileFailure()->code : 0;
 }
 

@@ -1,5 +1,4 @@
-// Local files. The module's word for an open file holds the address of a LocalFile, 0 when none is
-// open.
+// Local files. The handle of an open file is the address of its LocalFile.
 
 #include <errno.h>
 
@@ -21,13 +20,13 @@ using namespace quennet;
 
 constexpr char wholeBytes = 'I';
 
-LocalFile* FileOf(const ShellFile* file) {
-    return PointerFromWord<LocalFile>(*file);
+LocalFile* FileOf(ShellFile file) {
+    return PointerFromWord<LocalFile>(file);
 }
 
-i32 Keep(ShellFile* word, std::unique_ptr<LocalFile> file) {
-    *word = WordFromPointer(file.release());
-    return *word != 0 ? 0 : LastFileFailure()->code;
+i32 Keep(ShellFile* handle, std::unique_ptr<LocalFile> file) {
+    *handle = WordFromPointer(file.release());
+    return *handle != 0 ? 0 : LastFileFailure()->code;
 }
 
 /// Keeps exceptions, which only want of memory raises here, on this side.
@@ -42,8 +41,8 @@ i32 Guarded(Operation operation) {
 
 /// Runs an operation on the open file.
 template <typename Operation>
-i32 On(const ShellFile* word, Operation operation) {
-    LocalFile* file = FileOf(word);
+i32 On(ShellFile handle, Operation operation) {
+    LocalFile* file = FileOf(handle);
     return Guarded([&] { return file != nullptr ? operation(*file) : EBADF; });
 }
 
@@ -69,36 +68,35 @@ static i32 OpenLocalFileAt(HWND, const char* path, ShellFile* file, u32 access) 
     return OpenLocalFile(path, file, access);
 }
 
-static i32 CloseLocalFile(ShellFile* file) {
+static i32 CloseLocalFile(ShellFile file) {
     const std::unique_ptr<LocalFile> open(FileOf(file));
-    *file = 0;
     return Guarded([&] { return open != nullptr ? open->Close() : EBADF; });
 }
 
-static i32 ReadLocalFile(ShellFile* file, void* buffer, u32 size) {
+static i32 ReadLocalFile(ShellFile file, void* buffer, u32 size) {
     return On(file, [&](LocalFile& open) { return open.Read(buffer, size); });
 }
 
-static i32 WriteLocalFile(HWND, ShellFile* file, const void* data, u32 length) {
+static i32 WriteLocalFile(HWND, ShellFile file, const void* data, u32 length) {
     return On(file, [&](LocalFile& open) { return open.Write(data, length); });
 }
 
-static i32 WriteTextLine(HWND, ShellFile* file, const char* text) {
+static i32 WriteTextLine(HWND, ShellFile file, const char* text) {
     return On(file, [&](LocalFile& open) {
         const int code = open.Write(text, std::char_traits<char>::length(text));
         return code != 0 ? code : open.Write("\r\n", 2);
     });
 }
 
-static i32 SeekLocalFile(ShellFile* file, u32 position) {
+static i32 SeekLocalFile(ShellFile file, u32 position) {
     return On(file, [&](LocalFile& open) { return open.Seek(position); });
 }
 
-static i32 QueryLocalFileSize(u32, ShellFile* file, u64* size) {
+static i32 QueryLocalFileSize(u32, ShellFile file, u64* size) {
     return On(file, [&](LocalFile& open) { return open.Size(*size); });
 }
 
-static i32 SetLocalFileTime(ShellFile* file, u32 date, u32 time) {
+static i32 SetLocalFileTime(ShellFile file, u32 date, u32 time) {
     return On(file, [&](LocalFile& open) {
         return open.SetTime(static_cast<u16>(date), static_cast<u16>(time));
     });

@@ -350,19 +350,18 @@ typedef struct QuennetShellServices {
                                       uint32_t option);  // 10
     void (*setStatusIcon)(QuennetWindow statusBar, uint32_t pane, uint32_t on);
     int32_t (*fileCheck)(const char* path);
-    int32_t (*closeFile)(QuennetWord* file);
+    int32_t (*closeFile)(QuennetWord file);
     int32_t (*createFile)(QuennetWindow window, const char* path, QuennetWord* file);
-    int32_t (*queryFileSize)(uint32_t zero, QuennetWord* file, uint64_t* size);  // 15
+    int32_t (*queryFileSize)(uint32_t zero, QuennetWord file, uint64_t* size);  // 15
     int32_t (*openFile)(const char* path, QuennetWord* file, uint32_t access);
     int32_t (*openFileAt)(QuennetWindow console, const char* path, QuennetWord* file,
                           uint32_t access);
-    int32_t (*readFile)(QuennetWord* file, void* buffer, uint32_t size);
+    int32_t (*readFile)(QuennetWord file, void* buffer, uint32_t size);
     QuennetWord unused19;
-    int32_t (*seekFile)(QuennetWord* file, uint32_t position);  // 20
-    int32_t (*setFileTime)(QuennetWord* file, uint32_t date, uint32_t time);
-    int32_t (*writeTextLine)(QuennetWindow window, QuennetWord* file, const char* text);
-    int32_t (*writeFile)(QuennetWindow window, QuennetWord* file, const void* data,
-                         uint32_t length);
+    int32_t (*seekFile)(QuennetWord file, uint32_t position);  // 20
+    int32_t (*setFileTime)(QuennetWord file, uint32_t date, uint32_t time);
+    int32_t (*writeTextLine)(QuennetWindow window, QuennetWord file, const char* text);
+    int32_t (*writeFile)(QuennetWindow window, QuennetWord file, const void* data, uint32_t length);
     void (*addProgress)(QuennetWord record, uint32_t bytes);
     QuennetWord unused25;
     void (*panelClosed)(QuennetSession* session, uint32_t panelId);

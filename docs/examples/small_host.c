@@ -230,50 +230,50 @@ static int32_t AskPassword(QuennetWindow owner, QuennetPasswordQuestion* questio
 
 // ---- Local files --------------------------------------------------------------------------------
 
-// The module keeps one word for an open file; here it is the stream. 0 is success everywhere.
+// The handle of an open file is its stream. 0 is success everywhere.
 
-static int32_t Open(const char* path, const char* mode, QuennetWord* word) {
+static int32_t Open(const char* path, const char* mode, QuennetWord* handle) {
     FILE* stream = fopen(path, mode);
     if (stream == NULL) {
         perror(path);
     }
-    *word = WORD_OF(stream);
+    *handle = WORD_OF(stream);
     return stream == NULL;
 }
 
-static int32_t CreateLocalFile(QuennetWindow window, const char* path, QuennetWord* word) {
-    return Open(path, "wb", word);
+static int32_t CreateLocalFile(QuennetWindow window, const char* path, QuennetWord* handle) {
+    return Open(path, "wb", handle);
 }
 
-static int32_t OpenLocalFile(const char* path, QuennetWord* word, uint32_t access) {
-    return Open(path, access == QUENNET_READ ? "rb" : "r+b", word);
+static int32_t OpenLocalFile(const char* path, QuennetWord* handle, uint32_t access) {
+    return Open(path, access == QUENNET_READ ? "rb" : "r+b", handle);
 }
 
-static int32_t OpenLocalFileAt(QuennetWindow console, const char* path, QuennetWord* word,
+static int32_t OpenLocalFileAt(QuennetWindow console, const char* path, QuennetWord* handle,
                                uint32_t access) {
-    return OpenLocalFile(path, word, access);
+    return OpenLocalFile(path, handle, access);
 }
 
-static int32_t CloseLocalFile(QuennetWord* word) {
-    return fclose((FILE*)*word) != 0;
+static int32_t CloseLocalFile(QuennetWord handle) {
+    return fclose((FILE*)handle) != 0;
 }
 
-static int32_t ReadLocalFile(QuennetWord* word, void* buffer, uint32_t size) {
-    return fread(buffer, 1, size, (FILE*)*word) != size;
+static int32_t ReadLocalFile(QuennetWord handle, void* buffer, uint32_t size) {
+    return fread(buffer, 1, size, (FILE*)handle) != size;
 }
 
-static int32_t WriteLocalFile(QuennetWindow window, QuennetWord* word, const void* data,
+static int32_t WriteLocalFile(QuennetWindow window, QuennetWord handle, const void* data,
                               uint32_t length) {
-    return fwrite(data, 1, length, (FILE*)*word) != length;
+    return fwrite(data, 1, length, (FILE*)handle) != length;
 }
 
-static int32_t SeekLocalFile(QuennetWord* word, uint32_t position) {
-    return fseeko((FILE*)*word, (off_t)position, SEEK_SET) != 0;
+static int32_t SeekLocalFile(QuennetWord handle, uint32_t position) {
+    return fseeko((FILE*)handle, (off_t)position, SEEK_SET) != 0;
 }
 
-static int32_t QueryLocalFileSize(uint32_t zero, QuennetWord* word, uint64_t* size) {
+static int32_t QueryLocalFileSize(uint32_t zero, QuennetWord handle, uint64_t* size) {
     struct stat info;
-    const int32_t failure = fstat(fileno((FILE*)*word), &info);
+    const int32_t failure = fstat(fileno((FILE*)handle), &info);
     *size = failure == 0 ? (uint64_t)info.st_size : 0;
     return failure;
 }
@@ -283,7 +283,7 @@ static int32_t FileCheck(const char* path) {
 }
 
 /// Files keep the time of their making here.
-static int32_t SetLocalFileTime(QuennetWord* word, uint32_t date, uint32_t time) {
+static int32_t SetLocalFileTime(QuennetWord handle, uint32_t date, uint32_t time) {
     return 0;
 }
 

@@ -41,7 +41,7 @@ struct Cells {
 /// The file that is being written, and the line that goes there next.
 class Output {
   public:
-    Output(FindWindow* find, ShellFile* file) : window_(find->window), file_(file) {}
+    Output(FindWindow* find, ShellFile file) : window_(find->window), file_(file) {}
 
     bool Write(const char* text) { return ShellWriteTextLine(window_, file_, text); }
     bool WriteLine() { return line.IsWhole() && Write(line.Text()); }
@@ -50,7 +50,7 @@ class Output {
 
   private:
     HWND window_;
-    ShellFile* file_;
+    ShellFile file_;
 };
 
 /// Writes one record; false when that failed.
@@ -242,10 +242,10 @@ void WriteFile(FindWindow* find, const ExportFormat& format, const char* path) {
     const WaitCursor cursor;
     const ListLock lock;
     if (find->recordTable != nullptr) {
-        Output output(find, &file);
+        Output output(find, file);
         format.write(find, &output);
     }
-    ShellCloseFile(&file);
+    ShellCloseFile(file);
 }
 
 void Export(FindWindow* find, const ExportFormat& format) {

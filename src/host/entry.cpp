@@ -205,8 +205,8 @@ i32 SendTypedLine(const HostMessage& message) {
 }
 
 i32 SaveListing(const HostMessage& message) {
-    SaveRawListing(WindowFromNumber(static_cast<WindowNumber>(message.arg1)),
-                   PointerFromWord<ShellFile>(message.arg2), HandleFrom(message.arg3));
+    SaveRawListing(WindowFromNumber(static_cast<WindowNumber>(message.arg1)), message.arg2,
+                   HandleFrom(message.arg3));
     return noResult;
 }
 

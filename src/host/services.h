@@ -109,7 +109,7 @@ inline int ShellFileCheck(const char* path) {
     return Shell<ShellFileCheckFunction>(ShellService::fileCheck)(path);
 }
 
-inline int ShellCloseFile(ShellFile* file) {
+inline int ShellCloseFile(ShellFile file) {
     return Shell<ShellCloseFileFunction>(ShellService::closeFile)(file);
 }
 
@@ -117,7 +117,7 @@ inline int ShellCreateFile(HWND window, const char* path, ShellFile* file) {
     return Shell<ShellCreateFileFunction>(ShellService::createFile)(window, path, file);
 }
 
-inline int ShellQueryFileSize(ShellFile* file, u64* size) {
+inline int ShellQueryFileSize(ShellFile file, u64* size) {
     return Shell<ShellQueryFileSizeFunction>(ShellService::queryFileSize)(0, file, size);
 }
 
@@ -129,19 +129,19 @@ inline int ShellOpenFileAt(HWND console, const char* path, ShellFile* file, u32 
     return Shell<ShellOpenFileAtFunction>(ShellService::openFileAt)(console, path, file, access);
 }
 
-inline int ShellReadFile(ShellFile* file, void* buffer, u32 size) {
+inline int ShellReadFile(ShellFile file, void* buffer, u32 size) {
     return Shell<ShellReadFileFunction>(ShellService::readFile)(file, buffer, size);
 }
 
-inline int ShellSeekFile(ShellFile* file, u32 position) {
+inline int ShellSeekFile(ShellFile file, u32 position) {
     return Shell<ShellSeekFileFunction>(ShellService::seekFile)(file, position);
 }
 
-inline int ShellSetFileTime(ShellFile* file, u32 date, u32 time) {
+inline int ShellSetFileTime(ShellFile file, u32 date, u32 time) {
     return Shell<ShellSetFileTimeFunction>(ShellService::setFileTime)(file, date, time);
 }
 
-inline int ShellWriteFile(HWND window, ShellFile* file, const void* data, u32 length) {
+inline int ShellWriteFile(HWND window, ShellFile file, const void* data, u32 length) {
     return Shell<ShellWriteFileFunction>(ShellService::writeFile)(window, file, data, length);
 }
 
@@ -362,7 +362,7 @@ inline void ShellMoveControl(HWND control, i32 x, i32 y, i32 width, i32 height) 
 // --- Text and lines ------------------------------------------------------------------------------
 
 /// True when the text and a line end were written.
-inline bool ShellWriteTextLine(HWND window, ShellFile* file, const char* text) {
+inline bool ShellWriteTextLine(HWND window, ShellFile file, const char* text) {
     return Shell<ShellWriteTextLineFunction>(ShellService::writeTextLine)(window, file, text) == 0;
 }
 

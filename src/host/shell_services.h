@@ -86,7 +86,7 @@ struct ShellServices {
     HostWord words[static_cast<u32>(ShellService::count)];
 };
 
-/// An open file of the host; the host fills it.
+/// Handle of an open file; any value, the host's own.
 using ShellFile = HostWord;
 
 /// Access words of openFile and openFileAt.
@@ -123,26 +123,27 @@ using ShellFreeHandleFunction = void* (*)(void* handle);
 using ShellReportErrorFunction = void (*)(HWND owner, u32 textId, HostWord caption, u32 icon);
 using ShellSetForegroundFunction = void (*)(HWND window);
 
-// Files; 0 is success. `size` of queryFileSize and `position` of seekFile count bytes.
+// Files; 0 is success. The services that open a file put its handle where `file` says, all others
+// take the handle. `size` of queryFileSize and `position` of seekFile count bytes.
 /// The letter for TYPE.
 using ShellGetTransferTypeFunction = i32 (*)(const char* path);
 /// 0 when there is such a file.
 using ShellFileCheckFunction = i32 (*)(const char* path);
-using ShellCloseFileFunction = i32 (*)(ShellFile* file);
+using ShellCloseFileFunction = i32 (*)(ShellFile file);
 /// Creates or overwrites.
 using ShellCreateFileFunction = i32 (*)(HWND window, const char* path, ShellFile* file);
-using ShellQueryFileSizeFunction = i32 (*)(u32 zero, ShellFile* file, u64* size);
+using ShellQueryFileSizeFunction = i32 (*)(u32 zero, ShellFile file, u64* size);
 using ShellOpenFileFunction = i32 (*)(const char* path, ShellFile* file, u32 access);
 using ShellOpenFileAtFunction = i32 (*)(HWND console, const char* path, ShellFile* file,
                                         u32 access);
 /// A read of fewer bytes than asked for is a failure.
-using ShellReadFileFunction = i32 (*)(ShellFile* file, void* buffer, u32 size);
-using ShellSeekFileFunction = i32 (*)(ShellFile* file, u32 position);
+using ShellReadFileFunction = i32 (*)(ShellFile file, void* buffer, u32 size);
+using ShellSeekFileFunction = i32 (*)(ShellFile file, u32 position);
 /// DOS date and time.
-using ShellSetFileTimeFunction = i32 (*)(ShellFile* file, u32 date, u32 time);
-using ShellWriteFileFunction = i32 (*)(HWND window, ShellFile* file, const void* data, u32 length);
+using ShellSetFileTimeFunction = i32 (*)(ShellFile file, u32 date, u32 time);
+using ShellWriteFileFunction = i32 (*)(HWND window, ShellFile file, const void* data, u32 length);
 /// Writes the text and CR LF.
-using ShellWriteTextLineFunction = i32 (*)(HWND window, ShellFile* file, const char* text);
+using ShellWriteTextLineFunction = i32 (*)(HWND window, ShellFile file, const char* text);
 /// The entries of the server's current directory, ended by a length of 0 and given back with
 /// CoreFree; null when there is no listing. `option` is the listing option of message 26.
 using ShellReadDirectoryFunction = DirEntry* (*)(const char* path, FtpHandle* handle, u32 option);

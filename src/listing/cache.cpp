@@ -213,7 +213,7 @@ void InvalidateDirCache(FtpHandle* handle) {
 
 // The host may wait for its user while it writes, so the lock is not held meanwhile: the text is
 // copied first.
-void SaveRawListing(HWND window, ShellFile* file, FtpHandle* handle) {
+void SaveRawListing(HWND window, ShellFile file, FtpHandle* handle) {
     Session* session = SessionFromHandle(handle);
     const SessionUse use(session);
     if (session == nullptr) {

@@ -63,6 +63,6 @@ void InvalidateCacheEntry(FtpHandle* handle, const char* path);
 void InvalidateDirCache(FtpHandle* handle);
 
 /// Message 48: writes the raw text of the listing read last to a file of the host.
-void SaveRawListing(HWND window, ShellFile* file, FtpHandle* handle);
+void SaveRawListing(HWND window, ShellFile file, FtpHandle* handle);
 
 }  // namespace quennet

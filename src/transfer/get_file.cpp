@@ -20,8 +20,8 @@ u32 ResumeOffset(const char* local, u64 sourceSize) {
         return 0;
     }
     u64 size = 0;
-    const bool known = ShellQueryFileSize(&file, &size) == 0;
-    ShellCloseFile(&file);
+    const bool known = ShellQueryFileSize(file, &size) == 0;
+    ShellCloseFile(file);
     const bool resumes =
         known && size > smallestResume && size < largestResume && size < sourceSize;
     return resumes ? static_cast<u32>(size) : 0;
@@ -30,8 +30,8 @@ u32 ResumeOffset(const char* local, u64 sourceSize) {
 void SetLocalFileTime(const TransferItem* item) {
     ShellFile file = 0;
     if (ShellOpenFile(item->destination, &file, accessWrite) == 0) {
-        ShellSetFileTime(&file, item->sourceDate, item->sourceTime);
-        ShellCloseFile(&file);
+        ShellSetFileTime(file, item->sourceDate, item->sourceTime);
+        ShellCloseFile(file);
     }
 }
 

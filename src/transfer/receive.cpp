@@ -56,7 +56,7 @@ class Target {
         return Note(failure == 0, LocalFailure::open);
     }
 
-    bool Seek(u32 offset) { return Note(ShellSeekFile(&file_, offset) == 0, LocalFailure::seek); }
+    bool Seek(u32 offset) { return Note(ShellSeekFile(file_, offset) == 0, LocalFailure::seek); }
 
     bool Write(const char* data, int length) {
         if (buffer_ != nullptr) {
@@ -64,7 +64,7 @@ class Target {
                         LocalFailure::memory);
         }
         const int failure =
-            ShellWriteFile(hostTables.mainWindow, &file_, data, static_cast<u32>(length));
+            ShellWriteFile(hostTables.mainWindow, file_, data, static_cast<u32>(length));
         return Note(failure == 0, LocalFailure::write);
     }
 
@@ -73,12 +73,12 @@ class Target {
         if (buffer_ != nullptr) {
             Write("", 1);
         } else {
-            Note(ShellCloseFile(&file_) == 0, LocalFailure::close);
+            Note(ShellCloseFile(file_) == 0, LocalFailure::close);
         }
     }
 
     bool IsFile() const { return buffer_ == nullptr; }
-    ShellFile* file() { return &file_; }
+    ShellFile file() const { return file_; }
 
   private:
     bool Note(bool done, LocalFailure failure) {

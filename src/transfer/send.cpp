@@ -29,7 +29,7 @@ int FailureOf(int replyClass) {
 }
 
 /// Reads a block and sends it: 0, else the failure value of what failed.
-int SendFileBlock(Session* session, ShellFile* file, u32 size) {
+int SendFileBlock(Session* session, ShellFile file, u32 size) {
     const int failure = ShellReadFile(file, session->replyBuffer, size);
     if (failure != 0) {
         NoteLocalFailure(session, LocalFailure::read);
@@ -41,7 +41,7 @@ int SendFileBlock(Session* session, ShellFile* file, u32 size) {
 }
 
 /// Sends the blocks of an open file: 0, else the failure value that ended it.
-int SendBlocks(Session* session, ShellFile* file, TransferClock* progress) {
+int SendBlocks(Session* session, ShellFile file, TransferClock* progress) {
     u64 rest = 0;
     int result = ShellQueryFileSize(file, &rest);
     if (result != 0) {
@@ -72,8 +72,8 @@ int SendData(Session* session, const char* path) {
         return failure;
     }
     TransferClock progress(session);
-    const int result = SendBlocks(session, &file, &progress);
-    if (ShellCloseFile(&file) != 0) {
+    const int result = SendBlocks(session, file, &progress);
+    if (ShellCloseFile(file) != 0) {
         NoteLocalFailure(session, LocalFailure::close);
     }
     WaitSocketWritable(session->console, session->dataSocket, &session->abortFlag);

@@ -62,7 +62,7 @@ class ExportTest : public FindTest {
 int linesLeft = 0;
 std::vector<std::string> triedLines;
 
-extern "C" i32 WriteSomeLines(HWND, ShellFile*, const char* text) {
+extern "C" i32 WriteSomeLines(HWND, ShellFile, const char* text) {
     triedLines.emplace_back(text);
     return linesLeft-- > 0 ? 0 : 28;
 }

@@ -24,8 +24,10 @@ extern "C" i32 RefuseAppend(GrowBuffer*, const void*, u32) {
 }
 
 std::string written;
+constexpr ShellFile rawFile = 4711;
 
-extern "C" i32 KeepWrite(HWND, ShellFile*, const void* data, u32 length) {
+extern "C" i32 KeepWrite(HWND, ShellFile file, const void* data, u32 length) {
+    EXPECT_EQ(file, rawFile);
     written.assign(static_cast<const char*>(data), length);
     return 0;
 }
@@ -63,8 +65,7 @@ class CacheTest : public SessionTest {
         written = "(nothing)";
         ReplacedServices services;
         services.Replace(ShellService::writeFile, KeepWrite);
-        ShellFile file = 0;
-        SaveRawListing(nullptr, &file, session->handle);
+        Host().Send(MessageNumber::saveRawListing, 0, rawFile, session->handle);
         return written;
     }
 };

@@ -16,12 +16,12 @@ int reads = 0;
 /// The file that ShrinkBeforeTheThirdRead cuts, to less than the reads before.
 std::filesystem::path shrinking;
 
-extern "C" i32 FailTheThirdRead(ShellFile* file, void* buffer, u32 size) {
+extern "C" i32 FailTheThirdRead(ShellFile file, void* buffer, u32 size) {
     const auto read = ReplacedServices::Hosts<ShellReadFileFunction>(ShellService::readFile);
     return ++reads == 3 ? 5 : read(file, buffer, size);
 }
 
-extern "C" i32 ShrinkBeforeTheThirdRead(ShellFile* file, void* buffer, u32 size) {
+extern "C" i32 ShrinkBeforeTheThirdRead(ShellFile file, void* buffer, u32 size) {
     if (++reads == 3) {
         std::filesystem::resize_file(shrinking, 1000);
     }
@@ -29,7 +29,7 @@ extern "C" i32 ShrinkBeforeTheThirdRead(ShellFile* file, void* buffer, u32 size)
                                                                                   size);
 }
 
-extern "C" i32 FailToClose(ShellFile* file) {
+extern "C" i32 FailToClose(ShellFile file) {
     ReplacedServices::Hosts<ShellCloseFileFunction>(ShellService::closeFile)(file);
     return 5;
 }
