@@ -45,19 +45,27 @@ int WaitUntilTaken(WindowNumber console, SocketNumber socket, const SharedWord* 
     return 0;
 }
 
-/// Logs in again and sends the line once more, if the session stands where it stood.
-int RepairAndResend(Session* session, const char* line) {
-    constexpr int done = 2;
-    const bool isBack = Reconnect(session);
-    if (isBack && line[0] == 0) {
-        return done;
+/// How one command is treated.
+struct Manner {
+    bool isRepaired;        // when it finds the connection lost
+    bool takesPreliminary;  // as its reply: data follows on it
+};
+
+constexpr Manner ordinary = {true, false};
+constexpr Manner ofTransfer = {true, true};
+constexpr Manner ofLogin = {false, false};
+
+/// Sends a line and reads the reply that is wanted: -1 when the connection is lost.
+int SendAndRead(Session* session, const char* line, Manner manner) {
+    session->firstCode = 0;  // other codes say nothing of this line
+    if (SendLine(session, line) == -1) {
+        return -1;
     }
-    session->firstCode = 0;  // the codes of the login say nothing of this line
-    return isBack && SendLine(session, line) != -1 ? ReadReply(session) : -1;
+    return manner.takesPreliminary ? ReadReply(session) : ReadFinalReply(session);
 }
 
-/// Sends a line on the connection that stands, and reads its reply: -1 when that one is lost.
-int Converse(Session* session, const char* line) {
+/// The same on the connection that stands, once it is in step.
+int Converse(Session* session, const char* line, Manner manner) {
     if (session->controlSocket == noSocket || line[0] == 0 ||
         PeerHasClosed(session->controlSocket)) {
         return -1;
@@ -65,14 +73,21 @@ int Converse(Session* session, const char* line) {
     if (!session->busy.IsSet() && !SettleOwedReplies(session)) {
         return -1;
     }
-    session->firstCode = 0;
-    return SendLine(session, line) != -1 ? ReadReply(session) : -1;
+    return SendAndRead(session, line, manner);
 }
 
-/// What becomes of a command that finds the connection lost.
-enum class Loss { isRepaired, isFinal };
+/// Logs in again and sends the line once more, if the session stands where it stood.
+int RepairAndResend(Session* session, const char* line, Manner manner) {
+    constexpr int done = 2;
+    const bool isBack = Reconnect(session);
+    if (isBack && line[0] == 0) {
+        return done;
+    }
+    session->firstCode = 0;
+    return isBack ? SendAndRead(session, line, manner) : -1;
+}
 
-int SendText(Session* session, const char* line, Loss loss) {
+int SendText(Session* session, const char* line, Manner manner) {
     const Exchange exchange(session);
     if (exchange.IsRefused()) {
         return -1;
@@ -83,11 +98,11 @@ int SendText(Session* session, const char* line, Loss loss) {
     }
     const bool isPassword = StartsWith(line, "PASS ");
     CoreConsolePrintText(session->console, isPassword ? "***" : line);
-    const int result = Converse(session, line);
+    const int result = Converse(session, line, manner);
     const bool isClosing = result == 4 && session->firstCode == codeServiceClosing;
     const bool decidesOnClosing = isPassword || StartsWith(line, "USER ");
     const bool isLost = result == -1 || (isClosing && !decidesOnClosing);
-    return isLost && loss == Loss::isRepaired ? RepairAndResend(session, line) : result;
+    return isLost && manner.isRepaired ? RepairAndResend(session, line, manner) : result;
 }
 
 }  // namespace
@@ -154,11 +169,15 @@ int SendLine(Session* session, const char* text) {
 }
 
 int SendCommandText(Session* session, const char* line) {
-    return SendText(session, line, Loss::isRepaired);
+    return SendText(session, line, ordinary);
+}
+
+int SendTransferCommand(Session* session, const char* line) {
+    return SendText(session, line, ofTransfer);
 }
 
 int SendLoginLine(Session* session, const char* line) {
-    const int result = SendText(session, line, Loss::isFinal);
+    const int result = SendText(session, line, ofLogin);
     if (result == -1) {
         session->replyBuffer[0] = 0;  // the answer to the line before says nothing of this one
     }

@@ -9,7 +9,8 @@
 //           got back, or the line can't be sent as it is, or another thread holds the connection
 //   0       no valid reply
 //   1 to 5  the class of the reply; its code stands in `firstCode`. An abort or a time-out counts
-//           as code 421.
+//           as code 421. 1 is for transfers: with other commands the final reply is read too, and
+//           counts.
 
 #include "control/session.h"
 #include "host/core_services.h"
@@ -39,6 +40,10 @@ int SendCommand(Session* session, const char* format, ...) QUENNET_PRINTF(2, 3);
 /// The same with a finished line: a "%" in it is an ordinary character. An empty line sends nothing
 /// and forces a new connection, with result 2.
 int SendCommandText(Session* session, const char* line);
+
+/// The same for a line that data may follow: a preliminary reply is its result, and what comes
+/// after that is the caller's to read.
+int SendTransferCommand(Session* session, const char* line);
 
 /// The same with a line of the login, which is never repaired: -1 also when the connection is lost.
 int SendLoginLine(Session* session, const char* line);

@@ -77,7 +77,7 @@ void AskForSystem(Session* session) {
     ClassifySystem(session);
     if (session->abortFlag.IsSet()) {
         ++session->owedReplies;
-    } else if (session->replyBuffer[3] == '-') {
+    } else {
         ReadRestOfReply(session);
     }
 }

@@ -223,11 +223,25 @@ int ReadReply(Session* session) {
     return ReadLines(session);
 }
 
+int ReadFinalReply(Session* session) {
+    int result = preliminary;
+    for (int reply = 0; reply < mostReplies && result == preliminary; ++reply) {
+        result = ReadReply(session);
+    }
+    session->owedReplies += result == preliminary ? 1 : 0;
+    return result;
+}
+
 void ReadRestOfReply(Session* session) {
     const int code = CodeOfLine(session->replyBuffer);
     session->firstCode = IsReplyCode(code) ? code : 0;
     session->replyDepth = 1;
-    ReadLines(session);
+    const bool goesOn = session->replyBuffer[3] == '-';
+    const int result = goesOn ? ReadLines(session) : session->firstCode / 100;
+    session->replyDepth = 0;
+    if (result == preliminary) {
+        ReadFinalReply(session);
+    }
 }
 
 bool ReplyComesSoon(Session* session) {
@@ -276,12 +290,8 @@ FinalReply::~FinalReply() {
 }
 
 int FinalReply::Read() {
-    int result = preliminary;
-    for (int reply = 0; reply < mostReplies && result == preliminary; ++reply) {
-        result = ReadReply(session_);
-    }
-    read_ = result != preliminary;
-    return result;
+    read_ = true;  // one that does not come is owed already
+    return ReadFinalReply(session_);
 }
 
 }  // namespace quennet

@@ -33,8 +33,12 @@ int ReadReplyLine(Session* session);
 /// `firstCode`. An abort or a time-out counts as code 421. Format: RFC 959, section 4.2.
 int ReadReply(Session* session);
 
-/// Reads what follows on a first line that ReadReplyLine took and that says that more follows, and
-/// prints it. `replyBuffer` must still hold that line.
+/// The same for the reply that ends an exchange: the preliminary ones before it, 16 at most, are
+/// read and printed too. One more of them is the result, and the final reply is owed.
+int ReadFinalReply(Session* session);
+
+/// Reads what follows on a first line that ReadReplyLine took, to the final reply, and prints it.
+/// Reads nothing where that line says that nothing follows. `replyBuffer` must still hold it.
 void ReadRestOfReply(Session* session);
 
 /// True when the server's next byte comes within two seconds, or is there already.
@@ -55,7 +59,7 @@ class FinalReply {
     FinalReply(const FinalReply&) = delete;
     FinalReply& operator=(const FinalReply&) = delete;
 
-    /// Reads it, with the results of ReadReply, and whatever preliminary replies come before it.
+    /// Reads it, with the results of ReadFinalReply.
     int Read();
 
     /// Says that ABOR was sent and one reply read since: whether a second one comes is the server's

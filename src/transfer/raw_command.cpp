@@ -37,7 +37,7 @@ int SendTypedText(Session* session, const char* text) {
     if (exchange.IsRefused()) {
         return -1;
     }
-    const int result = SendCommandText(session, text);
+    const int result = SendTransferCommand(session, text);
     ForgetTypedType(session, text);
     if (result == moreFollows) {
         // Nobody waits for the rest of it: it is taken before the next command.

@@ -249,7 +249,7 @@ int ReceiveFile(Session* session, const char* command, const char* path, GrowBuf
     }
     const bool restartTold = TellRestart(session, &resumeOffset);
     const u32 login = session->logins;
-    if (!restartTold || SendCommandText(session, command) != dataFollows) {
+    if (!restartTold || SendTransferCommand(session, command) != dataFollows) {
         AbandonDataSocket(session);
         return 0;
     }

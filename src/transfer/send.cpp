@@ -116,7 +116,7 @@ int SendFile(Session* session, const char* command, const char* path, char type)
     if (!SetUpTransfer(session, type)) {
         return -1;
     }
-    const int answer = SendCommandText(session, command);
+    const int answer = SendTransferCommand(session, command);
     if (answer != dataFollows) {
         AbandonDataSocket(session);
         return FailureOf(answer);

@@ -15,6 +15,8 @@
 
 #include "transfer/server_to_server.h"
 
+#include <cstdio>
+
 #include "control/command.h"
 #include "control/reply.h"
 #include "control/sockets.h"
@@ -68,7 +70,9 @@ bool JoinServers(Session* source, Session* destination, char type) {
 /// Sends a transfer command. False unless data follows.
 bool Begins(Session* session, const char* verb, const char* name) {
     const u32 login = session->logins;
-    if (SendCommand(session, "%s %s", verb, name) != dataFollows) {
+    char line[pathSize + 8];
+    std::snprintf(line, sizeof line, "%s %s", verb, name);
+    if (SendTransferCommand(session, line) != dataFollows) {
         return false;
     }
     if (session->logins == login) {

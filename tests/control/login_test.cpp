@@ -306,7 +306,7 @@ TEST_F(ConnectTest, EveryEndOfALoginIsToldWithThePanel) {
 
 TEST_F(ConnectTest, ADirectoryThatDoesNotFitIsNotStored) {
     const std::string script =
-        "<- 220 a\n-> USER anna\n<- 230 in\n-> SYST\n<- 502 no\n-> PWD\n"
+        "<- 220 a\n-> USER anna\n<- 230 in\n-> SYST\n<- 120 wait\n<- 502 no\n-> PWD\n"
         "<- 257 \"/" +
         std::string(300, 'd') + "\"\n";
     Run(script);

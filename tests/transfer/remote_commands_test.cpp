@@ -27,6 +27,7 @@ constexpr auto renaming = MessageNumber::remoteRename;
 const CommandRow commandRows[] = {
     {removal, "a b%s", "DELE a b%s=250 ok", 0},
     {removal, "a", "DELE a=450 busy", 4},
+    {removal, "a", "DELE a=150 wait\n<- 125 still\n<- 250 ok", 0},
     {removal, "a", "DELE a=500 what", 5},
     {removal, "a\r\nDELE b", "", -1},
     {dirRemoval, "d", "RMD d=250 ok", 0},
