@@ -18,11 +18,21 @@ struct GotoRequest {
     GotoDoneCallback done;
 };
 
+/// Makes the directory the session's own. A connection that is busy is left as it is.
+bool GoesThere(Session* session, const GotoRequest* request) {
+    const Exchange exchange(session);
+    if (IsBusy(session, exchange)) {
+        return false;
+    }
+    session->hostCookie = request->cookie;
+    return ChangeSessionDir(session, request->directory);
+}
+
 DWORD WINAPI GotoWorker(void* argument) {
     auto* request = static_cast<GotoRequest*>(argument);
     Session* session = request->session;
     request->begins(request->cookie, session->handle->panelId);
-    if (ChangeSessionDir(session, request->directory)) {
+    if (GoesThere(session, request)) {
         request->done(request->cookie, request->name);
     }
     CoreFreeRecord(request);
@@ -52,14 +62,13 @@ GotoRequest* NewRequest(Session* session, const char* name, const char* director
 void GotoDirectory(Session* session, const char* name, const char* directory, u16 cookie,
                    GotoBeginsCallback begins, GotoDoneCallback done) {
     const SessionUse use(session);
-    if (session == nullptr || IsBusy(session, Exchange(session))) {
+    if (session == nullptr) {
         return;
     }
     GotoRequest* request = NewRequest(session, name, directory);
     if (request == nullptr) {
         return;
     }
-    session->hostCookie = cookie;
     request->cookie = cookie;
     request->begins = begins;
     request->done = done;

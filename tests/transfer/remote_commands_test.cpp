@@ -125,7 +125,6 @@ TEST_F(RemoteCommandTest, WhatAnotherExchangeOwnsIsLeftAlone) {
     }
     EXPECT_EQ(session->progress, &running);
     session->progress = nullptr;
-    Host().Send(MessageNumber::gotoDirectory, session, "a", "b", 1, 0, 0);
     Host().Send(MessageNumber::rawCommand, 0, session->handle, "NOOP", 1);
     EXPECT_TRUE(session->abortFlag.IsSet());
     EXPECT_FALSE(session->users.IsSet());

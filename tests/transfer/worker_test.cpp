@@ -1,5 +1,6 @@
 // What runs on a thread of its own: going to a directory for a panel, and typed command lines.
 
+#include "control/exchange.h"
 #include "host/message.h"
 #include "listing/cache.h"
 #include "support/session_test.h"
@@ -74,6 +75,12 @@ TEST_F(WorkerTest, ThePanelHearsOfTheBeginAndOfSuccess) {
     EXPECT_STREQ(session->site.directory, "/new");
     EXPECT_EQ(session->currentCacheIndex, 0u);
 
+    {
+        const Exchange another(session);
+        GoTo("x", "/old");
+        EXPECT_THAT(Heard(), ElementsAre("begin 9 panel 1", "foreground"));
+        EXPECT_EQ(Lines().back(), "Command in progress, ignored.");
+    }
     GoTo(std::string(pathSize, 'n'), "/new");
     GoTo("x", std::string(pathSize, 'd'));
     EXPECT_THAT(Heard(), IsEmpty()) << "nothing is cut";
