@@ -2,6 +2,8 @@
 
 #include <errno.h>
 #include <fcntl.h>
+#include <limits.h>
+#include <poll.h>
 #include <string.h>
 #include <sys/stat.h>
 #include <time.h>
@@ -78,7 +80,9 @@ int OpenFlags(u32 access) {
 }  // namespace
 
 std::string FileFailure::Text() const {
-    return path + ": " + std::generic_category().message(code);
+    const std::string cause = code == ENXIO ? "nobody reads from it or writes to it"
+                                            : std::generic_category().message(code);
+    return path + ": " + cause;
 }
 
 const std::optional<FileFailure>& LastFileFailure() {
@@ -131,8 +135,8 @@ int CheckFile(const std::string& path) {
     return LookAtPath(path, status);
 }
 
-LocalFile::LocalFile(std::string path, int descriptor, bool seekable)
-    : path_(std::move(path)), descriptor_(descriptor), seekable_(seekable) {}
+LocalFile::LocalFile(std::string path, int descriptor, bool seekable, bool canStall)
+    : path_(std::move(path)), descriptor_(descriptor), seekable_(seekable), canStall_(canStall) {}
 
 LocalFile::~LocalFile() {
     if (descriptor_ != -1) {
@@ -177,7 +181,9 @@ std::unique_ptr<LocalFile> LocalFile::Adopt(const std::string& path, int descrip
         return nullptr;
     }
     const bool seekable = !isOutput && S_ISREG(status.st_mode);
-    return std::unique_ptr<LocalFile>(new LocalFile(path, descriptor, seekable));
+    const bool canStall =
+        S_ISFIFO(status.st_mode) || S_ISSOCK(status.st_mode) || isatty(descriptor) != 0;
+    return std::unique_ptr<LocalFile>(new LocalFile(path, descriptor, seekable, canStall));
 }
 
 int LocalFile::Fail(int code) {
@@ -191,13 +197,31 @@ bool LocalFile::MakeBuffer() {
     return buffer_ != nullptr;
 }
 
+/// Writes some of it at `bufferStart_`; below 0 with errno after a failure. Whoever should take it
+/// at the other end may not: then the wait ends with an abort.
+ssize_t LocalFile::WriteSome(const std::byte* data, std::size_t size) {
+    if (seekable_) {
+        return pwrite(descriptor_, data, size, static_cast<off_t>(bufferStart_));
+    }
+    if (!canStall_) {
+        return write(descriptor_, data, size);
+    }
+    constexpr int lookMilliseconds = 100;  // between two looks at the abort
+    pollfd other = {descriptor_, POLLOUT, 0};
+    while (poll(&other, 1, lookMilliseconds) == 0) {
+        if (AbortIsPending()) {
+            errno = ECANCELED;
+            return -1;
+        }
+    }
+    return write(descriptor_, data, std::min<std::size_t>(size, PIPE_BUF));
+}
+
 /// Writes at `bufferStart_`, which moves on.
 int LocalFile::WriteOut(const std::byte* data, std::size_t size) {
     while (size > 0) {
-        const ssize_t count =
-            seekable_ ? pwrite(descriptor_, data, size, static_cast<off_t>(bufferStart_))
-                      : write(descriptor_, data, size);
-        if (count < 0 && errno == EINTR) {
+        const ssize_t count = WriteSome(data, size);
+        if (count < 0 && (errno == EINTR || errno == EAGAIN)) {
             continue;
         }
         if (count <= 0) {

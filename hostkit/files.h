@@ -37,7 +37,8 @@ class LocalFile {
     static constexpr std::size_t bufferSize = 128 * 1024;
 
     /// Creates a file, mode 0666 less the umask, or empties the one that is there. Null after a
-    /// failure. Refused with ECANCELED while an abort is pending (SetAbortPending).
+    /// failure, ENXIO for a pipe without a reader. Refused with ECANCELED while an abort is pending
+    /// (SetAbortPending), which also ends a write that nobody takes.
     static std::unique_ptr<LocalFile> Create(const std::string& path);
 
     /// Opens an existing file that is no directory. `access` is one of the module's access words.
@@ -60,11 +61,12 @@ class LocalFile {
   private:
     enum class Holds { nothing, readAhead, gathered };
 
-    LocalFile(std::string path, int descriptor, bool seekable);
+    LocalFile(std::string path, int descriptor, bool seekable, bool canStall);
     static std::unique_ptr<LocalFile> Adopt(const std::string& path, int descriptor, bool isOutput);
 
     int Fail(int code);
     int Flush();
+    ssize_t WriteSome(const std::byte* data, std::size_t size);
     int WriteOut(const std::byte* data, std::size_t size);
     int ReadAhead();
     ssize_t ReadSome(void* target, std::size_t size);
@@ -73,6 +75,7 @@ class LocalFile {
     std::string path_;
     int descriptor_;
     bool seekable_;
+    bool canStall_;  // whoever is at the other end decides
     bool written_ = false;
     int writeError_ = 0;  // of the first failed write
     u64 position_ = 0;    // of the next read or write

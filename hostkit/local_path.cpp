@@ -78,8 +78,9 @@ class BoundPath {
 
 int OpenPath(const std::string& path, int flags, mode_t mode) {
     const BoundPath bound(path);
+    constexpr int always = O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
     return bound.Reached()
-               ? openat(bound.Folder(), bound.Name(), flags | O_CLOEXEC | bound.OpenFlag(), mode)
+               ? openat(bound.Folder(), bound.Name(), flags | always | bound.OpenFlag(), mode)
                : -1;
 }
 

@@ -74,7 +74,11 @@ LocalTarget ChooseTarget(const std::optional<std::string>& output, const Url& ur
     if (path.size() > longestPath) {
         throw Failure(ExitStatus::failed, "the local path has more than 259 characters");
     }
-    return {path};
+    const LocalTarget target = {path};
+    if (path != output && target.IsStream()) {
+        throw Failure(ExitStatus::failed, path + " is no regular file");
+    }
+    return target;
 }
 
 }  // namespace cli

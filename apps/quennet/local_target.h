@@ -21,9 +21,9 @@ struct LocalTarget {
 };
 
 /// `output` is what the user named: nothing (the working directory), a file, a folder, which ends
-/// in
-/// '/' or exists, or «-». A name that the user did not give comes from the URL, and is checked.
-/// Throws a Failure for a URL that names no file, and for a folder that is not there.
+/// in '/' or exists, or «-». A name that the user did not give comes from the URL, and is checked;
+/// only one that was given may be something else than a regular file. Throws a Failure for a URL
+/// that names no file, and for a folder that is not there.
 LocalTarget ChooseTarget(const std::optional<std::string>& output, const Url& url);
 
 }  // namespace cli

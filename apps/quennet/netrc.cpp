@@ -1,14 +1,15 @@
 #include "netrc.h"
 
 #include <strings.h>
-#include <sys/stat.h>
 
+#include <cstdint>
 #include <fstream>
-#include <iterator>
 
 namespace cli {
 
 namespace {
+
+namespace fs = std::filesystem;
 
 constexpr std::string_view blanks = " \t\r\n";
 
@@ -79,6 +80,15 @@ struct Entry {
     }
 };
 
+/// The beginning of a file, empty when it can't be read.
+std::string ReadAtMost(const fs::path& file, std::size_t longest) {
+    std::string text(longest, '\0');
+    std::ifstream stream(file, std::ios::binary);
+    stream.read(text.data(), static_cast<std::streamsize>(longest));
+    text.resize(static_cast<std::size_t>(stream.gcount()));
+    return text;
+}
+
 bool SameHost(const std::string& machine, std::string_view host) {
     return machine.size() == host.size() &&
            strncasecmp(machine.data(), host.data(), host.size()) == 0;
@@ -117,12 +127,21 @@ std::optional<std::string> FindNetrcPassword(std::string_view text, std::string_
 std::optional<std::string> ReadNetrcPassword(
     const std::filesystem::path& file, std::string_view host, std::string_view user,
     const std::function<void(const std::string& warning)>& warn) {
-    std::ifstream stream(file, std::ios::binary);
-    const std::string text{std::istreambuf_iterator<char>(stream), {}};
+    constexpr std::uintmax_t longest = 1 << 20;
+    constexpr auto readableByOthers = fs::perms::group_read | fs::perms::others_read;
+    std::error_code error;
+    const fs::file_status status = fs::status(file, error);
+    if (!fs::exists(status)) {
+        return std::nullopt;
+    }
+    const std::string text = fs::is_regular_file(status) ? ReadAtMost(file, longest + 1) : "";
+    if (!fs::is_regular_file(status) || text.size() > longest) {
+        warn(file.string() + " is not read: it is " +
+             (text.empty() ? "no regular file" : "longer than 1 MiB"));
+        return std::nullopt;
+    }
     const auto password = FindNetrcPassword(text, host, user);
-    struct stat status;
-    constexpr mode_t readableByOthers = S_IRGRP | S_IROTH;
-    if (password && stat(file.c_str(), &status) == 0 && (status.st_mode & readableByOthers) != 0) {
+    if (password && (status.permissions() & readableByOthers) != fs::perms::none) {
         warn("others can read the passwords in " + file.string() + "; chmod 600 keeps them out");
     }
     return password;

@@ -17,8 +17,9 @@ namespace cli {
 std::optional<std::string> FindNetrcPassword(std::string_view text, std::string_view host,
                                              std::string_view user);
 
-/// The same from a file; nothing when it can't be read. `warn` hears of a file that others can read
-/// although it holds the password.
+/// The same from a regular file of at most 1 MiB; nothing when it can't be read. `warn` hears of
+/// anything else that stands there, and of a file that others can read although it holds the
+/// password.
 std::optional<std::string> ReadNetrcPassword(
     const std::filesystem::path& file, std::string_view host, std::string_view user,
     const std::function<void(const std::string& warning)>& warn);

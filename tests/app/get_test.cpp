@@ -1,5 +1,7 @@
 // quennet get.
 
+#include <sys/stat.h>
+
 #include "app/program_test.h"
 
 namespace {
@@ -58,7 +60,10 @@ TEST_F(GetTest, TheUserChoosesWhereItGoesAndTheDateIsTheServers) {
     EXPECT_EQ(result.output, "12345");
     Run({"get", "-o", "/dev/null", url});
     Fails({"get", "-o", "missing/x", url});
-    ExpectAtHome({"sub"});
+    ASSERT_EQ(mkfifo((home / "file").c_str(), 0600), 0);
+    Fails({"get", "--overwrite", url}, "file is no regular file");
+    Fails({"get", "-o", "file", url}, "file: nobody reads");
+    ExpectAtHome({"file", "sub"});
 }
 
 TEST_F(GetTest, AnExistingFileIsTreatedAsTheUserSays) {

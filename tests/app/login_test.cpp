@@ -36,6 +36,10 @@ TEST_F(LoginTest, ThePasswordComesFromTheUrlOrNetrcAndNeverShows) {
     WriteNetrc("machine 127.0.0.1 login bert password from-netrc\n", 0644);
     Run({"ls", Url("", "bert")});
     EXPECT_THAT(result.errors, HasSubstr("chmod 600"));
+
+    std::filesystem::remove(home / ".netrc");
+    std::filesystem::create_symlink("/dev/zero", home / ".netrc");
+    Fails({"ls", Url("", "bert")}, ".netrc is not read: it is no regular file", exitNoConnection);
 }
 
 TEST_F(LoginTest, WithoutAPasswordAndATerminalThereIsNoLogin) {

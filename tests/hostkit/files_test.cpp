@@ -12,6 +12,7 @@
 #include <cerrno>
 #include <ctime>
 #include <iomanip>
+#include <thread>
 
 #include "host/shell_services.h"
 #include "hostkit/child_process.h"
@@ -176,6 +177,22 @@ TEST_F(FilesTest, NothingIsCreatedWhileAnAbortIsPending) {
     }
     EXPECT_EQ(ReadWhole(path), "partial");
     EXPECT_NE(LocalFile::Create(path), nullptr);
+}
+
+TEST_F(FilesTest, APipeMakesNobodyWaitForItsReader) {
+    ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+    EXPECT_EQ(LocalFile::Create(path), nullptr);
+    EXPECT_EQ(hostkit::LastFileFailure()->code, ENXIO);
+    const auto reader = LocalFile::Open(path, accessRead);
+    auto writer = LocalFile::Create(path);
+    ASSERT_NE(writer, nullptr);
+    const std::string text = MixedBytes(16 * LocalFile::bufferSize);
+    std::thread abort([] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        hostkit::SetAbortPending(true);
+    });
+    EXPECT_EQ(writer->Write(text.data(), text.size()), ECANCELED);
+    abort.join();
 }
 
 TEST_F(FilesTest, ARegisteredOutputTakesOneFile) {
