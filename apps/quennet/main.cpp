@@ -71,7 +71,7 @@ void Run(const Options& options, Status& status) {
         RunConnect(options, status);
         return;
     }
-    Watch watch(options.idleTimeout);
+    Watch watch(options.idleTimeout, status);
     for (const WatchedCommand& command : watchedCommands) {
         if (command.command == options.command) {
             command.run(options, watch, status);

@@ -1,13 +1,15 @@
 #pragma once
 // Standard error: finished lines, and one line at the bottom that changes.
 
+#include <atomic>
 #include <mutex>
 #include <string>
 #include <string_view>
 
 namespace cli {
 
-/// Operations may be called on any thread. All text is made harmless for a terminal.
+/// Operations may be called on any thread. All text is made harmless for a terminal. A line waits
+/// for whoever reads standard error, the changing one is left out when that would be a wait.
 class Status {
   public:
     Status();
@@ -29,6 +31,12 @@ class Status {
     /// Shows a question, without a line end.
     void Ask(std::string_view question);
 
+    /// The program is to end: from now on nothing waits, and what nobody takes is lost.
+    void Hurry() { hurried_ = true; }
+
+    /// Writes the last line of a program that is to end at once, whatever other threads do.
+    void LastLine(std::string_view text);
+
     /// Lines wait until the object goes: the terminal belongs to a display.
     class Hold {
       public:
@@ -44,8 +52,12 @@ class Status {
   private:
     void SetHeld(bool held);
     void Write(const std::string& bytes);
+    void WriteLine(std::string_view text);
+    bool CanWrite(int milliseconds) const;
 
     const bool isTerminal_;
+    const int descriptor_;  // standard error, or its terminal opened anew so that no write blocks
+    std::atomic<bool> hurried_ = false;
     std::mutex mutex_;
     std::string bottom_;
     bool held_ = false;

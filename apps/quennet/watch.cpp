@@ -1,14 +1,15 @@
 #include "watch.h"
 
 #include <fcntl.h>
-#include <signal.h>
 #include <time.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <utility>
 
 #include "failure.h"
 #include "hostkit/memory.h"
+#include "quennet_platform.h"
 
 namespace cli {
 
@@ -17,6 +18,8 @@ namespace {
 constexpr long tickNanoseconds = 100'000'000;
 constexpr int lastSignal = 3;
 constexpr auto farewellTime = std::chrono::seconds(2);
+constexpr auto hurriedFarewellTime = std::chrono::milliseconds(400);  // after the first signal
+constexpr auto signalTime = std::chrono::milliseconds(900);
 
 sigset_t WatchedSignals() {
     sigset_t signals;
@@ -29,7 +32,8 @@ sigset_t WatchedSignals() {
 
 }  // namespace
 
-Watch::Watch(std::chrono::seconds idleTimeout) : idleTimeout_(idleTimeout) {
+Watch::Watch(std::chrono::seconds idleTimeout, Status& status)
+    : idleTimeout_(idleTimeout), status_(status) {
     int ends[2];
     if (pipe2(ends, O_CLOEXEC | O_NONBLOCK) != 0) {
         throw Failure(ExitStatus::failed, "no descriptor is left");
@@ -37,7 +41,7 @@ Watch::Watch(std::chrono::seconds idleTimeout) : idleTimeout_(idleTimeout) {
     wakeRead_ = ends[0];
     wakeWrite_ = ends[1];
     const sigset_t signals = WatchedSignals();
-    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    pthread_sigmask(SIG_BLOCK, &signals, &signalsBefore_);
     thread_ = std::thread([this] { Run(); });
 }
 
@@ -47,6 +51,9 @@ Watch::~Watch() {
     thread_.join();
     close(wakeRead_);
     close(wakeWrite_);
+    if (signals_ == 0) {
+        pthread_sigmask(SIG_SETMASK, &signalsBefore_, nullptr);
+    }
 }
 
 std::string Watch::Reason() const {
@@ -63,15 +70,27 @@ void Watch::Run() {
         if (signalled && !ending_) {
             TakeSignal();
         }
+        if (signals_ != 0 && Clock::now() - firstSignal_ >= signalTime) {
+            EndProcess();
+        }
         Look();
     }
 }
 
 void Watch::TakeSignal() {
-    if (++signals_ >= lastSignal) {
-        _exit(static_cast<int>(ExitStatus::failed));
+    if (++signals_ == 1) {
+        firstSignal_ = Clock::now();
+        status_.Hurry();
     }
     Decide(Verdict::interrupted);
+    if (signals_ >= lastSignal) {
+        EndProcess();
+    }
+}
+
+void Watch::EndProcess() {
+    status_.LastLine("quennet: " + Reason());
+    _exit(static_cast<int>(ExitStatus::failed));
 }
 
 void Watch::Decide(Verdict verdict) {
@@ -92,8 +111,12 @@ void Watch::Look() {
     if (NothingMoves()) {
         Decide(Verdict::idle);
     }
+    if (signals_ != 0) {
+        abortFrom_ = std::min(abortFrom_, firstSignal_ + hurriedFarewellTime);
+    }
     if (Ended() && Clock::now() >= abortFrom_) {
         connection_->Abort();
+        QuennetEndSocketWaits();
     }
 }
 

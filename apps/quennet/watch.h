@@ -2,6 +2,8 @@
 // The thread that ends what takes too long: it hears Ctrl-C, watches whether data moves, and aborts
 // the operation that runs, again and again until it has returned.
 
+#include <signal.h>
+
 #include <atomic>
 #include <chrono>
 #include <functional>
@@ -10,6 +12,7 @@
 
 #include "hostkit/connection.h"
 #include "hostkit/types.h"
+#include "status.h"
 
 namespace cli {
 
@@ -17,9 +20,11 @@ class Watch {
   public:
     using Clock = std::chrono::steady_clock;
 
-    /// Takes SIGINT, SIGTERM and SIGHUP for the process from here on, so it must come before all
-    /// other threads. The third signal ends the process at once. An `idleTimeout` of 0 is none.
-    explicit Watch(std::chrono::seconds idleTimeout);
+    /// Takes SIGINT, SIGTERM and SIGHUP for the process, so it must come before all other threads,
+    /// and gives them back at its end unless one has come. A process that is still there
+    /// 0.9 seconds after the first signal is ended with the reason as its last line, one that gets
+    /// a third at once. An `idleTimeout` of 0 is none.
+    Watch(std::chrono::seconds idleTimeout, Status& status);
     ~Watch();
     Watch(const Watch&) = delete;
     Watch& operator=(const Watch&) = delete;
@@ -77,11 +82,13 @@ class Watch {
   private:
     void Run();
     void TakeSignal();
+    [[noreturn]] void EndProcess();
     void Look();
     void Decide(Verdict verdict);
     bool NothingMoves();
 
     const std::chrono::seconds idleTimeout_;
+    Status& status_;
     std::atomic<Verdict> verdict_ = Verdict::goOn;
     std::atomic<bool> ending_ = false;
     std::atomic<hostkit::u32> moves_ = 0;
@@ -89,6 +96,8 @@ class Watch {
     int wakeRead_ = -1;
     int wakeWrite_ = -1;
     int signals_ = 0;
+    Clock::time_point firstSignal_;
+    sigset_t signalsBefore_;
 
     std::mutex mutex_;  // of the operation that runs
     hostkit::Connection* connection_ = nullptr;

@@ -53,6 +53,10 @@ typedef struct QuennetOpenObjects {
 
 QUENNET_PLATFORM_API void QuennetCountOpenObjects(QuennetOpenObjects* count);
 
+/// Ends the waits for sockets that are in progress in the process and have a time limit, as if
+/// their time were over: who waits in short pieces and looks at a flag between them sees it now.
+QUENNET_PLATFORM_API void QuennetEndSocketWaits(void);
+
 /// Makes the message loop of a thread call Display::RunInput once more.
 QUENNET_PLATFORM_API void QuennetWakeThread(DWORD thread);
 

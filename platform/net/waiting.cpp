@@ -1,10 +1,15 @@
 #include "net/waiting.h"
 
+#include <sys/eventfd.h>
+
 #include <algorithm>
+#include <array>
+#include <atomic>
 #include <limits>
 #include <vector>
 
 #include "base/before_wait.h"
+#include "quennet_platform.h"
 
 namespace quennet::net {
 
@@ -52,6 +57,34 @@ UnsentList& UnsentOfThread() {
     return list;
 }
 
+/// Ends all sleeps at once. Of two events one is awaited and the other one set: a round sets the
+/// first and clears the second, which those that come then await. A sleeper that missed a round in
+/// between is reached by a later one.
+class EndOfSleeps {
+  public:
+    int Descriptor() const { return events_[round_ % 2]; }
+
+    void Set() {
+        const std::lock_guard guard(lock_);
+        const unsigned round = round_;
+        eventfd_t ignored = 0;
+        eventfd_read(events_[(round + 1) % 2], &ignored);
+        round_ = round + 1;
+        eventfd_write(events_[round % 2], 1);
+    }
+
+  private:
+    const std::array<int, 2> events_ = {eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK),
+                                        eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)};
+    std::atomic<unsigned> round_ = 0;
+    std::mutex lock_;
+};
+
+EndOfSleeps& TheEndOfSleeps() {
+    static EndOfSleeps& end = *new EndOfSleeps;  // threads may outlive the library's own objects
+    return end;
+}
+
 /// What one sleep is about: the caller's sockets first, then those with bytes still to push. Their
 /// descriptors stay open as long as this object lives.
 class PollList {
@@ -74,13 +107,15 @@ class PollList {
     PollList(const PollList&) = delete;
     PollList& operator=(const PollList&) = delete;
 
-    /// Sleeps, and marks what the caller's sockets have.
-    void Poll(int milliseconds) {
+    /// Sleeps, and marks what the caller's sockets have. True when all sleeps are to end.
+    bool Poll(int milliseconds) {
+        polled_.push_back({milliseconds < 0 ? -1 : TheEndOfSleeps().Descriptor(), POLLIN, 0});
         ::poll(polled_.data(), polled_.size(), anyGone_ ? 0 : milliseconds);
         for (std::size_t index = 0; index < awaited_.size(); ++index) {
             const pollfd& one = polled_[index];  // without events after an interruption
             awaited_[index].seen = one.fd < 0 ? short{POLLNVAL} : one.revents;
         }
+        return polled_.back().revents != 0;
     }
 
   private:
@@ -124,10 +159,10 @@ int Deadline::RestForPoll() const {
 int AwaitSockets(std::span<Awaited> awaited, const Deadline& deadline) {
     for (;;) {
         UnsentOfThread().Push();
-        PollList(awaited).Poll(deadline.RestForPoll());
+        const bool ends = PollList(awaited).Poll(deadline.RestForPoll());
         const auto seen = std::count_if(awaited.begin(), awaited.end(),
                                         [](const Awaited& one) { return one.seen != 0; });
-        if (seen > 0 || deadline.RestForPoll() == 0) {
+        if (seen > 0 || ends || deadline.RestForPoll() == 0) {
             return static_cast<int>(seen);
         }
     }
@@ -142,6 +177,10 @@ void PushUnsentOfThread() {
 }
 
 }  // namespace quennet::net
+
+void QuennetEndSocketWaits() {
+    quennet::net::TheEndOfSleeps().Set();
+}
 
 void quennet::BeforeWait() {
     net::PushUnsentOfThread();

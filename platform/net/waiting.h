@@ -30,8 +30,9 @@ struct Awaited {
 };
 
 /// Sleeps until one of the sockets has what is awaited, or the deadline has come; an interruption
-/// by a signal does not end it. Pushes what the thread has combined, before and meanwhile. Returns
-/// how many sockets have something in `seen`. Holds no lock.
+/// by a signal does not end it, QuennetEndSocketWaits does when there is a deadline. Pushes what
+/// the thread has combined, before and meanwhile. Returns how many sockets have something in
+/// `seen`. Holds no lock.
 int AwaitSockets(std::span<Awaited> awaited, const Deadline& deadline);
 
 /// Remembers that the calling thread left unsent bytes on the socket.
