@@ -5,9 +5,9 @@
 # it, and runs `make TARGET` there for each target as a stranger would: as root, or as a user without
 # sudo. Where the user can't go on, root does what the last line told, and the user tries again.
 #
-# The system without the clone is kept as build/bare-root/base for the next run; remove that for a
-# new one. Package sources and the way to them are those of this machine. Mounts and processes are in
-# namespaces that end with this script.
+# The system without the clone stays in build/bare-root/base for the next run, and a machine on which
+# a target failed in build/bare-root/ROLE, to be looked at. Package sources and the way to them are
+# those of this machine. Mounts and processes are in namespaces that end with this script.
 #
 # Exit status: 0 all targets succeeded, 1 one failed, 2 usage, 3 no bare root can be had here.
 set -euo pipefail
@@ -121,3 +121,4 @@ unshare --mount --pid --fork --kill-child "$0" --in-namespaces "$@" &
 trap 'kill -KILL $! 2>/dev/null || true' EXIT
 trap 'exit 1' INT TERM HUP
 wait $!
+rm -rf "${folder:?}/$1"

@@ -21,7 +21,8 @@ case "${1:-}" in
     fuzz) needed+=(clang:clang++ libclang-rt-14-dev:-) ;;
     ci)
         needed+=(g++-multilib:- g++-mingw-w64-i686-posix:i686-w64-mingw32-g++-posix
-            clang:clang++ libclang-rt-14-dev:- clang-format-14:clang-format-14 git:git)
+            clang:clang++ libclang-rt-14-dev:- clang-format-14:clang-format-14 git:git
+            debootstrap:debootstrap)
         useful+=(tmux:tmux iproute2:ip python3:/usr/bin/python3
             libbenchmark-dev:/usr/include/benchmark/benchmark.h curl:curl lftp:lftp)
         ;;
