@@ -75,8 +75,8 @@ if [ ${#wanted[@]} -eq 0 ]; then
 fi
 if may_install; then
     echo "Installing ${wanted[*]}" >&2
-    # Package lists may be absent or old on a fresh machine.
-    install_packages "${wanted[@]}" ||
+    # Package lists may be absent or old on a fresh machine; only the second try's errors count.
+    install_packages "${wanted[@]}" 2>/dev/null ||
         { as_root apt-get -q update >/dev/null && install_packages "${wanted[@]}"; }
     mapfile -t wanted < <(missing "${needed[@]}" "${useful[@]}")
 fi
