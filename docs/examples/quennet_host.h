@@ -382,12 +382,11 @@ typedef struct QuennetShellServices {
     void (*prepareList)(QuennetWindow list);
     void (*setViewStyle)(QuennetWindow list, uint32_t view);  // 40
     void (*saveColumns)(const QuennetColumnRow* columns, const char* name, const char* file);
-    uint32_t (*readSetting)(const char* section, const char* key, const char* standard,
-                            char* buffer, uint32_t size, const char* file);
-    int32_t (*writeSetting)(const char* section, const char* key, const char* value,
-                            const char* file);
-    uint32_t (*readSection)(const char* section, char* buffer, uint32_t size, const char* file);
-    int32_t (*writeSection)(const char* section, const char* text, const char* file);  // 45
+    void (*readSetting)(const char* section, const char* key, const char* standard, char* buffer,
+                        uint32_t size, const char* file);
+    void (*writeSetting)(const char* section, const char* key, const char* value, const char* file);
+    void (*readSection)(const char* section, char* buffer, uint32_t size, const char* file);
+    void (*writeSection)(const char* section, const char* text, const char* file);  // 45
     void (*loadPlacement)(const char* file, const char* name, int32_t* x, int32_t* y,
                           int32_t* width, int32_t* height, uint32_t* word);
     void (*savePlacement)(QuennetWindow window, const char* file, const char* name);

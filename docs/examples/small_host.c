@@ -177,8 +177,8 @@ static void GetProfilePath(QuennetWord profile, char* path) {
     path[0] = '\0';  // the name is only handed back to the services below
 }
 
-static uint32_t ReadSetting(const char* name, const char* key, const char* standard, char* buffer,
-                            uint32_t size, const char* path) {
+static void ReadSetting(const char* name, const char* key, const char* standard, char* buffer,
+                        uint32_t size, const char* path) {
     const struct {
         const char* section;
         const char* key;
@@ -197,26 +197,19 @@ static uint32_t ReadSetting(const char* name, const char* key, const char* stand
         }
     }
     snprintf(buffer, size, "%s", value);
-    return (uint32_t)strlen(value);
 }
 
-static uint32_t ReadSection(const char* name, char* buffer, uint32_t size, const char* path) {
+static void ReadSection(const char* name, char* buffer, uint32_t size, const char* path) {
     if (size > 0) {
         buffer[0] = '\0';
     }
-    return 0;
 }
 
 // What the dialog stores is not kept.
 
-static int32_t WriteSetting(const char* name, const char* key, const char* value,
-                            const char* path) {
-    return 0;
-}
+static void WriteSetting(const char* name, const char* key, const char* value, const char* path) {}
 
-static int32_t WriteSection(const char* name, const char* text, const char* path) {
-    return 0;
-}
+static void WriteSection(const char* name, const char* text, const char* path) {}
 
 /// Asked when the server wants a password and the site has none, as here. 0 is a cancel.
 static int32_t AskPassword(QuennetWindow owner, QuennetPasswordQuestion* question) {

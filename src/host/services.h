@@ -180,28 +180,27 @@ inline i32& CurrentSiteId() {
         hostTables.shell->words[static_cast<u32>(ShellService::currentSiteId)]);
 }
 
+// Hosts differ in the results of the settings services, so they are not looked at.
+
 /// Value of a key, empty when it is missing.
 inline void ShellReadSetting(const char* section, const char* key, char* buffer, u32 size,
                              const char* file) {
+    buffer[0] = 0;
     Shell<ShellReadSettingFunction>(ShellService::readSetting)(section, key, "", buffer, size,
                                                                file);
 }
 
-/// True when the value was stored.
-inline bool ShellWriteSetting(const char* section, const char* key, const char* value,
+inline void ShellWriteSetting(const char* section, const char* key, const char* value,
                               const char* file) {
-    return Shell<ShellWriteSettingFunction>(ShellService::writeSetting)(section, key, value,
-                                                                        file) == 0;
+    Shell<ShellWriteSettingFunction>(ShellService::writeSetting)(section, key, value, file);
 }
 
-/// Length of the section's whole text.
-inline u32 ShellReadSection(const char* section, char* buffer, u32 size, const char* file) {
-    return Shell<ShellReadSectionFunction>(ShellService::readSection)(section, buffer, size, file);
+inline void ShellReadSection(const char* section, char* buffer, u32 size, const char* file) {
+    Shell<ShellReadSectionFunction>(ShellService::readSection)(section, buffer, size, file);
 }
 
-/// True when the section was replaced.
-inline bool ShellWriteSection(const char* section, const char* text, const char* file) {
-    return Shell<ShellWriteSectionFunction>(ShellService::writeSection)(section, text, file) == 0;
+inline void ShellWriteSection(const char* section, const char* text, const char* file) {
+    Shell<ShellWriteSectionFunction>(ShellService::writeSection)(section, text, file);
 }
 
 inline void ShellListAction1(HWND window, u32 listId) {

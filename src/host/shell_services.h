@@ -149,16 +149,16 @@ using ShellWriteTextLineFunction = i32 (*)(HWND window, ShellFile file, const ch
 using ShellReadDirectoryFunction = DirEntry* (*)(const char* path, FtpHandle* handle, u32 option);
 using ShellAddProgressFunction = void (*)(HostWord progress, u32 bytes);
 
-// Settings. A read fills at most `size` bytes with the terminator and returns the length of the
-// whole text, so a text that the buffer cut has at least `size`. A write gives 0 when it is stored.
-using ShellReadSettingFunction = u32 (*)(const char* section, const char* key,
-                                         const char* defaultText, char* buffer, u32 size,
-                                         const char* file);
-using ShellWriteSettingFunction = i32 (*)(const char* section, const char* key, const char* value,
+// Settings. A read fills at most `size` bytes with the terminator; a section's text is in whatever
+// form the host's write takes back. A result that a host gives is not looked at.
+using ShellReadSettingFunction = void (*)(const char* section, const char* key,
+                                          const char* defaultText, char* buffer, u32 size,
                                           const char* file);
-using ShellReadSectionFunction = u32 (*)(const char* section, char* buffer, u32 size,
-                                         const char* file);
-using ShellWriteSectionFunction = i32 (*)(const char* section, const char* text, const char* file);
+using ShellWriteSettingFunction = void (*)(const char* section, const char* key, const char* value,
+                                           const char* file);
+using ShellReadSectionFunction = void (*)(const char* section, char* buffer, u32 size,
+                                          const char* file);
+using ShellWriteSectionFunction = void (*)(const char* section, const char* text, const char* file);
 using ShellLoadPlacementFunction = void (*)(const char* file, const char* name, i32* x, i32* y,
                                             i32* width, i32* height, u32* word);
 using ShellSavePlacementFunction = void (*)(HWND window, const char* file, const char* name);

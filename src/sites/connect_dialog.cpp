@@ -54,7 +54,7 @@ constexpr SiteField siteFields[] = {
 
 struct ConnectDialogState {
     ConnectParams* params;
-    char* snapshot;  // the whole book as it was when the dialog opened
+    char* snapshot;  // the book as it was when the dialog opened; null when it can't be had whole
 };
 
 ConnectDialogState* StateOf(HWND dialog) {
@@ -82,11 +82,12 @@ ConnectDialogState* NewState(ConnectParams* params, const char* file) {
         return nullptr;
     }
     state->params = params;
-    state->snapshot = ReadWholeSection(siteSection, file);
-    if (state->snapshot == nullptr) {
+    BookText book(file);
+    if (!book.IsThere()) {
         CoreFree(&block);
         return nullptr;
     }
+    state->snapshot = book.Release();
     return state;
 }
 
@@ -262,16 +263,23 @@ void FillSite(HWND dialog, SiteRecord* site) {
     CutScheme(site->host);
 }
 
+void RestoreBook(const ConnectDialogState* state, const char* file) {
+    if (state->snapshot != nullptr) {
+        ShellWriteSection(siteSection, state->snapshot, file);
+    }
+}
+
 /// The connection goes on whatever becomes of the book.
-void StoreBook(HWND dialog, const ConnectDialogState* state, i32 count, const char* file) {
-    switch (RenumberSites(dialog, count, file)) {
+void TellOfBook(HWND dialog, const ConnectDialogState* state, BookOutcome outcome,
+                const char* file) {
+    switch (outcome) {
         case BookOutcome::stored:
             break;
         case BookOutcome::failed:
             CoreShowMessage(NumberFromWindow(dialog), bookNotSavedText);
             break;
         case BookOutcome::tooLarge:
-            ShellWriteSection(siteSection, state->snapshot, file);
+            RestoreBook(state, file);
             CoreShowMessage(NumberFromWindow(dialog), bookTooLargeText);
             break;
     }
@@ -286,11 +294,13 @@ void Accept(HWND dialog, ConnectDialogState* state) {
         CurrentSiteId() = 1;
     }
     const SettingsPath file;
-    SaveSiteFields(dialog, file.text);
+    const bool isSaved = SaveSiteFields(dialog, file.text);
     if ((site->siteOptions & SiteOptionFirewall) != 0 && site->firewallHost[0] == 0) {
         LoadFirewallFields(site, file.text);
     }
-    StoreBook(dialog, state, count, file.text);
+    const BookOutcome outcome =
+        isSaved ? RenumberSites(dialog, count, file.text) : BookOutcome::failed;
+    TellOfBook(dialog, state, outcome, file.text);
     const LRESULT selection = InList(dialog, LB_GETCURSEL);
     EndDialog(dialog, selection == LB_ERR ? 1 : selection + 1);
     char name[settingSize] = "";
@@ -300,7 +310,7 @@ void Accept(HWND dialog, ConnectDialogState* state) {
 
 void Cancel(HWND dialog, ConnectDialogState* state) {
     const SettingsPath file;
-    ShellWriteSection(siteSection, state->snapshot, file.text);
+    RestoreBook(state, file.text);
     EndDialog(dialog, 0);
 }
 

@@ -120,7 +120,7 @@ void LoadSiteFields(HWND dialog, const char* file, const ConnectParams* params) 
     }
 }
 
-void SaveSiteFields(HWND dialog, const char* file) {
+bool SaveSiteFields(HWND dialog, const char* file) {
     EnsurePasswordKey();
     const i32 id = CurrentSiteId();
     const u32 options = ReadSiteOptions(dialog);
@@ -139,6 +139,9 @@ void SaveSiteFields(HWND dialog, const char* file) {
         WriteSiteValue(edit.letter, id, value, file);
     }
     WriteSiteValue('O', id, NumberText(options).text, file);
+    char name[settingSize] = "";
+    ReadSiteValue('M', id, file, name);
+    return name[0] != 0 || GetDlgItemTextA(dialog, nameEdit, name, fieldSize) == 0;
 }
 
 void ApplyAnonymousState(HWND dialog, u32 options, const char* file, const ConnectParams* params) {

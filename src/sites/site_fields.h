@@ -13,8 +13,8 @@ u32 ReadSiteOptions(HWND dialog);
 void LoadSiteFields(HWND dialog, const char* file, const ConnectParams* params);
 
 /// Writes the fields to the keys of the current site, and its name into the list. The password is
-/// written only when it is to be kept.
-void SaveSiteFields(HWND dialog, const char* file);
+/// written only when it is to be kept. False when a name was given and the book has none.
+bool SaveSiteFields(HWND dialog, const char* file);
 
 /// Brings the fields to the state for an anonymous login or for one with a password, as the bit of
 /// the option word says; the user "anonymous" is anonymous in any case. A change of state clears

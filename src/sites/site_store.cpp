@@ -2,6 +2,8 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
+#include <utility>
 
 #include "host/services.h"
 #include "sites/connect_controls.h"
@@ -15,46 +17,121 @@ constexpr char copySection[] = "Bak";  // holds something only while sites are r
 // In the order in which they are copied; the name comes first and decides.
 constexpr char siteLetters[] = "MHUWDOGNPT";
 
-enum class SiteCopy { done, nameless, failed };
+using SiteValue = char[settingSize];
 
-/// Copies a site out of the copied section, under a new number.
-SiteCopy CopySite(i32 id, i32 number, const char* file) {
-    char value[settingSize];
-    ShellReadSetting(copySection, SiteKey('O', id).text, value, settingSize, file);
-    const auto options = static_cast<u32>(NumberFromText(value));
-    for (const char* letter = siteLetters; *letter != 0; ++letter) {
-        ShellReadSetting(copySection, SiteKey(*letter, id).text, value, settingSize, file);
-        if (value[0] == 0) {
-            if (*letter == 'M') {
-                return SiteCopy::nameless;
-            }
-            continue;
-        }
-        if (*letter == 'W' && (options & SiteOptionSavePassword) == 0) {
-            continue;
-        }
-        if (!WriteSiteValue(*letter, number, value, file)) {
-            return SiteCopy::failed;
-        }
-    }
-    return SiteCopy::done;
+void ReadValue(const char* section, char letter, i32 id, const char* file, SiteValue& value) {
+    ShellReadSetting(section, SiteKey(letter, id).text, value, settingSize, file);
 }
 
-bool CopySites(HWND dialog, i32 count, const char* file) {
-    i32 number = 1;
-    for (i32 index = 0; index < count; ++index) {
-        const LRESULT data =
-            SendDlgItemMessageA(dialog, siteList, LB_GETITEMDATA, static_cast<WPARAM>(index), 0);
-        const i32 id = data == LB_ERR ? 1 : static_cast<i32>(data);
-        const SiteCopy copied = CopySite(id, number, file);
-        if (copied == SiteCopy::failed) {
-            return false;
+bool HasSite(const char* section, i32 id, const char* file) {
+    SiteValue name;
+    ReadValue(section, 'M', id, file, name);
+    return name[0] != 0;
+}
+
+/// The value that a site keeps when it gets a new number: empty for a password that is not kept.
+void ReadKeptValue(const char* section, char letter, i32 id, const char* file, SiteValue& value) {
+    if (letter == 'W') {
+        ReadValue(section, 'O', id, file, value);
+        if ((static_cast<u32>(NumberFromText(value)) & SiteOptionSavePassword) == 0) {
+            value[0] = 0;
+            return;
         }
-        if (copied == SiteCopy::done) {
-            ++number;
+    }
+    ReadValue(section, letter, id, file, value);
+}
+
+/// Copies a site out of the copied section, under a new number.
+void CopySite(i32 id, i32 number, const char* file) {
+    SiteValue value;
+    for (const char* letter = siteLetters; *letter != 0; ++letter) {
+        ReadKeptValue(copySection, *letter, id, file, value);
+        if (value[0] != 0) {
+            WriteSiteValue(*letter, number, value, file);
+        }
+    }
+}
+
+/// Whether a site of the book is what the one of `id` in a section is to become.
+bool SiteStands(const char* section, i32 id, i32 number, const char* file) {
+    SiteValue wanted;
+    SiteValue found;
+    for (const char* letter = siteLetters; *letter != 0; ++letter) {
+        ReadKeptValue(section, *letter, id, file, wanted);
+        ReadSiteValue(*letter, number, file, found);
+        if (std::strcmp(wanted, found) != 0) {
+            return false;
         }
     }
     return true;
+}
+
+/// Whether the copy holds a site as the book does.
+bool SiteIsCopied(i32 id, const char* file) {
+    SiteValue original;
+    SiteValue copy;
+    for (const char* letter = siteLetters; *letter != 0; ++letter) {
+        ReadSiteValue(*letter, id, file, original);
+        ReadValue(copySection, *letter, id, file, copy);
+        if (std::strcmp(original, copy) != 0) {
+            return false;
+        }
+    }
+    return true;
+}
+
+/// The sites in the dialog's list, of those that a section has.
+class ListedSites {
+  public:
+    ListedSites(HWND dialog, i32 count, const char* file)
+        : dialog_(dialog), count_(count), file_(file) {}
+
+    bool AreCopied() const {
+        for (i32 index = 0; index < count_; ++index) {
+            if (!SiteIsCopied(IdAt(index), file_)) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    void Copy() const {
+        i32 number = 1;
+        for (i32 index = 0; index < count_; ++index) {
+            const i32 id = IdAt(index);
+            if (HasSite(copySection, id, file_)) {
+                CopySite(id, number++, file_);
+            }
+        }
+    }
+
+    /// Whether the book has just those of a section, numbered anew.
+    bool Stand(const char* section) const {
+        i32 number = 1;
+        for (i32 index = 0; index < count_; ++index) {
+            const i32 id = IdAt(index);
+            if (HasSite(section, id, file_) && !SiteStands(section, id, number++, file_)) {
+                return false;
+            }
+        }
+        return !HasSite(siteSection, number, file_);
+    }
+
+  private:
+    i32 IdAt(i32 index) const {
+        const LRESULT data =
+            SendDlgItemMessageA(dialog_, siteList, LB_GETITEMDATA, static_cast<WPARAM>(index), 0);
+        return data == LB_ERR ? 1 : static_cast<i32>(data);
+    }
+
+    HWND dialog_;
+    i32 count_;
+    const char* file_;
+};
+
+/// Whether a zeroed buffer is so full that its text may go on: one byte or two end a section.
+bool IsFull(const char* text, u32 size) {
+    return text[size - 2] != 0 || text[size - 3] != 0;
 }
 
 void CopyToField(char* field, u32 size, const char* value) {
@@ -78,11 +155,11 @@ NumberText::NumberText(u32 number) {
 }
 
 void ReadSiteValue(char letter, i32 id, const char* file, char (&value)[settingSize]) {
-    ShellReadSetting(siteSection, SiteKey(letter, id).text, value, settingSize, file);
+    ReadValue(siteSection, letter, id, file, value);
 }
 
-bool WriteSiteValue(char letter, i32 id, const char* value, const char* file) {
-    return ShellWriteSetting(siteSection, SiteKey(letter, id).text, value, file);
+void WriteSiteValue(char letter, i32 id, const char* value, const char* file) {
+    ShellWriteSetting(siteSection, SiteKey(letter, id).text, value, file);
 }
 
 i32 NumberFromText(const char* text) {
@@ -93,47 +170,68 @@ i32 NumberFromText(const char* text) {
     return number < INT32_MIN ? INT32_MIN : static_cast<i32>(number);
 }
 
-char* ReadWholeSection(const char* section, const char* file) {
-    constexpr int mostAttempts = 3;  // it may grow meanwhile
-    u32 size = siteSectionSize;
-    for (int attempt = 0; attempt < mostAttempts; ++attempt) {
-        void* text = CoreAlloc(size);
-        if (text == nullptr) {
-            return nullptr;
+BookText::BookText(const char* file) {
+    constexpr u32 largest = 1024 * siteSectionSize;
+    u32 before = 0;
+    for (u32 size = siteSectionSize; size <= largest; before = size, size *= 2) {
+        if (!ReadWith(size, file)) {
+            return;
         }
-        const u32 length = ShellReadSection(section, static_cast<char*>(text), size, file);
-        if (length < size) {
-            return static_cast<char*>(text);
+        // What a larger buffer does not lengthen may be all that this host can give.
+        if (before != 0 && Text()[before - 1] == 0 && Text()[before] == 0) {
+            return;
         }
-        CoreFree(&text);
-        if (length == UINT32_MAX) {
-            return nullptr;
+        if (!IsFull(Text(), size)) {
+            // An empty text of a book that has sites is a host's that could not read it.
+            isWhole_ = Text()[0] != 0 || !HasSite(siteSection, 1, file);
+            return;
         }
-        size = length + 1;
+        isTooLarge_ = true;
     }
-    return nullptr;
+}
+
+bool BookText::ReadWith(u32 size, const char* file) {
+    Free();
+    text_ = CoreAlloc(size);
+    if (text_ != nullptr) {
+        ShellReadSection(siteSection, static_cast<char*>(text_), size, file);
+    }
+    return text_ != nullptr;
+}
+
+void BookText::Free() {
+    CoreFree(&text_);
+}
+
+char* BookText::Release() {
+    return isWhole_ ? static_cast<char*>(std::exchange(text_, nullptr)) : nullptr;
 }
 
 BookOutcome RenumberSites(HWND dialog, i32 count, const char* file) {
-    void* copy = ReadWholeSection(siteSection, file);
-    if (copy == nullptr) {
+    const ListedSites sites(dialog, count, file);
+    const BookText before(file);
+    bool isCopied = false;
+    if (before.IsWhole()) {
+        ShellWriteSection(copySection, before.Text(), file);
+        isCopied = sites.AreCopied();
+        if (!isCopied) {
+            ShellWriteSection(copySection, "", file);
+        }
+    }
+    if (!isCopied) {
+        // Then a book that needs no new numbers is stored as it stands.
+        const BookOutcome refusal =
+            before.IsTooLarge() ? BookOutcome::tooLarge : BookOutcome::failed;
+        return sites.Stand(siteSection) ? BookOutcome::stored : refusal;
+    }
+    ShellWriteSection(siteSection, "", file);
+    sites.Copy();
+    if (!sites.Stand(copySection)) {
+        ShellWriteSection(siteSection, before.Text(), file);
         return BookOutcome::failed;
     }
-    const auto* text = static_cast<const char*>(copy);
-    BookOutcome outcome = BookOutcome::stored;
-    if (ShellWriteSection(copySection, text, file) && ShellWriteSection(siteSection, "", file) &&
-        CopySites(dialog, count, file)) {
-        ShellWriteSection(copySection, "", file);
-        char probe[1];
-        if (ShellReadSection(siteSection, probe, sizeof probe, file) >= siteSectionSize) {
-            outcome = BookOutcome::tooLarge;
-        }
-    } else {
-        ShellWriteSection(siteSection, text, file);
-        outcome = BookOutcome::failed;
-    }
-    CoreFree(&copy);
-    return outcome;
+    ShellWriteSection(copySection, "", file);
+    return BookText(file).IsTooLarge() ? BookOutcome::tooLarge : BookOutcome::stored;
 }
 
 void LoadFirewallFields(SiteRecord* site, const char* file) {

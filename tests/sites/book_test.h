@@ -2,6 +2,7 @@
 // A person at the connection dialog, and the settings file beneath it.
 
 #include <atomic>
+#include <optional>
 #include <string>
 
 #include "support/dialog_user.h"
@@ -31,6 +32,15 @@ constexpr int autoField = 14352;
 constexpr int okButton = 99;
 constexpr int cancelButton = 2;
 
+/// How a host does what nothing is promised of: what its settings services give as a result,
+/// nothing by default, and whether it hands a section's text out as the platform's profile calls
+/// do, each line ended by a NUL.
+struct SettingsHost {
+    const char* name = "NoResult";
+    std::optional<quennet::i32> result;
+    bool isProfile = false;
+};
+
 /// The key word of these tests is 0x12345678.
 class BookTest : public ModuleTest {
   protected:
@@ -55,10 +65,24 @@ class BookTest : public ModuleTest {
 
     TempFolder folder;
     std::filesystem::path file = folder / "settings.ini";
+    SettingsHost settingsHost;
 
   private:
     std::atomic<bool> returned_ = true;
 };
+
+/// The same on hosts of every kind.
+class AnyHostBookTest : public BookTest, public testing::WithParamInterface<SettingsHost> {
+  protected:
+    AnyHostBookTest() { settingsHost = GetParam(); }
+};
+
+inline const SettingsHost settingsHosts[] = {
+    {}, {"Zero", 0}, {"One", 1}, {"Profile", 0x7FEE1234, true}};
+
+#define ON_ANY_HOST(suite)                                                   \
+    INSTANTIATE_TEST_SUITE_P(Hosts, suite, testing::ValuesIn(settingsHosts), \
+                             [](const auto& info) { return info.param.name; })
 
 /// Clicks a button, and returns when that was handled.
 inline void Click(const OpenDialog& dialog, int button) {

@@ -12,7 +12,7 @@ namespace {
 
 constexpr int typeList = 14301;
 
-class FirewallTest : public BookTest {
+class FirewallTest : public AnyHostBookTest {
   protected:
     /// Clicks the box until it is set, and waits for what opens.
     OpenDialog OpenFirewall(const OpenDialog& dialog) {
@@ -30,7 +30,7 @@ class FirewallTest : public BookTest {
     }
 };
 
-TEST_F(FirewallTest, ShowsWhatTheBookHoldsAndStoresItAtOnce) {
+TEST_P(FirewallTest, ShowsWhatTheBookHoldsAndStoresItAtOnce) {
     Start(
         "[FTP]\nM1=bare\nH1=127.0.0.1:1\nM2=full\nH2=127.0.0.1:1\nG2=gate:1080\nN2=guard\n"
         "P2=8497BBEB1234CADD\nT2=5\nM3=odd\nH3=127.0.0.1:1\nP3=nonsense\nT3=9\n");
@@ -82,7 +82,7 @@ TEST_F(FirewallTest, ShowsWhatTheBookHoldsAndStoresItAtOnce) {
                   std::string(258, 'g') + "\nP3=7697B8D9\nT3=4\n");
 }
 
-TEST_F(FirewallTest, ASiteWithTheBitTakesTheBooksFirewallAndKeepsItWithoutTheBit) {
+TEST_P(FirewallTest, ASiteWithTheBitTakesTheBooksFirewallAndKeepsItWithoutTheBit) {
     const std::string keys = "G1=" + std::string(100, 'g') + "\nN1=guard\nP1=7697B8D9\nT1=3\n";
     Start("[FTP]\nM1=site\nH1=127.0.0.1:1\nO1=4\n" + keys);
     OpenDialog dialog = Open();  // opens no firewall dialog
@@ -102,5 +102,7 @@ TEST_F(FirewallTest, ASiteWithTheBitTakesTheBooksFirewallAndKeepsItWithoutTheBit
     EXPECT_STREQ(Site().firewallHost, "");
     EXPECT_EQ(Book(), "M1=site\nH1=127.0.0.1:1\nO1=0\n" + keys);
 }
+
+ON_ANY_HOST(FirewallTest);
 
 }  // namespace

@@ -1,10 +1,12 @@
 // Books that can't be kept, dialogs that can't work on one, and the dialog without one.
 
+#include <algorithm>
 #include <cstring>
 
 #include "host/services.h"
 #include "sites/book_test.h"
 #include "sites/connect_dialog.h"
+#include "sites/site_store.h"
 #include "support/replaced_services.h"
 #include "support/wait.h"
 
@@ -16,7 +18,7 @@ using testing::Not;
 
 namespace {
 
-class UnkeptBookTest : public BookTest {};
+class UnkeptBookTest : public AnyHostBookTest {};
 
 /// A book of a given length: sites with long directories, and a last one that fills it up.
 std::string BookOfLength(std::size_t length) {
@@ -35,12 +37,12 @@ std::string BookOfLength(std::size_t length) {
     return book;
 }
 
-TEST_F(UnkeptBookTest, ABookThatDoesNotFitIsLeftAsItWas) {
+TEST_P(UnkeptBookTest, ABookThatDoesNotFitIsLeftAsItWas) {
     struct {
         std::size_t length;
         bool adds;
         bool kept;
-    } cases[] = {{32766, false, true}, {32766, true, false}, {32767, false, false}};
+    } cases[] = {{32764, false, true}, {32764, true, false}, {32767, false, false}};
     Start("");
     for (const auto& row : cases) {
         const std::string book = BookOfLength(row.length);
@@ -80,32 +82,73 @@ TEST_F(UnkeptBookTest, ABookThatDoesNotFitIsLeftAsItWas) {
 
 int writesLeft = 0;
 
-extern "C" i32 FailingWrite(const char* section, const char* key, const char* value,
-                            const char* path) {
-    const auto write =
-        ReplacedServices::Hosts<ShellWriteSettingFunction>(ShellService::writeSetting);
-    return writesLeft-- > 0 ? write(section, key, value, path) : 1;
+extern "C" void FailingWrite(const char* section, const char* key, const char* value,
+                             const char* path) {
+    if (writesLeft-- > 0) {
+        ReplacedServices::Hosts<ShellWriteSettingFunction>(ShellService::writeSetting)(section, key,
+                                                                                       value, path);
+    }
+}
+
+extern "C" void NoSectionIsWritten(const char*, const char*, const char*) {}
+
+/// Gives no more than the buffer of the book holds, whatever the size.
+extern "C" void ReadCutSection(const char* section, char* buffer, u32 size, const char* path) {
+    ReplacedServices::Hosts<ShellReadSectionFunction>(ShellService::readSection)(
+        section, buffer, std::min(size, siteSectionSize), path);
 }
 
 extern "C" void* NoMemory(HostWord) {
     return nullptr;
 }
 
-TEST_F(UnkeptBookTest, AFailedWriteRestoresTheSectionAndLeavesItsCopy) {
+TEST_P(UnkeptBookTest, AFailedWriteRestoresTheSectionAndLeavesItsCopy) {
     Start(WithBook(threeSites, "one"));
-    const OpenDialog dialog = Open();
-    writesLeft = 6 + 15;  // the site on show, and some of the renumbered ones
-    {
-        ReplacedServices services;
-        services.Replace(ShellService::writeSetting, FailingWrite);
-        Close(dialog, okButton);
+    // The site on show, and some of the renumbered ones; nothing at all.
+    for (const int writes : {6 + 15, 0}) {
+        const OpenDialog dialog = Open();
+        writesLeft = writes;
+        {
+            ReplacedServices services;
+            services.Replace(ShellService::writeSetting, FailingWrite);
+            Close(dialog, okButton);
+        }
+        EXPECT_EQ(Book(), threeSites);
+        EXPECT_THAT(File(), HasSubstr("[Bak]\n" + threeSites));
+        EXPECT_THAT(notices.All(), Contains("message 6007"));
+        Disconnect();
+        notices.Clear();
     }
-    EXPECT_EQ(Book(), threeSites);
-    EXPECT_THAT(File(), HasSubstr("[Bak]\n" + threeSites));
-    EXPECT_THAT(notices.All(), Contains("message 6007"));
 }
 
-TEST_F(UnkeptBookTest, ADialogWithoutStateCanOnlyEnd) {
+TEST_P(UnkeptBookTest, ABookOfWhichNoCopyCanBeMadeIsNotEmptied) {
+    const std::string large = BookOfLength(60000);
+    const struct {
+        std::string book;
+        const char* told;
+    } cases[] = {{threeSites, "message 6007"}, {large, "message 6006"}};
+    Start("");
+    for (const auto& row : cases) {
+        const bool isLarge = row.book == large;
+        WriteWhole(file, WithBook(row.book, "1"));
+        ReplacedServices services;
+        if (isLarge) {
+            services.Replace(ShellService::readSection, ReadCutSection);
+        } else {
+            services.Replace(ShellService::writeSection, NoSectionIsWritten);
+        }
+        Close(Open(), cancelButton);
+        EXPECT_EQ(Book(), row.book);
+        const OpenDialog dialog = Open();
+        Click(dialog, deleteButton);
+        Close(dialog, okButton);
+        EXPECT_GE(Book().size(), row.book.size());
+        EXPECT_THAT(notices.All(), Contains(row.told));
+        Disconnect();
+    }
+}
+
+TEST_P(UnkeptBookTest, ADialogWithoutStateCanOnlyEnd) {
     Start(WithBook(threeSites, "one"));
     const CoreServices* real = hostTables.core;
     CoreServices core = *real;
@@ -132,7 +175,7 @@ TEST_F(UnkeptBookTest, ADialogWithoutStateCanOnlyEnd) {
     EXPECT_EQ(File(), WithBook(threeSites, "one"));
 }
 
-TEST_F(UnkeptBookTest, FtpAutoFillsTheHostsBuffer) {
+TEST_P(UnkeptBookTest, FtpAutoFillsTheHostsBuffer) {
     Start();
     struct {
         std::string before;
@@ -160,5 +203,7 @@ TEST_F(UnkeptBookTest, FtpAutoFillsTheHostsBuffer) {
         EXPECT_EQ(buffer, row.after);
     }
 }
+
+ON_ANY_HOST(UnkeptBookTest);
 
 }  // namespace
