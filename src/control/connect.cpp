@@ -151,8 +151,7 @@ bool Reconnect(Session* session) {
     session->backgroundJobs.Store(0);
     session->controlSocket = CloseSocketGracefully(session, session->controlSocket, shutdownBoth);
     if (LoginSession(session) == loginDone) {
-        session->displaced = session->site.directory[0] != 0 ? 1 : 0;
-        isBack = ReturnToSessionDir(session);
+        isBack = RestoreDirectory(session);
     } else {
         session->backgroundJobs.Store(0);
         ShellReportError(hostTables.mainWindow, reconnectFailedText);

@@ -94,6 +94,31 @@ int ChangeAndAsk(Session* session, const char* path, char** directory) {
     return replyClass == done ? GetWorkingDir(session, directory) : replyClass;
 }
 
+/// The directory in which the server is to stand.
+const char* StandingDir(const Session* session) {
+    return session->visitedDir[0] != 0 ? session->visitedDir : session->site.directory;
+}
+
+enum class Naming { isNeeded, isOptional };
+
+/// Changes the server's directory and puts its name into `directory`. One whose name can't be had
+/// is left again where the name is needed.
+int EnterDirectory(Session* session, const char* path, Naming naming, char* directory) {
+    char* named = nullptr;
+    const int replyClass = ChangeAndAsk(session, path, &named);
+    if (replyClass != done) {
+        return replyClass;
+    }
+    const int result = StoreDirectory(session, named, directory);
+    if (result == done || naming == Naming::isOptional) {
+        return done;
+    }
+    if (StandingDir(session)[0] != 0) {
+        ChangeDir(session, StandingDir(session));
+    }
+    return result;
+}
+
 }  // namespace
 
 int ChangeDir(Session* session, const char* path) {
@@ -111,8 +136,16 @@ int ChangeDir(Session* session, const char* path) {
     return replyClass;
 }
 
-bool ReturnToSessionDir(Session* session) {
-    if (session->displaced == 0 || ChangeDir(session, session->site.directory) == done) {
+bool RestoreDirectory(Session* session) {
+    if (session->visitedDir[0] != 0 && session->site.directory[0] != 0) {
+        ChangeDir(session, session->site.directory);
+    }
+    session->displaced = StandingDir(session)[0] != 0 ? 1 : 0;
+    return ReturnToDirectory(session);
+}
+
+bool ReturnToDirectory(Session* session) {
+    if (session->displaced == 0 || ChangeDir(session, StandingDir(session)) == done) {
         return true;
     }
     CoreConsolePrintText(session->console, "The directory could not be entered again.");
@@ -135,6 +168,7 @@ int RefuseDirectory(Session* session) {
 void SetSessionDir(Session* session, const char* directory) {
     const ListLock lock;
     StoreText(session->site.directory, pathSize, directory);
+    session->visitedDir[0] = 0;
     session->currentCacheIndex = 0;
 }
 
@@ -150,24 +184,27 @@ int StoreWorkingDir(Session* session, char* field) {
     return replyClass == done ? StoreDirectory(session, directory, field) : replyClass;
 }
 
-int EnterDirectory(Session* session, const char* path, char* field) {
+int VisitDirectory(Session* session, const char* path, char* field) {
     const Exchange exchange(session);
-    char* directory = nullptr;
-    const int replyClass = ChangeAndAsk(session, path, &directory);
-    if (replyClass != done || field == nullptr) {
-        return replyClass;
+    char directory[pathSize] = "";
+    StoreText(directory, pathSize, path);  // for a server that does not name it
+    const Naming naming = field != nullptr ? Naming::isNeeded : Naming::isOptional;
+    const int result = EnterDirectory(session, path, naming, directory);
+    if (result != done) {
+        return result;
     }
-    const int result = StoreDirectory(session, directory, field);
-    if (result != done && session->site.directory[0] != 0) {
-        ChangeDir(session, session->site.directory);
+    const bool isSessions = std::strcmp(directory, session->site.directory) == 0;
+    StoreText(session->visitedDir, pathSize, isSessions ? "" : directory);
+    if (field != nullptr) {
+        StoreText(field, pathSize, directory);
     }
-    return result;
+    return done;
 }
 
 bool ChangeSessionDir(Session* session, const char* path) {
     const Exchange exchange(session);
     char directory[pathSize];
-    if (EnterDirectory(session, path, directory) != done) {
+    if (EnterDirectory(session, path, Naming::isNeeded, directory) != done) {
         return false;
     }
     SetSessionDir(session, directory);

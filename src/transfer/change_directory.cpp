@@ -92,7 +92,7 @@ i32 ChangeDirSync(const char* path, FtpHandle* handle, char* out) {
         return 0;
     }
     const Exchange exchange(session);
-    const int result = EnterDirectory(session, path, out);
+    const int result = VisitDirectory(session, path, out);
     session->backgroundJobs.Store(0);
     // A server that closed instead of answering has class 0, which would say that all went well.
     return result == done ? 0 : (result == 0 ? -1 : result);

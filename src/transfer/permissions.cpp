@@ -26,7 +26,7 @@ u16 OctalOf(u16 attributes) {
 /// The class of the reply; -1 without one, and while another exchange is under way.
 i32 SendChange(Session* session, const char* name, u16 attributes) {
     const Exchange exchange(session);
-    if (IsBusy(session, exchange) || !ReturnToSessionDir(session)) {
+    if (IsBusy(session, exchange) || !ReturnToDirectory(session)) {
         return -1;
     }
     char text[permissionTextSize];

@@ -84,7 +84,7 @@ i32 RemoteDelete(const char* name, FtpHandle* handle) {
     Session* session = SessionFromHandle(handle);
     const SessionUse use(session);
     const Exchange exchange(session);
-    if (session == nullptr || IsBusy(session, exchange) || !ReturnToSessionDir(session)) {
+    if (session == nullptr || IsBusy(session, exchange) || !ReturnToDirectory(session)) {
         return -1;
     }
     const int result = DeleteRemoteFile(session, name);
@@ -97,7 +97,7 @@ i32 RemoteRemoveDir(const char* name, FtpHandle* handle) {
     Session* session = SessionFromHandle(handle);
     const SessionUse use(session);
     const Exchange exchange(session);
-    if (session == nullptr || IsBusy(session, exchange) || !ReturnToSessionDir(session)) {
+    if (session == nullptr || IsBusy(session, exchange) || !ReturnToDirectory(session)) {
         return -1;
     }
     int result = SendCommandAltArg(session, "RMD", "XRMD", name);
@@ -115,7 +115,7 @@ i32 RemoteMakeDir(char* path, FtpHandle* handle) {
     if (session == nullptr) {
         return -1;
     }
-    if (IsBusy(session, exchange) || !ReturnToSessionDir(session)) {
+    if (IsBusy(session, exchange) || !ReturnToDirectory(session)) {
         return makeDirFailed;
     }
     session->backgroundJobs.Add(1);
@@ -131,7 +131,7 @@ i32 RemoteRename(const char* oldName, const char* newName, FtpHandle* handle) {
     Session* session = SessionFromHandle(handle);
     const SessionUse use(session);
     const Exchange exchange(session);
-    if (session == nullptr || IsBusy(session, exchange) || !ReturnToSessionDir(session)) {
+    if (session == nullptr || IsBusy(session, exchange) || !ReturnToDirectory(session)) {
         return -1;
     }
     if (RefusesToSend(session, newName)) {

@@ -121,7 +121,7 @@ Outcome Copy(Session* source, Session* destination, const TransferItem* item, ch
     const char* from = item->source + ShellNameOffset(item->source);
     const char* to = item->destination + ShellNameOffset(item->destination);
     if (RefusesToSend(source, from) || RefusesToSend(destination, to) ||
-        !ReturnToSessionDir(source) || !ReturnToSessionDir(destination)) {
+        !ReturnToDirectory(source) || !ReturnToDirectory(destination)) {
         return {};
     }
     if (!TellType(source, type) || !TellType(destination, type) ||

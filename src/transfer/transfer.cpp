@@ -69,7 +69,7 @@ bool IsBusy(Session* session, const Exchange& exchange) {
 
 bool IsOccupied(Session* session, const Exchange& exchange) {
     return session->controlSocket == noSocket || IsBusy(session, exchange) ||
-           !ReturnToSessionDir(session);
+           !ReturnToDirectory(session);
 }
 
 bool RefusesToSend(Session* session, const char* line) {

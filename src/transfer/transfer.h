@@ -37,8 +37,8 @@ bool IsFree(const Session* session, const Exchange& exchange);
 /// True, with a line on the console, when the connection is not free.
 bool IsBusy(Session* session, const Exchange& exchange);
 
-/// True when no transfer may start: without a control connection, when busy, and when the session
-/// can't get back into its directory.
+/// True when no transfer may start: without a control connection, when busy, and when the server
+/// can't be brought back to where it stood.
 bool IsOccupied(Session* session, const Exchange& exchange);
 
 /// Refuses a line that can't be sent as it is, before anything goes out for it: says why on the

@@ -107,6 +107,26 @@ TEST_F(RemoteCommandTest, NamesMeanNothingOutsideTheSessionsDirectory) {
     wire.Finish();
 }
 
+TEST_F(RemoteCommandTest, NamesMeanWhatIsInTheDirectoryThatIsVisited) {
+    StoreText(session->site.directory, pathSize, "/pub");
+    const std::string repaired = steps::lost + "-> CWD /pub\n<- 250 ok\n-> CWD /a\n";
+    LogIn("-> CWD a\n<- 250 ok\n-> PWD\n<- 257 \"/a\"\n-> DELE x\n" + repaired +
+          "<- 250 ok\n-> DELE x\n<- 250 done\n-> DELE y\n" + repaired +
+          "<- 550 gone\n-> CWD /a\n<- 550 gone\n"
+          "-> CWD /pub\n<- 250 ok\n-> PWD\n<- 257 \"/pub\"\n-> DELE z\n" +
+          steps::lost + "-> CWD /pub\n<- 250 ok\n-> DELE z\n<- 250 done\n");
+    const auto visit = [&](const char* path) {
+        return Host().Send(MessageNumber::changeDirSync, path, session->handle, nullptr);
+    };
+    EXPECT_EQ(visit("a"), 0);
+    EXPECT_EQ(Run({removal, "x", "", 0}), 0);
+    EXPECT_EQ(Run({removal, "y", "", 0}), -1);
+    EXPECT_EQ(Run({dirRemoval, "y", "", 0}), -1);
+    EXPECT_EQ(visit("/pub"), 0);
+    EXPECT_EQ(Run({removal, "z", "", 0}), 0) << "not in the other one";
+    wire.Finish();
+}
+
 TEST_F(RemoteCommandTest, WhatAnotherExchangeOwnsIsLeftAlone) {
     LogIn("");
     session->busy.Store(1);

@@ -159,9 +159,9 @@ TEST_F(WorkerTest, AChangeAtOnceLeavesTheSessionWhereItStands) {
         "-> CWD a\n<- 250 ok\n-> PWD\n<- 257 \"/a\"\n-> CWD b\n<- 550 no\n"
         "-> CWD c\n<- 250 ok\n-> PWD\n<- 450 no\n"
         "-> CWD d\n<- 250 ok\n-> PWD\n<- 257 \"" +
-        tooLong + "\"\n-> CWD /old\n<- 250 ok\n-> CWD f\n<- 250 ok\n-> PWD\n" + Loss("/old") +
-        "<- 250 ok\n-> PWD\n<- 257 \"/old\"\n-> CWD f\n<- 550 no\n"
-        "-> CWD g\n<- 250 ok\n-> PWD\n<- 257 unnamed\n-> CWD /old\n<- 250 ok\n"
+        tooLong + "\"\n-> CWD /a\n<- 250 ok\n-> CWD f\n<- 250 ok\n-> PWD\n" + Loss("/old") +
+        "<- 250 ok\n-> CWD /a\n<- 250 ok\n-> PWD\n<- 257 \"/a\"\n-> CWD f\n<- 550 no\n"
+        "-> CWD g\n<- 250 ok\n-> PWD\n<- 257 unnamed\n-> CWD /a\n<- 250 ok\n"
         "-> CWD e\n<- 250 ok\n-> PWD\n<- 257 unnamed\n");
     char out[pathSize] = "?";
     const struct {
