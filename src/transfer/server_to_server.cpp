@@ -120,8 +120,8 @@ int LastWord(Session* session, Session* other, FinalReply* finalReply) {
 Outcome Copy(Session* source, Session* destination, const TransferItem* item, char type) {
     const char* from = item->source + ShellNameOffset(item->source);
     const char* to = item->destination + ShellNameOffset(item->destination);
-    if (RefusesToSend(source, from) || RefusesToSend(destination, to) ||
-        !ReturnToDirectory(source) || !ReturnToDirectory(destination)) {
+    if (RefusesToSend(source, from) || RefusesToSend(destination, to) || !IsConnected(source) ||
+        !IsConnected(destination)) {
         return {};
     }
     if (!TellType(source, type) || !TellType(destination, type) ||
@@ -158,7 +158,9 @@ i32 ServerToServer(Session* source, Session* destination, const TransferItem* it
 
 bool AreDistinct(Session* source, const Session* destination) {
     constexpr char sameHosts[] = "FxP between same hosts not supported.";
-    if (source->controlSocket != destination->controlSocket) {
+    const SocketNumber socket = source->controlSocket;
+    const bool sharesSocket = socket != noSocket && socket == destination->controlSocket;
+    if (source != destination && !sharesSocket) {
         return true;
     }
     CoreConsolePrintText(source->console, sameHosts);
@@ -175,8 +177,7 @@ i32 CopyBetweenServers(TransferItem* item, FtpHandle* sourceHandle, FtpHandle* d
     const SessionUse useOfDestination(destination);
     const Exchange onSource(source);
     const Exchange onDestination(destination);
-    if (source == nullptr || destination == nullptr || source->controlSocket == noSocket ||
-        destination->controlSocket == noSocket || !AreDistinct(source, destination)) {
+    if (source == nullptr || destination == nullptr || !AreDistinct(source, destination)) {
         return -1;
     }
     // What is under way on one of them keeps its record, its reply buffer and its abort flag.

@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "control/command.h"
+#include "control/reconnect.h"
 #include "control/working_directory.h"
 #include "host/process_clock.h"
 #include "host/services.h"
@@ -67,9 +68,13 @@ bool IsBusy(Session* session, const Exchange& exchange) {
     return isBusy;
 }
 
+bool IsConnected(Session* session) {
+    const bool isThere = session->controlSocket != noSocket || Reconnect(session);
+    return isThere && ReturnToDirectory(session);
+}
+
 bool IsOccupied(Session* session, const Exchange& exchange) {
-    return session->controlSocket == noSocket || IsBusy(session, exchange) ||
-           !ReturnToDirectory(session);
+    return IsBusy(session, exchange) || !IsConnected(session);
 }
 
 bool RefusesToSend(Session* session, const char* line) {

@@ -37,8 +37,11 @@ bool IsFree(const Session* session, const Exchange& exchange);
 /// True, with a line on the console, when the connection is not free.
 bool IsBusy(Session* session, const Exchange& exchange);
 
-/// True when no transfer may start: without a control connection, when busy, and when the server
-/// can't be brought back to where it stood.
+/// Makes a transfer possible where an earlier repair failed: tries it again, and the way back into
+/// the directory. False when either fails. For a connection that is not busy.
+bool IsConnected(Session* session);
+
+/// True when no transfer may start: when busy, or not connected.
 bool IsOccupied(Session* session, const Exchange& exchange);
 
 /// Refuses a line that can't be sent as it is, before anything goes out for it: says why on the

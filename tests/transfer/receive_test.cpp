@@ -3,6 +3,7 @@
 #include <span>
 
 #include "control/command.h"
+#include "control/sockets.h"
 #include "host/services.h"
 #include "support/session_test.h"
 #include "support/temp_folder.h"
@@ -151,6 +152,13 @@ TEST_F(ReceiveTest, ARepairBehindTheRestartDoesNotAppendTheWholeFile) {
     EXPECT_EQ(Receive("f", 2048), 0);
     EXPECT_EQ(folder.Read("f"), std::string(2048, 'x'));
     ExpectInStep();
+    wire.Finish();
+}
+
+TEST_F(ReceiveTest, ARepairThatFailedIsTriedAgainBeforeATransfer) {
+    LogIn("expect close\n" + relogin + passive + "-> LIST\n<- 150 here\ndata accept\n" + confirms);
+    session->controlSocket = CloseSocketGracefully(session, session->controlSocket, shutdownBoth);
+    EXPECT_EQ(List(), 2);
     wire.Finish();
 }
 

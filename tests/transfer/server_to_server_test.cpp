@@ -101,12 +101,14 @@ const CopyCase copyCases[] = {
 
 TEST_F(ServerToServerTest, EachConversationHasItsResultAndItsTexts) {
     std::string source;
-    std::string target;
+    std::string target = "expect close\n" + steps::relogin + "-> TYPE I\n<- 200 ok\n";
     for (const CopyCase& each : copyCases) {
         source += each.source;
         target += each.destination;
     }
     Join(source, target);
+    // As after a repair that failed: it is tried again.
+    destination->controlSocket = CloseSocketGracefully(destination, destination->controlSocket, 2);
     for (const CopyCase& each : copyCases) {
         EXPECT_EQ(Copy(), each.result) << each.source << each.destination;
         EXPECT_EQ(SourceError(), each.sourceError);
@@ -151,8 +153,6 @@ TEST_F(ServerToServerTest, ADestinationThatIsDeafToABORIsLeftSoonForANewConnecti
 
 TEST_F(ServerToServerTest, WhatCannotBeCopiedSendsNothing) {
     LogIn("");
-    EXPECT_EQ(Copy(), -1) << "the destination is not connected";
-    EXPECT_EQ(SourceError(), "");
     destination->controlSocket = 4711;
     for (char* path : {item.destination, item.source}) {
         std::strcpy(path, "a\nDELE b");
