@@ -85,6 +85,7 @@ bool OpenConnection(Session* session) {
     session->doubtfulReplies = 0;
     ++session->logins;
     session->transferType = 'A';
+    session->restartTyped = 0;
     session->controlSocket = OpenControlSocket(session, hostText);
     if (session->controlSocket == noSocket) {
         ReportFailedConnection(session, hostText);

@@ -68,6 +68,7 @@ struct Session {
     u32 doubtfulReplies;        // those that some servers leave out
     u32 owedReplies;            // replies that the server still has to send for what is over
     u32 displaced;              // 1 when a repair could not go back to where the server stood
+    u32 restartTyped;           // 1 when a person has told the server where to begin
     LocalFailure localFailure;  // what failed on the local side of the transfer
     char visitedDir[pathSize];  // where message 30 took the server; empty for the session's own
 };

@@ -186,6 +186,21 @@ bool TellType(Session* session, char type) {
     return true;
 }
 
+// Servers keep a restart through all other commands, and some refuse another one while the type is
+// 'A'. A new connection has none.
+bool ForgetTypedRestart(Session* session, char type) {
+    constexpr int done = 2;
+    constexpr int waitsForTransfer = 3;
+    if (session->restartTyped == 0) {
+        return true;
+    }
+    const bool isForgotten =
+        TellType(session, type) && (SendCommandText(session, "REST 0") == waitsForTransfer ||
+                                    SendCommandText(session, "") == done);
+    session->restartTyped = isForgotten ? 0 : session->restartTyped;
+    return isForgotten;
+}
+
 bool SetUpTransfer(Session* session, char type) {
     if (!TellType(session, type)) {
         return false;

@@ -28,6 +28,10 @@ SocketNumber OpenActiveData(Session* session);
 /// the connection was lost on the way, and the session is not what it was: nothing may follow then.
 bool TellType(Session* session, char type);
 
+/// Has the server begin the next file with byte 0 where a person has typed another beginning. To be
+/// called before SetUpTransfer. False when that can't be had: nothing may follow then.
+bool ForgetTypedRestart(Session* session, char type);
+
 /// Makes everything ready for a transfer command: tells the server the representation type when it
 /// changes, and fills `listenSocket` the way that the site's options want. False when there is no
 /// data socket.

@@ -1,5 +1,7 @@
 #include "transfer/raw_command.h"
 
+#include <cstring>
+
 #include "control/command.h"
 #include "control/reply.h"
 #include "control/worker.h"
@@ -22,12 +24,19 @@ struct RawCommandRequest {
     char text[typedSize];
 };
 
-/// A typed TYPE changes what the server has without the session's knowing: the next transfer tells
-/// its own again.
-void ForgetTypedType(Session* session, const char* text) {
-    constexpr char verb[] = "type ";
-    if (BeginsWithInAnyCase(text, verb, sizeof verb - 1)) {
+bool HasVerb(const char* text, const char* verb) {
+    return BeginsWithInAnyCase(text, verb, std::strlen(verb));
+}
+
+/// A typed TYPE or REST changes what the server has without the session's knowing: the next
+/// transfer tells its own again.
+void ForgetTypedSettings(Session* session, const char* text, int result) {
+    constexpr int refused = 5;
+    if (HasVerb(text, "type ")) {
         session->transferType = 0;
+    }
+    if (HasVerb(text, "rest ") && result != refused) {
+        session->restartTyped = 1;
     }
 }
 
@@ -38,7 +47,7 @@ int SendTypedText(Session* session, const char* text) {
         return -1;
     }
     const int result = SendTransferCommand(session, text);
-    ForgetTypedType(session, text);
+    ForgetTypedSettings(session, text, result);
     if (result == moreFollows) {
         // Nobody waits for the rest of it: it is taken before the next command.
         const FinalReply owed(session);

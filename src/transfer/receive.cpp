@@ -244,7 +244,8 @@ int ReceiveFile(Session* session, const char* command, const char* path, GrowBuf
     session->firstCode = 0;
     session->replyDepth = 0;
     session->localFailure = LocalFailure::none;
-    if (!SetUpTransfer(session, type)) {
+    if ((buffer == nullptr && !ForgetTypedRestart(session, type)) ||
+        !SetUpTransfer(session, type)) {
         return 0;
     }
     const bool restartTold = TellRestart(session, &resumeOffset);

@@ -113,7 +113,7 @@ int SendFile(Session* session, const char* command, const char* path, char type)
     }
     session->firstCode = 0;
     session->localFailure = LocalFailure::none;
-    if (!SetUpTransfer(session, type)) {
+    if (!ForgetTypedRestart(session, type) || !SetUpTransfer(session, type)) {
         return -1;
     }
     const int answer = SendTransferCommand(session, command);

@@ -124,7 +124,8 @@ Outcome Copy(Session* source, Session* destination, const TransferItem* item, ch
         !IsConnected(destination)) {
         return {};
     }
-    if (!TellType(source, type) || !TellType(destination, type) ||
+    if (!ForgetTypedRestart(source, type) || !ForgetTypedRestart(destination, type) ||
+        !TellType(source, type) || !TellType(destination, type) ||
         !JoinServers(source, destination, type) || !Begins(destination, "STOR", to)) {
         return {};
     }

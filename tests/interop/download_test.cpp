@@ -1,6 +1,7 @@
 // Downloads from real servers: bytes, resume, and what may not be touched.
 
 #include "interop/interop_test.h"
+#include "support/wait.h"
 
 namespace quennet::interop {
 namespace {
@@ -31,6 +32,19 @@ TEST_P(InteropDownload, EveryByteArrives) {
             EXPECT_TRUE(result.Done()) << name << ": " << result.text;
             EXPECT_TRUE(ReadBytes(local / name) == bytes) << name;
         }
+    });
+}
+
+TEST_P(InteropDownload, ATypedRestartIsNotWhereTheNextFileBegins) {
+    Converse([&](Connection& connection) {
+        ExpectInStep(connection);
+        connection.StartTypedLine("REST 5");
+        EXPECT_TRUE(WaitUntil([&] {
+            return transcript.Count("350 ") == 1 && connection.CheckDirectory("sub").Done();
+        }));
+        EXPECT_TRUE(connection.CheckDirectory(connection.Directory()).Done());
+        EXPECT_TRUE(Download(connection, "step.txt").Done());
+        EXPECT_EQ(ReadBytes(local / "step.txt"), ReadBytes(served / "step.txt"));
     });
 }
 

@@ -4,6 +4,8 @@
 #include "host/message.h"
 #include "listing/cache.h"
 #include "support/session_test.h"
+#include "support/temp_folder.h"
+#include "transfer/receive.h"
 
 using namespace quennet;
 using testing::Contains;
@@ -219,6 +221,26 @@ TEST_F(WorkerTest, ATypedLineThatWorksMakesTheListingsStale) {
     TypeLine("SITE c");
     EXPECT_THAT(Heard(), IsEmpty());
     EXPECT_EQ(List(), 0) << "in step with the server, and with its type";
+    wire.Finish();
+}
+
+TEST_F(WorkerTest, ATypedRestartIsNotWhereTheNextFileBegins) {
+    const std::string typed = "-> rest 5\n<- 350 ok\n";
+    const std::string gets =
+        steps::passive + "-> RETR f\n<- 150 x\ndata accept\ndata <- whole\ndata close\n<- 226 x\n";
+    LogIn(typed + steps::binary + "-> REST 0\n<- 350 ok\n" + gets + typed +
+          "-> REST 0\n<- 501 no\nexpect close\n" + steps::relogin + steps::binary + gets + gets);
+    const TempFolder folder;
+    const std::string path = (folder / "f").string();
+    const auto receive = [&] {
+        EXPECT_EQ(ReceiveFile(session, "RETR f", path.c_str(), nullptr, 0, 'I'), 2);
+    };
+    for (int server = 0; server < 2; ++server) {
+        TypeLine("rest 5");
+        Heard();
+        receive();
+    }
+    receive();
     wire.Finish();
 }
 
