@@ -1,5 +1,11 @@
 #include "hostkit/directory_read.h"
 
+#include <exception>
+#include <utility>
+
+#include "hostkit/raw_listing.h"
+#include "hostkit/received_listing.h"
+
 namespace hostkit {
 
 namespace {
@@ -10,6 +16,16 @@ struct Collector {
     Listing& entries;
     bool complete = true;
 };
+
+/// What the raw listing that the calling thread asks for is to mend.
+thread_local Listing* mended = nullptr;
+
+void Mend(const Host& host, quennet::FtpHandle* handle, Listing& entries) {
+    quennet::ShellFile nowhere = 0;
+    mended = &entries;
+    host.Send(MessageNumber::saveRawListing, host.MainWindow(), &nowhere, handle);
+    mended = nullptr;
+}
 
 extern "C" {
 
@@ -32,13 +48,30 @@ bool ReadDirectoryThrough(const Host& host, const char* directory, quennet::FtpH
                           u32 option, Listing& entries) {
     Collector collector{entries};
     const quennet::ListEntryCallback callback = TakeEntry;
+    const ReceivedListing received;
     const i32 result =
         host.Send(MessageNumber::listDirectory, directory, handle, callback, &collector, option);
+    if (result == 0 && received.MayTellMore()) {
+        Mend(host, handle, entries);
+    }
     if (directory != nullptr) {
         // Kept without regard to case, it might be taken for the listing of another directory.
         host.Send(MessageNumber::invalidateCacheEntry, handle, directory);
     }
     return result == 0 && collector.complete;
+}
+
+bool TakeRawListing(const void* text, std::size_t length) {
+    Listing* entries = std::exchange(mended, nullptr);
+    if (entries == nullptr) {
+        return false;
+    }
+    try {
+        MendEntries({static_cast<const char*>(text), length}, *entries);
+    } catch (const std::exception&) {
+        // Without memory they stay as the module has them.
+    }
+    return true;
 }
 
 }  // namespace hostkit

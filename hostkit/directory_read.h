@@ -7,10 +7,15 @@
 
 namespace hostkit {
 
-/// Collects what message 26 lists. `directory` is null for the session's own, from the cache if it
-/// is there; any other names the server's current directory, which is then listed anew. False when
-/// there is no listing, or no memory for its entries.
+/// Collects what message 26 lists, mended by the raw text (raw_listing.h). `directory` is null for
+/// the session's own, from the cache if it is there; any other names the server's current
+/// directory, which is then listed anew. False when there is no listing, or no memory for its
+/// entries.
 bool ReadDirectoryThrough(const Host& host, const char* directory, quennet::FtpHandle* handle,
                           u32 option, Listing& entries);
+
+/// Takes the raw text that message 48 writes on behalf of ReadDirectoryThrough. False for what the
+/// calling thread writes to a file.
+bool TakeRawListing(const void* text, std::size_t length);
 
 }  // namespace hostkit

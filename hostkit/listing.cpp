@@ -34,7 +34,8 @@ ListingEntry Listing::Iterator::operator*() const {
 }
 
 std::string_view NameOf(const ListingEntry& entry) {
-    return entry.name.substr(0, entry.name.find_last_not_of(' ') + 1);
+    const bool isWhole = (entry.attributes & quennet::attributePermissions) != 0;
+    return isWhole ? entry.name : entry.name.substr(0, entry.name.find_last_not_of(' ') + 1);
 }
 
 Listing::Iterator& Listing::Iterator::operator++() {

@@ -25,7 +25,8 @@ struct ListingEntry {
     static constexpr u16 linkBits = quennet::attributePermissions | quennet::attributeLink;
 };
 
-/// An entry's name without the blanks that some listings put behind it.
+/// An entry's name without the blanks that some listings put behind it; those with Unix permissions
+/// put none there.
 std::string_view NameOf(const ListingEntry& entry);
 
 class Listing {

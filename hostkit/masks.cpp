@@ -8,11 +8,6 @@ namespace hostkit {
 
 namespace {
 
-char Lower(char character) {
-    return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a')
-                                                : character;
-}
-
 /// One mask. After a mismatch only the last '*' takes one byte more, which finds a match if there
 /// is one, since earlier stars have taken the least that they can.
 bool Matches(std::string_view name, std::string_view mask) {
@@ -26,7 +21,7 @@ bool Matches(std::string_view name, std::string_view mask) {
             star = maskAt++;
             starTook = at;
         } else if (maskAt < mask.size() &&
-                   (mask[maskAt] == '?' || Lower(mask[maskAt]) == Lower(name[at]))) {
+                   (mask[maskAt] == '?' || Folded(mask[maskAt]) == Folded(name[at]))) {
             ++at;
             ++maskAt;
         } else if (star != none) {

@@ -8,6 +8,11 @@
 
 namespace hostkit {
 
+/// An ASCII letter in lower case, any other byte as it is.
+constexpr char Folded(char letter) {
+    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
+}
+
 /// The text without the blanks around it.
 std::string_view Trimmed(std::string_view text);
 

@@ -78,6 +78,9 @@ static i32 ReadLocalFile(ShellFile file, void* buffer, u32 size) {
 }
 
 static i32 WriteLocalFile(HWND, ShellFile file, const void* data, u32 length) {
+    if (TakeRawListing(data, length)) {
+        return 0;
+    }
     return On(file, [&](LocalFile& open) { return open.Write(data, length); });
 }
 

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "hostkit/memory.h"
+#include "hostkit/received_listing.h"
 #include "hostkit/services.h"
 
 namespace hostkit {
@@ -29,7 +30,11 @@ static void AppendText(char* target, const char* text, u32 size) {
 }
 
 static i32 BufferAppend(GrowBuffer* record, const void* data, u32 size) {
-    return AppendToBuffer(*record, data, size) ? 0 : 1;
+    if (!AppendToBuffer(*record, data, size)) {
+        return 1;
+    }
+    ReceivedListing::Appended(*record, size);
+    return 0;
 }
 }
 

@@ -219,7 +219,7 @@ class TreeDownload {
     void CompareSizes(const RemoteEntry& entry, const std::string& name,
                       const std::string& target) {
         const u64 arrived = StateOf(target).size;
-        if (static_cast<u32>(arrived) < SizeOf(entry)) {
+        if (arrived < SizeOf(entry)) {
             TellFailed(operation_, name,
                        std::to_string(arrived) + " bytes have come, " + std::to_string(entry.size) +
                            " were listed");

@@ -30,7 +30,7 @@ constexpr std::size_t longestServerPath = 259;
 /// The file on the server, as far as a listing told.
 struct Source {
     std::string path;  // from the directory entered last
-    u64 size = 0;      // low 32 bits of it; 0 when unknown
+    u64 size = 0;      // 0 when unknown
     u16 date = 0;
     u16 time = 0;
 };
@@ -148,7 +148,7 @@ class Download {
 
     /// Only a file that is too short is one: it may have grown since it was listed.
     void CompareSizes(u64 arrived) const {
-        if (static_cast<u32>(arrived) < source_.size) {
+        if (arrived < source_.size) {
             throw Failure(ExitStatus::failed,
                           target_.path + " is incomplete: " + std::to_string(arrived) +
                               " bytes have come, " + std::to_string(source_.size) + " were listed");

@@ -131,7 +131,7 @@ class ServerCopy {
     void CompareSizes(const std::string& name, u64 sourceSize) {
         const hostkit::Listing entries = destination_.List(true);
         const auto file = Find(entries, name);
-        if (file && destination_.ListsBytes() && file->size < static_cast<u32>(sourceSize)) {
+        if (file && destination_.ListsBytes() && file->size < sourceSize) {
             throw Failure(ExitStatus::failed,
                           name + " is incomplete: " + std::to_string(file->size) +
                               " bytes have come, " + std::to_string(sourceSize) + " were listed");

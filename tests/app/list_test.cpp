@@ -59,10 +59,10 @@ TEST_F(ListTest, PathsStartInTheLoginDirectoryOrAtTheRootAndMayNameAFile) {
 
 TEST_F(ListTest, HostileListingsAreHarmless) {
     const std::string line = "-rw-r--r-- 1 u g 5 Jan 1 2001 ";
-    const std::string text = line + "../../x\r\n" + line + "\x1B[2Jwiped\tx\r\n" + line +
-                             "\xC2\x9B" + "31m\r\n" + line + std::string(10000, 'y') + "\r\n" +
-                             std::string(100000, ' ') + "\r\n" + line + "\r\n" + line +
-                             "..\r\n\r\n" + line + "last-without-end";
+    const std::string text =
+        line + "../../x\r\n" + line + "\x1B[2Jwiped\tx\r\n" + line + "\xC2\x9B" + "31m\r\n" + line +
+        std::string(10000, 'y') + "\r\n" + std::string(100000, ' ') + "\r\n" + line + "\r\n" +
+        line + "..\r\n\r\n" + line + std::string("nul\0", 4) + "\r\n" + line + "last-without-end";
     for (const char* form : {"-q", "-l", "--porcelain"}) {
         Wire wire;
         wire.Data("listing", text);
@@ -84,6 +84,8 @@ TEST_F(ListTest, HostileListingsAreHarmless) {
              {"../../x\n", "\\x1B[2Jwiped", "\\xC2\\x9B31m", "last-without-end"}) {
             EXPECT_THAT(result.output, HasSubstr(shown));
         }
+        // The long line is one entry.
+        EXPECT_EQ(std::ranges::count(result.output, '\n'), 7);
         EXPECT_THAT(result.output, Not(HasSubstr("\x1B")));
         EXPECT_THAT(result.output, Not(HasSubstr("\xC2\x9B")));
     }

@@ -12,6 +12,7 @@
 #include "control/session.h"
 #include "fuzz/expect.h"
 #include "fuzz/families.h"
+#include "hostkit/raw_listing.h"
 #include "listing/line_parser.h"
 #include "listing/walker.h"
 
@@ -84,6 +85,7 @@ struct Walk {
     const Session* session;
     bool hasParent;
     std::size_t entries = 0;
+    hostkit::Listing listing = {};
 
     ServerFamily Family() const { return static_cast<ServerFamily>(session->serverType.Load()); }
 };
@@ -100,6 +102,8 @@ void CheckName(const char* name, ServerFamily family) {
 extern "C" void TakeEntry(const char* name, u32 date, u32 time, u32 attributes, u32 size,
                           HostWord context) {
     Walk& walk = *PointerFromWord<Walk>(context);
+    walk.listing.Append(
+        {name, static_cast<u16>(date), static_cast<u16>(time), static_cast<u16>(attributes), size});
     if (++walk.entries == 1 && walk.hasParent) {
         Expect(std::strcmp(name, "..") == 0 && attributes == attributesOfParent);
         Expect(size == 0 && date == 0 && time == 0);
@@ -119,6 +123,31 @@ extern "C" void TakeEntry(const char* name, u32 date, u32 time, u32 attributes, 
     }
 }
 
+/// The host's reading of the lines is the module's, so entries of short ones keep all but the
+/// blanks around a name and the size modulo 2^32.
+void CheckMended(const char* text, const std::vector<std::string>& lines, Walk& walk) {
+    hostkit::Listing mended;
+    for (const hostkit::ListingEntry& entry : walk.listing) {
+        mended.Append(entry);
+    }
+    Expect(hostkit::MendEntries(text, mended));
+    const auto isLong = [](const std::string& line) { return line.size() == lineLimit; };
+    if (std::ranges::any_of(lines, isLong)) {
+        return;
+    }
+    Expect(mended.Count() == walk.listing.Count());
+    auto entry = walk.listing.begin();
+    for (const hostkit::ListingEntry& whole : mended) {
+        const std::string name((*entry).name);
+        const std::size_t at = whole.name.find(name);
+        Expect(at != whole.name.npos && (at == 0 || whole.name.find_first_not_of(' ') >= at));
+        Expect(whole.name.find_first_not_of(" \t", at + name.size()) == whole.name.npos);
+        Expect(static_cast<u32>(whole.size) == (*entry).size && whole.date == (*entry).date);
+        Expect(whole.attributes == (*entry).attributes);
+        ++entry;
+    }
+}
+
 void WalkOver(const char* text, ServerFamily family, const Directory& directory) {
     alignas(8) static char memory[sessionOffset + sizeof(Session)];
     Session* session = reinterpret_cast<Session*>(memory + sessionOffset);
@@ -130,6 +159,9 @@ void WalkOver(const char* text, ServerFamily family, const Directory& directory)
     Expect(walk.entries >= (directory.hasParent ? 1 : 0));
     Expect(walk.entries <= lines.size() + (directory.hasParent ? 1 : 0));
     Expect(walk.Family() == PlainFamily(lines, family));
+    if (!IsMvs(family)) {
+        CheckMended(text, lines, walk);
+    }
 }
 
 }  // namespace
