@@ -55,12 +55,31 @@ bool Holds(std::string_view text, char letter) {
 /// Reads lines in the layout that each has itself, as the module does.
 class LineReader {
   public:
+    /// As the module reads it: an arrow in a file's name loses its blanks like that of a link.
     LineEntry Read(std::string_view line, NameRule rule) {
         line_.assign(line);
+        JoinArrow();
+        return Take(rule);
+    }
+
+    /// As the server means it.
+    LineEntry ReadWhole(std::string_view line, NameRule rule) {
+        line_.assign(line);
+        if (line.starts_with('l')) {
+            JoinArrow();
+        }
+        return Take(rule);
+    }
+
+  private:
+    static constexpr std::size_t shortestEntry = 4;
+    static constexpr std::size_t shortestUnixLine = 7;
+    static constexpr std::size_t mostColumns = 9;
+
+    LineEntry Take(NameRule rule) {
         entry_ = {};
         count_ = 0;
         gap_ = {};
-        JoinArrow();
         CutBlanks();
         Split(rule);
         const bool isShort = count_ < shortestEntry;
@@ -68,11 +87,6 @@ class LineReader {
         TakeKind(isShort ? FirstLetter() : ReadLayout());
         return entry_;
     }
-
-  private:
-    static constexpr std::size_t shortestEntry = 4;
-    static constexpr std::size_t shortestUnixLine = 7;
-    static constexpr std::size_t mostColumns = 9;
 
     std::string_view Rest(std::size_t from) const { return std::string_view(line_).substr(from); }
     std::string_view FirstWord() const { return Rest(0).substr(0, line_.find_first_of(blanks)); }
@@ -191,6 +205,18 @@ struct BlankColumn {
     }
 };
 
+/// The text without its blanks.
+std::string Dense(std::string_view text) {
+    std::string dense(text);
+    std::erase(dense, ' ');
+    return dense;
+}
+
+/// Whether the module may have read another name than the server means.
+bool IsMisread(std::string_view line) {
+    return line.size() > longestPiece || (line[0] != 'l' && line.find(" ->") != line.npos);
+}
+
 bool IsLong(std::string_view line) {
     return line.size() > longestPiece;
 }
@@ -269,11 +295,11 @@ class Pairing {
             change.leading = head.leading;
             change.trailing = head.hasArrow ? "" : head.behindName;
         }
-        if (IsLong(line)) {
+        if (IsMisread(line)) {
             TakeWhole(line, change);
         }
         change.size = std::in_range<i64>(change.size) ? change.size : entry.size;
-        if (IsLong(line) || change.leading != 0 || !change.trailing.empty() ||
+        if (IsMisread(line) || change.leading != 0 || !change.trailing.empty() ||
             change.size != entry.size) {
             changes_.push_back(std::move(change));
         }
@@ -282,9 +308,10 @@ class Pairing {
     }
 
     void TakeWhole(std::string_view line, Change& change) {
-        const LineEntry whole = reader_.Read(line, rule_);
-        if (whole.isEntry &&
-            (whole.name.starts_with(change.name) || change.name.starts_with(whole.name))) {
+        const LineEntry whole = reader_.ReadWhole(line, rule_);
+        const std::string name = Dense(whole.name);
+        const std::string read = Dense(change.name);
+        if (whole.isEntry && (name.starts_with(read) || read.starts_with(name))) {
             change.name = whole.name;
             change.trailing = whole.hasArrow ? "" : whole.behindName;
             change.isLink = whole.hasArrow;

@@ -2,10 +2,10 @@
 // What the raw text of a listing tells beyond the module's entries.
 //
 // The module reads a line in pieces of 256 bytes and sizes modulo 2^32, and skips the blanks before
-// a name. So a longer line gives an entry with a cut name, and entries made of its rest. Here the
-// text is walked by the same rules beside the entries: each piece is read for what it must have
-// given, and when all agree, the entries are mended from the whole lines. Where one disagrees, as
-// in listings of MVS, all stay as they are.
+// a name and around an arrow in it. So a longer line gives an entry with a cut name, and entries
+// made of its rest. Here the text is walked by the same rules beside the entries: each piece is
+// read for what it must have given, and when all agree, the entries are mended from the whole
+// lines. Where one disagrees, as in listings of MVS, all stay as they are.
 
 #include <string_view>
 

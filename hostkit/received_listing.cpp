@@ -61,6 +61,7 @@ void ReceivedListing::Look(std::string_view block) {
             mayTellMore_ = mayTellMore_ || (columns_ == nameColumn && blanks_ > 1);
         }
         blanks_ = isBlank ? blanks_ + 1 : 0;
+        mayTellMore_ = mayTellMore_ || letter == '>';
         digits_ = letter >= '0' && letter <= '9' ? digits_ + 1 : 0;
         mayTellMore_ = mayTellMore_ || digits_ > mostDigits;
     }

@@ -69,6 +69,8 @@ TEST(RawListingTest, SizesAreTrueAndNamesHaveTheirBlanks) {
     EXPECT_THAT(
         Mended(Line("a", "5368709120") + Line("  b", "4294967296") + Line("c  ", "-7")),
         ElementsAre(Entry("a", 5368709120), Entry("  b", 4294967296), Entry("c  ", 4294967289)));
+    EXPECT_THAT(Mended(Line("a  -> b") + "l" + Line("l -> b").substr(1)),
+                ElementsAre(Entry("a  -> b", 5), Entry("l", 5)));
     EXPECT_THAT(Mended("01-15-02  03:45PM  5368709120 a"), ElementsAre(Entry("a", 5368709120)));
     // Blanks that all lines have are no part of a name.
     EXPECT_THAT(Mended(Line("  a ") + Line("  b ") + Line("  c ")),
