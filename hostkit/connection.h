@@ -84,14 +84,14 @@ struct ListResult {
 
 struct DownloadRequest {
     std::string source;       // the server's path, at most 259 bytes
-    std::string destination;  // the local path, at most 259 bytes
+    std::string destination;  // the local path
     u64 size = 0;             // as listed; 0 (unknown) never resumes
     u16 date = 0;             // DOS date and time for the local file; 0 leaves it as it is
     u16 time = 0;
 };
 
 struct UploadRequest {
-    std::string source;  // the local path, at most 259 bytes
+    std::string source;  // the local path
     std::string name;    // in the session's directory, at most 259 bytes
 };
 

@@ -4,6 +4,7 @@
 
 #include "hostkit/connection_use.h"
 #include "hostkit/local_path.h"
+#include "hostkit/long_path.h"
 
 namespace hostkit {
 
@@ -14,7 +15,7 @@ using quennet::MessageNumber;
 using quennet::TransferItem;
 
 /// What is known of an existing local file; fields of a missing one stay as they are.
-void DescribeLocalFile(const char* path, u64& size, u16& date, u16& time) {
+void DescribeLocalFile(const std::string& path, u64& size, u16& date, u16& time) {
     struct stat status;
     if (LookAtPath(path, status) == 0) {
         size = static_cast<u64>(status.st_size);
@@ -32,14 +33,14 @@ TransferResult Failed(const char* text) {
 
 TransferResult Connection::Download(const DownloadRequest& request, TransferOperation& operation) {
     TransferItem item = {};
-    if (!CopyPath(item.source, request.source) ||
-        !CopyPath(item.destination, request.destination)) {
+    const LongPath destination(request.destination);
+    if (!CopyPath(item.source, request.source) || !CopyPath(item.destination, destination.Name())) {
         return Failed(pathTooLong);
     }
     item.sourceSize = request.size;
     item.sourceDate = request.date;
     item.sourceTime = request.time;
-    DescribeLocalFile(item.destination, item.destinationSize, item.destinationDate,
+    DescribeLocalFile(request.destination, item.destinationSize, item.destinationDate,
                       item.destinationTime);
     return Transfer(item, operation, [&](FtpHandle* handle) {
         operation.record.sourceHandle = quennet::WordFromPointer(handle);
@@ -50,7 +51,8 @@ TransferResult Connection::Download(const DownloadRequest& request, TransferOper
 TransferResult Connection::Upload(const UploadRequest& request, const Listing& there,
                                   TransferOperation& operation) {
     TransferItem item = {};
-    if (!CopyPath(item.source, request.source) ||
+    const LongPath source(request.source);
+    if (!CopyPath(item.source, source.Name()) ||
         !CopyPath(item.destination, WithWholeName(request.name))) {
         return Failed(pathTooLong);
     }
@@ -61,7 +63,7 @@ TransferResult Connection::Upload(const UploadRequest& request, const Listing& t
         result.localFailure = LastFileFailure();
         return result;
     }
-    DescribeLocalFile(item.source, item.sourceSize, item.sourceDate, item.sourceTime);
+    DescribeLocalFile(request.source, item.sourceSize, item.sourceDate, item.sourceTime);
     return Transfer(item, operation, [&](FtpHandle* handle) {
         operation.record.destinationHandle = quennet::WordFromPointer(handle);
         return host_.Send(MessageNumber::putFile, &item, handle, TransferScope::Confirm(),

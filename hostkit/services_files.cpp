@@ -9,6 +9,7 @@
 #include "hostkit/directory_read.h"
 #include "hostkit/files.h"
 #include "hostkit/host.h"
+#include "hostkit/long_path.h"
 #include "hostkit/services.h"
 #include "hostkit/transfer.h"
 
@@ -53,15 +54,15 @@ static i32 GetTransferType(const char*) {
 }
 
 static i32 FileCheck(const char* path) {
-    return Guarded([&] { return CheckFile(path); });
+    return Guarded([&] { return CheckFile(LongPath::Of(path)); });
 }
 
 static i32 CreateLocalFile(HWND, const char* path, ShellFile* file) {
-    return Guarded([&] { return Keep(file, LocalFile::Create(path)); });
+    return Guarded([&] { return Keep(file, LocalFile::Create(LongPath::Of(path))); });
 }
 
 static i32 OpenLocalFile(const char* path, ShellFile* file, u32 access) {
-    return Guarded([&] { return Keep(file, LocalFile::Open(path, access)); });
+    return Guarded([&] { return Keep(file, LocalFile::Open(LongPath::Of(path), access)); });
 }
 
 static i32 OpenLocalFileAt(HWND, const char* path, ShellFile* file, u32 access) {

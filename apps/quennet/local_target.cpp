@@ -13,7 +13,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::size_t longestPath = 259;
 constexpr char standardOutputName[] = "standard output";
 
 std::string NameFrom(const Url& url) {
@@ -70,9 +69,6 @@ LocalTarget ChooseTarget(const std::optional<std::string>& output, const Url& ur
     std::error_code ignored;
     if (!folder.empty() && !fs::is_directory(folder, ignored)) {
         throw Failure(ExitStatus::failed, folder.string() + " is no folder");
-    }
-    if (path.size() > longestPath) {
-        throw Failure(ExitStatus::failed, "the local path has more than 259 characters");
     }
     const LocalTarget target = {path};
     if (path != output && target.IsStream()) {

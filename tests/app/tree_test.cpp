@@ -58,6 +58,10 @@ TEST_F(TreeTest, ATreeGoesUpAndComesDownEqual) {
             home.Write(folder + name, folder.substr(name[1] == '.' ? folder.size() : 0));
         }
     }
+    for (const std::string& name : {std::string(255, 'n'), " " + std::string(254, 'b')}) {
+        fs::create_directories(home / "tree" / name.substr(0, 220));
+        home.Write("tree/" + name.substr(0, 220) + "/" + name, "long");
+    }
     fs::create_directory(home / "tree/empty");
     fs::create_symlink("..", home / "tree/up");
     Run({"put", "-r", "tree", Url("")});
