@@ -43,7 +43,7 @@ class Finder {
     void Work(Watch::Kind kind, const std::function<void(Search& search)>& work) {
         const auto end = [this] {
             if (Search* search = watch_.Ended() ? open_.load() : nullptr) {
-                End(*search);
+                search->Stop();
             }
         };
         client_.Work(
@@ -65,13 +65,6 @@ class Finder {
     bool Lost() const { return lost_; }
 
   private:
-    void End(Search& search) const {
-        search.Stop();
-        if (options_.window) {
-            PostMessageA(search.Window(), WM_CLOSE, 0, 0);
-        }
-    }
-
     hostkit::Host& host_;
     Client& client_;
     Watch& watch_;

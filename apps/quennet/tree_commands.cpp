@@ -92,6 +92,7 @@ hostkit::PermissionChange AskForChange(Client& client, const std::string& name, 
             accepted = connection.AskPermissions(nullptr, record);
         });
     }
+    client.CheckVerdict();
     if (!accepted) {
         throw Failure(ExitStatus::failed, "cancelled");
     }

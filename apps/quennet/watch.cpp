@@ -10,6 +10,7 @@
 #include "failure.h"
 #include "hostkit/memory.h"
 #include "quennet_platform.h"
+#include "quennet_terminal.h"
 
 namespace cli {
 
@@ -102,6 +103,9 @@ void Watch::Decide(Verdict verdict) {
 
 void Watch::Look() {
     const std::lock_guard lock(mutex_);
+    if (Ended()) {
+        quennet::LeaveTerminal();
+    }
     if (tick_) {
         tick_();
     }

@@ -27,7 +27,10 @@ bool UseTerminalDisplay();
 /// at the program's end.
 void UseHeadlessDisplay();
 
-/// The terminal has hung up or come to its end.
+/// Gives the terminal back for good and closes all windows, as after its end. Any thread.
+void LeaveTerminal();
+
+/// The terminal has hung up or come to its end, or was left.
 bool IsTerminalGone();
 
 /// Puts a top window in front of the others. Any thread.

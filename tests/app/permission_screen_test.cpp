@@ -1,5 +1,7 @@
 // quennet chmod without permissions.
 
+#include <signal.h>
+
 #include "app/screen_program_test.h"
 
 namespace {
@@ -48,6 +50,21 @@ TEST_F(PermissionScreenTest, TheDialogAsksForPermissions) {
     EXPECT_SHOWS(*terminal, "666");
     terminal->Press({"Escape"});
     EXPECT_SHOWS(*terminal, "status 1");
+}
+
+TEST_F(PermissionScreenTest, ASignalClosesTheDialogAndGivesTheTerminalBack) {
+    Serve();
+    Make("f");
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        TerminalRun run(home, {"chmod", Url("f")});
+        ASSERT_TRUE(run.Await("ermissions"));
+        const auto start = std::chrono::steady_clock::now();
+        run.Signal(signal);
+        EXPECT_EQ(run.Finish(), exitFailed);
+        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
+        EXPECT_NE(run.Shown().rfind("\x1B[?1049l"), std::string::npos);
+        EXPECT_THAT(run.Shown(), testing::HasSubstr("quennet: interrupted"));
+    }
 }
 
 }  // namespace

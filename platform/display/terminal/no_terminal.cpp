@@ -10,6 +10,8 @@ bool UseTerminalDisplay() {
 
 void UseHeadlessDisplay() {}
 
+void LeaveTerminal() {}
+
 bool IsTerminalGone() {
     return false;
 }

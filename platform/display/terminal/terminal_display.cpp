@@ -43,6 +43,7 @@ bool TerminalDisplay::Start() {
         return false;
     }
     if (notices_[0] == -1) {
+        const std::lock_guard lock(mutex_);
         if (pipe2(notices_, O_CLOEXEC | O_NONBLOCK) != 0) {
             return false;
         }
@@ -72,6 +73,11 @@ void TerminalDisplay::Stop() {
         WakeReader();
     }
     thread_.join();
+}
+
+void TerminalDisplay::Leave() {
+    const std::lock_guard lock(mutex_);
+    Tell(Notice::hungUp);
 }
 
 bool TerminalDisplay::IsGone() {
@@ -118,8 +124,12 @@ void TerminalDisplay::Raise(HWND window) {
 }
 
 void TerminalDisplay::WakeReader() {
-    const char notice = static_cast<char>(Notice::wake);
-    [[maybe_unused]] const ssize_t written = write(notices_[1], &notice, 1);
+    Tell(Notice::wake);
+}
+
+void TerminalDisplay::Tell(Notice notice) const {
+    const char byte = static_cast<char>(notice);
+    [[maybe_unused]] const ssize_t written = write(notices_[1], &byte, 1);
 }
 
 /// Nobody is there any more: the window in front is told to close, once.
@@ -415,6 +425,10 @@ bool UseTerminalDisplay() {
 
 void UseHeadlessDisplay() {
     TerminalDisplay::Instance().Stop();
+}
+
+void LeaveTerminal() {
+    TerminalDisplay::Instance().Leave();
 }
 
 bool IsTerminalGone() {

@@ -31,6 +31,7 @@
 #include "composition.h"
 #include "input.h"
 #include "quennet_platform.h"
+#include "restore.h"
 
 #include <atomic>
 #include <condition_variable>
@@ -52,6 +53,7 @@ class TerminalDisplay : public Display {
 
     bool Start();
     void Stop();
+    void Leave();
     bool IsGone();
     void Raise(HWND window);
 
@@ -84,6 +86,7 @@ class TerminalDisplay : public Display {
     void Remove(std::unique_lock<std::mutex>& lock, HWND window);
     void CloseActive();
     void WakeReader();
+    void Tell(Notice notice) const;
 
     std::optional<Task> TakeTask(DWORD thread);
     std::optional<HWND> TakeOld(DWORD thread);
