@@ -8,6 +8,8 @@
 #include <stdexcept>
 #include <vector>
 
+#include "hostkit/services.h"
+
 namespace hostkit {
 
 namespace {
@@ -135,6 +137,10 @@ LRESULT CALLBACK Search::Procedure(HWND window, UINT message, WPARAM wParam, LPA
         search->open_ = false;  // its owner may end it from here on
         loop.Wake();
         return result;
+    }
+    if (message == WM_DESTROY) {
+        const SettingsEdit edit(search->host_.Options(), SettingsEdit::What::window);
+        return CallWindowProcA(procedure, window, message, wParam, lParam);
     }
     const LRESULT result = CallWindowProcA(procedure, window, message, wParam, lParam);
     if (message == WM_COMMAND && LOWORD(wParam) == runEndedCommand && SearchOf(window) == search) {

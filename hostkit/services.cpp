@@ -21,8 +21,9 @@ constexpr std::size_t nameSize = 260;
 
 // The thread that waits shows nothing meanwhile.
 constexpr std::chrono::seconds dialogPatience{1};
-constexpr u32 settingsNotSavedText = 6007;
-constexpr u32 settingsBusyText = 6008;
+constexpr u32 bookNotSavedText = 6007;
+constexpr u32 bookBusyText = 6008;
+constexpr u32 windowNotKeptText = 6009;
 
 constexpr char folderSample[] = "/";
 constexpr char fileWord[] = "File";
@@ -129,21 +130,29 @@ PrivateSettings::~PrivateSettings() {
     privateStore = std::move(outer_);
 }
 
-SettingsEdit::SettingsEdit(const HostOptions& options) : options_(options) {
+SettingsEdit::SettingsEdit(const HostOptions& options, What what) : options_(options), what_(what) {
     if (privateStore != nullptr) {
         return;
     }
     open_ = options.settings->Begin(dialogPatience);
     if (!open_) {
-        TellError(options, settingsBusyText, options.settings->ErrorText());
+        TellError(options, what == What::siteBook ? bookBusyText : windowNotKeptText,
+                  options.settings->ErrorText());
         private_.emplace(options.settings->PrivateCopy());
     }
 }
 
 SettingsEdit::~SettingsEdit() {
     if (open_ && !options_.settings->Commit()) {
-        TellError(options_, settingsNotSavedText, options_.settings->ErrorText());
+        TellError(options_, what_ == What::siteBook ? bookNotSavedText : windowNotKeptText,
+                  options_.settings->ErrorText());
     }
+}
+
+void KeepForWindow(const std::function<void(SettingsStore& store)>& keep) {
+    const HostOptions& options = Host::Current()->Options();
+    const SettingsEdit edit(options, SettingsEdit::What::window);
+    keep(privateStore != nullptr ? *privateStore : *options.settings);
 }
 
 DialogHook::DialogHook(std::function<void(HWND dialog)> hook)

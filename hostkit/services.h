@@ -89,22 +89,29 @@ class PrivateSettings {
     std::shared_ptr<SettingsStore> outer_;
 };
 
-/// What one message with a dialog does to the settings: it is stored in one step when the object
-/// goes, and other programs stay out meanwhile. A failure is reported to the user, with its cause,
-/// and the settings are as they were. When the settings can't be had, the user is told at once, and
-/// the dialog works on a private copy. Does nothing where private settings are in force already.
+/// What one message with a dialog does to the settings, or the end of a window: it is stored in one
+/// step when the object goes, and other programs stay out meanwhile. A failure is reported to the
+/// user, with its cause, and the settings are as they were. When the settings can't be had within a
+/// second, the user is told at once, and the dialog works on a private copy. Does nothing where
+/// private settings are in force already.
 class SettingsEdit {
   public:
-    explicit SettingsEdit(const HostOptions& options);
+    enum class What { siteBook, window };
+
+    explicit SettingsEdit(const HostOptions& options, What what = What::siteBook);
     ~SettingsEdit();
     SettingsEdit(const SettingsEdit&) = delete;
     SettingsEdit& operator=(const SettingsEdit&) = delete;
 
   private:
     const HostOptions& options_;
+    const What what_;
     bool open_ = false;
     std::optional<PrivateSettings> private_;
 };
+
+/// Changes the settings on behalf of a window, as a `SettingsEdit` does.
+void KeepForWindow(const std::function<void(SettingsStore& store)>& keep);
 
 /// Reports an error to the user: the text of an id, and its cause if there is one.
 void TellError(const HostOptions& options, u32 textId, const std::string& cause = {});

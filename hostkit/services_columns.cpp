@@ -171,14 +171,14 @@ static void LoadColumns(ColumnRow* columns, const char* name, const char* file, 
     });
 }
 
-static void SaveColumns(const ColumnRow* columns, const char* name, const char* file) {
+static void SaveColumns(const ColumnRow* columns, const char* name, const char*) {
     Guarded([&] {
-        const auto store = StoreOf(file);
-        SettingsBatch batch(*store);
-        for (const ColumnRow* row : RowsOf(columns)) {
-            store->Write(name, ColumnKey(*row),
-                         std::to_string(row->width) + "," + std::to_string(row->order));
-        }
+        KeepForWindow([&](SettingsStore& store) {
+            for (const ColumnRow* row : RowsOf(columns)) {
+                store.Write(name, ColumnKey(*row),
+                            std::to_string(row->width) + "," + std::to_string(row->order));
+            }
+        });
     });
 }
 

@@ -76,21 +76,21 @@ static void AddHistory(HWND comboBox, const char* text) {
     });
 }
 
-static void SaveHistory(HWND comboBox, const char* path, const char* section, i32 limit) {
+static void SaveHistory(HWND comboBox, const char*, const char* section, i32 limit) {
     Guarded([&] {
-        const auto store = StoreOf(path);
-        SettingsBatch batch(*store);
-        const auto count = std::min<LRESULT>(SendMessageA(comboBox, CB_GETCOUNT, 0, 0), limit);
-        for (i32 i = 0; i < limit; ++i) {
-            const std::string key = "History" + std::to_string(i + 1);
-            if (i < count) {
-                store->Write(
-                    section, key,
-                    EntryText(comboBox, CB_GETLBTEXT, CB_GETLBTEXTLEN, static_cast<WPARAM>(i)));
-            } else {
-                store->Remove(section, key);
+        KeepForWindow([&](SettingsStore& store) {
+            const auto count = std::min<LRESULT>(SendMessageA(comboBox, CB_GETCOUNT, 0, 0), limit);
+            for (i32 i = 0; i < limit; ++i) {
+                const std::string key = "History" + std::to_string(i + 1);
+                if (i < count) {
+                    store.Write(
+                        section, key,
+                        EntryText(comboBox, CB_GETLBTEXT, CB_GETLBTEXTLEN, static_cast<WPARAM>(i)));
+                } else {
+                    store.Remove(section, key);
+                }
             }
-        }
+        });
     });
 }
 

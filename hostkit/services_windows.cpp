@@ -98,7 +98,7 @@ static void LoadPlacement(const char* file, const char* name, i32* x, i32* y, i3
     });
 }
 
-static void SavePlacement(HWND window, const char* file, const char* name) {
+static void SavePlacement(HWND window, const char*, const char* name) {
     RECT place;
     if (GetWindowRect(window, &place) == FALSE) {
         return;
@@ -106,11 +106,11 @@ static void SavePlacement(HWND window, const char* file, const char* name) {
     const i32 values[] = {place.left, place.top, place.right - place.left,
                           place.bottom - place.top};
     Guarded([&] {
-        const auto store = StoreOf(file);
-        SettingsBatch batch(*store);
-        for (std::size_t i = 0; i < std::size(placements); ++i) {
-            store->Write(name, placements[i].key, std::to_string(values[i]));
-        }
+        KeepForWindow([&](SettingsStore& store) {
+            for (std::size_t i = 0; i < std::size(placements); ++i) {
+                store.Write(name, placements[i].key, std::to_string(values[i]));
+            }
+        });
     });
 }
 

@@ -122,6 +122,9 @@ hostkit::HostOptions HostFor(const Options& options, const Url& url, Status& sta
     hostkit::HostOptions host = HostOptionsFor(options, url, status);
     if (options.window) {
         UseStoredSettings(host);
+        host.reportError = [&status](hostkit::u32, const std::string& text) {
+            status.Line("quennet: " + text);
+        };
         host.setForeground = quennet::RaiseInTerminal;
     } else if (host.settings != nullptr) {
         host.settings = host.settings->PrivateCopy();

@@ -102,6 +102,9 @@ void RunPing(const Options& options, Watch& watch, Status& status) {
     hostkit::HostOptions host;
     if (options.window) {
         UseStoredSettings(host);
+        host.reportError = [&status](hostkit::u32, const std::string& text) {
+            status.Line("quennet: " + text);
+        };
     }
     RunWithModule(host, [&](hostkit::Host& attached) {
         hostkit::Ping ping(attached);

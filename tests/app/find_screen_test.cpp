@@ -1,11 +1,13 @@
 // quennet find --window.
 
 #include "app/screen_program_test.h"
+#include "hostkit/settings.h"
 #include "support/wait.h"
 
 namespace {
 
 namespace fs = std::filesystem;
+using namespace std::chrono_literals;
 using testing::HasSubstr;
 constexpr auto npos = std::string::npos;
 
@@ -84,10 +86,16 @@ TEST_F(FindScreenTest, APersonSearchesFiltersAndGoesToAHit) {
     }
     EXPECT_THAT(home.Read(".config/quennet/settings.ini"), HasSubstr("[FTPFind]\n"));
     {
+        hostkit::FileSettings other(home / ".config/quennet/settings.ini");
+        ASSERT_TRUE(other.Begin());
         const TmuxTerminal terminal(80, 24, Program("find --window -m none " + Url("t")));
         EXPECT_SHOWS(terminal, "none____");
+        const auto before = std::chrono::steady_clock::now();
         terminal.Press({"M-f", "c"});
+        EXPECT_SHOWS(terminal, "quennet: The settings can't be changed now.");
         EXPECT_SHOWS(terminal, "status 0");
+        EXPECT_LT(std::chrono::steady_clock::now() - before, 5s)
+            << "one wait for all that it keeps";
     }
     TmuxTerminal terminal(80, 24, Program("find --window " + Url("t")));
     EXPECT_SHOWS(terminal, "Include subfolders");
