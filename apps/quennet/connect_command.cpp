@@ -9,6 +9,9 @@
 
 #include <windows.h>
 
+#include <functional>
+#include <utility>
+
 #include "client.h"
 #include "commands.h"
 #include "failure.h"
@@ -76,13 +79,29 @@ void Converse(hostkit::Host& host, const Options& options, Status& status) {
     AwaitKey();
 }
 
+/// Lines wait while a message or a question has the terminal.
+template <typename Result, typename... Arguments>
+void Hold(Status& status, std::function<Result(Arguments...)>& ask) {
+    ask = [&status, dialog = std::move(ask)](Arguments... arguments) {
+        const Status::Hold hold(status);
+        return dialog(arguments...);
+    };
+}
+
+void AskInDialogs(hostkit::HostOptions& host, Status& status) {
+    hostkit::AskInDialogs(host);
+    Hold(status, host.showMessage);
+    Hold(status, host.reportError);
+    Hold(status, host.askPassword);
+}
+
 }  // namespace
 
 void RunConnect(const Options& options, Status& status) {
     const TerminalDisplay display;
     hostkit::HostOptions host;
     UseStoredSettings(host);
-    hostkit::AskInDialogs(host);
+    AskInDialogs(host, status);
     RunWithModule(host, [&](hostkit::Host& attached) { Converse(attached, options, status); });
 }
 

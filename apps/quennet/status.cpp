@@ -83,17 +83,17 @@ void Status::Ask(std::string_view question) {
     Write(HarmlessText(question));
 }
 
-void Status::SetHeld(bool held) {
+void Status::CountHold(int more) {
     const std::lock_guard lock(mutex_);
-    held_ = held;
-    if (!held) {
+    holds_ += more;
+    if (holds_ == 0) {
         Write(std::exchange(heldBytes_, {}));
     }
 }
 
 /// Nobody is left to hear of a failure. What is held is the last that a person can use.
 void Status::Write(const std::string& bytes) {
-    if (held_) {
+    if (holds_ > 0) {
         heldBytes_ += bytes;
         heldBytes_.erase(0, heldBytes_.size() - std::min(heldBytes_.size(), mostHeld));
         return;

@@ -40,8 +40,8 @@ class Status {
     /// Lines wait until the object goes: the terminal belongs to a display.
     class Hold {
       public:
-        explicit Hold(Status& status) : status_(status) { status_.SetHeld(true); }
-        ~Hold() { status_.SetHeld(false); }
+        explicit Hold(Status& status) : status_(status) { status_.CountHold(1); }
+        ~Hold() { status_.CountHold(-1); }
         Hold(const Hold&) = delete;
         Hold& operator=(const Hold&) = delete;
 
@@ -50,7 +50,7 @@ class Status {
     };
 
   private:
-    void SetHeld(bool held);
+    void CountHold(int more);
     void Write(const std::string& bytes);
     void WriteLine(std::string_view text);
     bool CanWrite(int milliseconds) const;
@@ -60,7 +60,7 @@ class Status {
     std::atomic<bool> hurried_ = false;
     std::mutex mutex_;
     std::string bottom_;
-    bool held_ = false;
+    int holds_ = 0;
     std::string heldBytes_;
 };
 

@@ -5,6 +5,7 @@
 
 #include "app/screen_program_test.h"
 #include "hostkit/texts.h"
+#include "support/wait.h"
 
 namespace {
 
@@ -112,6 +113,22 @@ TEST_F(ConnectTest, OkConnectsAndKeepsTheBookAndAnyKeyDisconnects) {
     EXPECT_EQ(Book(), "[FTP]\nM1=Here\nH1=ftp://" + host +
                           "\nU1=anna\nW1=7263657400007466\nD1=/pub\nO1=10\n[Quennet]\nFTP=Here\n");
     EXPECT_EQ(Quennet(home, {"ls", "site:here"}).output, "song\n");
+
+    // What the server says meanwhile waits below a message.
+    fs::permissions(home / bookPath, fs::perms::owner_read);
+    {
+        const TmuxTerminal terminal(80, 24, Program("connect"));
+        EXPECT_SHOWS(terminal, "Here");
+        EXPECT_NE(server->Commands().back(), "PWD");
+        terminal.Press({"M-n", "Z", "Enter"});
+        EXPECT_SHOWS(terminal, "could not be saved");
+        EXPECT_TRUE(WaitUntil([&] { return server->Commands().back() == "PWD"; }));
+        EXPECT_THAT(terminal.Screen(), Not(HasSubstr("220")));
+        terminal.Press({"Enter"});
+        EXPECT_SHOWS(terminal, "Connected, in /pub. Any key disconnects.");
+        EXPECT_THAT(terminal.Screen(), HasSubstr("220 Loopback server ready"));
+    }
+    fs::permissions(home / bookPath, fs::perms::owner_read | fs::perms::owner_write);
 
     // Nobody waits for a server any more when the terminal has gone.
     server->Add({"LIST", 0, FaultAction::stallData, "", 0, {}});
