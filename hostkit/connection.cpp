@@ -58,6 +58,7 @@ ConnectResult Connection::ConnectAsked(HWND owner) {
     const auto initDialog = host_.Options().initDialog;
     return ConnectThrough([&] {
         RunDialog(owner, [&](HWND dialog) {
+            HelpAtDialog(dialog);
             if (initDialog) {
                 initDialog(dialog);
             }

@@ -127,7 +127,8 @@ class Connection final : private Panel {
     /// connection that is live is disconnected first.
     ConnectResult Connect(const ConnectRequest& request);
 
-    /// The same with a person at the dialog, who edits the site book there.
+    /// The same with a person at the dialog, who edits the site book there, and is told when OK
+    /// comes without a host.
     ConnectResult ConnectAsked(HWND owner);
 
     /// Ends the connection, after the operation that runs; waits until all of it is gone.

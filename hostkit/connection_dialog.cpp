@@ -3,6 +3,7 @@
 #include <iterator>
 #include <string>
 
+#include "hostkit/services.h"
 #include "hostkit/sites.h"
 
 namespace hostkit {
@@ -25,6 +26,8 @@ constexpr u32 firewallTypes = 6;
 
 constexpr WPARAM okButton = 99;
 constexpr WPARAM cancelButton = 2;
+
+constexpr u32 hostWantedText = 6010;
 
 constexpr char anonymousUser[] = "anonymous";
 constexpr char mailAddress[] = "anonymous@";
@@ -97,7 +100,38 @@ void SetField(HWND dialog, INT id, const std::string& text) {
     SetDlgItemTextA(dialog, id, text.c_str());
 }
 
+/// The procedure of the connection dialog that a person has open: Host::DialogMutex lets no second
+/// one open.
+DLGPROC askedProcedure = nullptr;
+
+bool LacksHost(HWND dialog, WPARAM command) {
+    return (command == okButton || command == IDOK) &&
+           FieldText(dialog, hostField).find_first_not_of(' ') == std::string::npos;
+}
+
+extern "C" INT_PTR CALLBACK HelpingProcedure(HWND dialog, UINT message, WPARAM wParam,
+                                             LPARAM lParam) {
+    if (message == WM_COMMAND && LacksHost(dialog, LOWORD(wParam))) {
+        TellError(Host::Current()->Options(), hostWantedText);
+        SetFocus(GetDlgItem(dialog, hostField));
+        return TRUE;
+    }
+    const INT_PTR result = askedProcedure(dialog, message, wParam, lParam);
+    if (message == WM_SHOWWINDOW && wParam != 0 &&
+        SendDlgItemMessageA(dialog, siteList, LB_GETCOUNT, 0, 0) == 0) {
+        SetFocus(GetDlgItem(dialog, nameField));
+    }
+    return result;
+}
+
 }  // namespace
+
+void HelpAtDialog(HWND dialog) {
+    if (GetDlgItem(dialog, directoryField) != nullptr) {
+        askedProcedure = reinterpret_cast<DLGPROC>(
+            SetWindowLongPtrA(dialog, DWLP_DLGPROC, reinterpret_cast<LONG_PTR>(HelpingProcedure)));
+    }
+}
 
 std::string RefusalOf(Host& host, const ConnectRequest& request) {
     if (!request.site.empty()) {

@@ -1,5 +1,5 @@
 #pragma once
-// Working the connection dialog without a person.
+// Working the connection dialog without a person, and helping the one who does.
 
 #include <windows.h>
 
@@ -16,6 +16,10 @@ std::string RefusalOf(Host& host, const ConnectRequest& request);
 /// The settings for a dialog that nobody sees: a copy of the host's, without its sites if none is
 /// wanted, and with a mail address, so that nothing is asked.
 std::shared_ptr<SettingsStore> UnseenSettings(Host& host, const ConnectRequest& request);
+
+/// For CoreInitDialog of what the connect message opens for a person. A connection dialog without
+/// sites begins in the field of the name, where typing is of use, and its OK wants a host.
+void HelpAtDialog(HWND dialog);
 
 /// Takes each dialog that the connect message opens: fills the connection dialog in, and the
 /// firewall dialog if a firewall is wanted, and closes them with OK; cancels any other.

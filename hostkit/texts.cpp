@@ -75,6 +75,7 @@ constexpr Text texts[] = {
     {6007, "The site book could not be saved. It was left as it was."},
     {6008, "The site book can't be changed now. What is changed in it will not be kept."},
     {6009, "The settings can't be changed now. What the window keeps in them is as it was."},
+    {6010, "A connection wants the name of a host, or its address."},
     // Boxes of the find window and of the permission dialog.
     {10103, "Include su&bfolders"},
     {10900, "Permissions"},

@@ -95,7 +95,9 @@ TEST_F(ConnectTest, OkConnectsAndKeepsTheBookAndAnyKeyDisconnects) {
     {
         const TmuxTerminal terminal(80, 30, Program("connect"));
         EXPECT_SHOWS(terminal, "Save password");
-        Fill(terminal, "M-n", "Here");
+        terminal.Press({"Here", "Enter"});
+        EXPECT_SHOWS(terminal, "wants the name of a host");
+        terminal.Press({"Enter"});
         Fill(terminal, "M-h", "ftp://" + host);
         Fill(terminal, "M-u", "anna");
         Fill(terminal, "M-w", "secret");
