@@ -21,7 +21,7 @@ LRESULT GetItem(HWND window, const ListViewState& list, LVITEMA* item) {
         return FALSE;
     }
     if ((item->mask & LVIF_STATE) != 0) {
-        item->state = RowState(list, item->iItem, item->stateMask);
+        item->state = RowState(list, list.PlaceOf(item->iItem), item->stateMask);
     }
     const CellText cell(window, item->iItem, item->iSubItem, item->mask & ~UINT{LVIF_STATE});
     item->iImage = cell.Item().iImage;
@@ -71,7 +71,8 @@ LRESULT ShowRow(HWND window, ListViewState& list, INT row) {
 
 LRESULT TopRow(HWND window, const ListViewState& list) {
     const ListLayout layout = LayoutOf(window, list);
-    return layout.view == LVS_REPORT || layout.view == LVS_LIST ? layout.FirstInSight() : 0;
+    return layout.view == LVS_REPORT || layout.view == LVS_LIST ? list.RowAt(layout.FirstInSight())
+                                                                : 0;
 }
 
 LRESULT RowsPerPage(HWND window, const ListViewState& list) {
@@ -80,8 +81,8 @@ LRESULT RowsPerPage(HWND window, const ListViewState& list) {
                                                                 : list.count;
 }
 
-LRESULT SetItemState(HWND window, ListViewState& list, WPARAM row, const LVITEMA* item) {
-    return item && SetRowState(window, list, static_cast<INT>(row), item->state, item->stateMask);
+LRESULT SetItemState(HWND window, ListViewState& list, INT place, const LVITEMA* item) {
+    return item && SetRowState(window, list, place, item->state, item->stateMask);
 }
 
 LRESULT TellFocus(HWND window, UINT code) {
@@ -91,6 +92,7 @@ LRESULT TellFocus(HWND window, UINT code) {
 
 LRESULT HandleRows(HWND window, ListViewState& list, UINT message, WPARAM wParam, LPARAM lParam) {
     const auto row = static_cast<INT>(wParam);
+    const INT place = list.PlaceOf(row);
     const auto item = reinterpret_cast<LVITEMA*>(lParam);
     switch (message) {
         case LVM_SETITEMCOUNT:
@@ -101,24 +103,25 @@ LRESULT HandleRows(HWND window, ListViewState& list, UINT message, WPARAM wParam
             DeleteAllRows(window, list);
             return TRUE;
         case LVM_GETITEMSTATE:
-            return RowState(list, row, static_cast<UINT>(lParam));
+            return RowState(list, place, static_cast<UINT>(lParam));
         case LVM_SETITEMSTATE:
-            return SetItemState(window, list, wParam, item);
+            return SetItemState(window, list, place, item);
         case LVM_GETNEXTITEM:
-            return NextRow(list, row, static_cast<UINT>(lParam));
+            return list.RowAt(NextRow(list, place, static_cast<UINT>(lParam)));
         case LVM_GETSELECTEDCOUNT:
             return list.selected.Count();
         case LVM_GETSELECTIONMARK:
-            return list.mark;
+            return list.RowAt(list.mark);
         case LVM_SETSELECTIONMARK:
-            return std::exchange(
-                list.mark, list.Has(static_cast<INT>(lParam)) ? static_cast<INT>(lParam) : -1);
+            return list.RowAt(std::exchange(list.mark, list.Has(static_cast<INT>(lParam))
+                                                           ? list.PlaceOf(static_cast<INT>(lParam))
+                                                           : -1));
         case LVM_GETITEMTEXTA:
             return item && list.Has(row) ? ItemText(window, row, item) : 0;
         case LVM_GETITEMA:
             return GetItem(window, list, item);
         case LVM_ENSUREVISIBLE:
-            return ShowRow(window, list, row);
+            return ShowRow(window, list, place);
         case LVM_GETTOPINDEX:
             return TopRow(window, list);
         case LVM_GETCOUNTPERPAGE:

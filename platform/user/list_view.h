@@ -2,12 +2,14 @@
 // The list view, and how it is put together.
 //
 // Rows are the owner's: the control knows how many there are, which one has the focus and, a bit
-// each, which ones are selected. Everything that it shows it asks for while it paints. All of it is
-// touched on the control's own thread alone.
+// each, which ones are selected, and in which order a person has them shown. Everything that it
+// shows it asks for while it paints. All of it is touched on the control's own thread alone.
 //
 //   list_view.cpp            messages
 //   list_view_rows.cpp       states of rows, and who is told of their changes
+//   list_view_sorting.cpp    the order in which rows are shown
 //   list_view_columns.cpp    columns of the report
+//   list_view_widths.cpp     how wide these are on the display
 //   list_view_layout.cpp     where rows stand in the four views, and what is in sight
 //   list_view_drawing.cpp    asking and painting
 //   list_view_input.cpp      keys and clicks
@@ -29,6 +31,9 @@ struct ListColumn {
     INT format = 0;
     INT subItem = 0;
     INT image = 0;
+    bool chosen = false;  // the width, by a person
+    int need = 0;         // cells that what it has shown takes, with a gap
+    int cells = 0;        // as it was drawn last, 0 before
 };
 
 struct ListViewState : ControlState {
@@ -43,8 +48,19 @@ struct ListViewState : ControlState {
     std::vector<ListColumn> columns;
     std::vector<INT> order;  // columns from left to right
     INT itemWidth = 0;       // in LVS_LIST, in pixels; 0 is the usual one
+    INT column = 0;          // that keys make wider or narrower
+    INT sortedBy = -1;       // a column, -1 in the owner's order
+    bool sortFalls = false;
+    std::vector<INT> rowAt;    // the owner's row at each place; empty in the owner's order
+    std::vector<INT> placeOf;  // and the other way round
 
     bool Has(INT row) const { return row >= 0 && row < count; }
+    INT RowAt(INT place) const {
+        return rowAt.empty() || !Has(place) ? place : rowAt[static_cast<std::size_t>(place)];
+    }
+    INT PlaceOf(INT row) const {
+        return placeOf.empty() || !Has(row) ? row : placeOf[static_cast<std::size_t>(row)];
+    }
 };
 
 // ---- Rows -------------------------------------------------------------------------------------
@@ -64,6 +80,11 @@ INT NextRow(const ListViewState& list, INT after, UINT flags);
 void SetRowCount(HWND window, ListViewState& list, INT count);
 void DeleteAllRows(HWND window, ListViewState& list);
 
+/// Shows the rows in the order of a column's texts, the other way round when they stand in it
+/// already; and in the owner's order.
+void SortRows(HWND window, ListViewState& list, INT column);
+void ShowUnsorted(ListViewState& list);
+
 /// Sends WM_NOTIFY with a record that begins with a NMHDR, which this fills in.
 LRESULT NotifyWith(HWND window, UINT code, NMHDR* header);
 
@@ -72,7 +93,20 @@ LRESULT NotifyWith(HWND window, UINT code, NMHDR* header);
 /// False for messages that are none of the columns'.
 bool HandleColumnMessage(HWND window, ListViewState& list, UINT message, WPARAM wParam,
                          LPARAM lParam, LRESULT* result);
+/// Right in its column, as numbers stand.
+bool IsNumberColumn(const ListViewState& list, INT column);
+/// With the mark of the order that the rows are shown in.
+std::string TitleOf(const ListViewState& list, INT column);
+int CellsOfWidth(INT pixels);
+/// As it is on the display.
 int CellsOfColumn(const ListColumn& column);
+/// A text of so many cells is to be shown in the column; and what was noted is forgotten.
+void NoteNeed(ListColumn& column, int cells);
+void ForgetNeeds(ListViewState& list);
+/// Shares a report's cells out among its columns.
+void FitColumnsTo(ListViewState& list, int room);
+/// A person's choice, which the display keeps to.
+void ChooseWidth(HWND window, ListViewState& list, INT column, int cells);
 /// Makes the column as wide as what it shows.
 void FitColumn(HWND window, ListViewState& list, INT column, bool withTitle);
 

@@ -13,6 +13,7 @@ namespace {
 constexpr INT pixelsPerCharacter = 6;
 constexpr int columnsAtMost = 256;
 constexpr int gap = 1;  // between what two columns show, in cells
+constexpr int widestChosen = 500;
 
 ListColumn* ColumnAt(ListViewState& list, WPARAM index) {
     return index < list.columns.size() ? &list.columns[index] : nullptr;
@@ -153,8 +154,22 @@ LRESULT GetOrder(const ListViewState& list, WPARAM count, INT* order) {
 
 }  // namespace
 
+bool IsNumberColumn(const ListViewState& list, INT column) {
+    const ListColumn& record = list.columns[static_cast<std::size_t>(column)];
+    return column > 0 && (record.format & LVCFMT_JUSTIFYMASK) == LVCFMT_RIGHT;
+}
+
+std::string TitleOf(const ListViewState& list, INT column) {
+    const std::string& title = list.columns[static_cast<std::size_t>(column)].title;
+    return column == list.sortedBy ? title + (list.sortFalls ? " ▼" : " ▲") : title;
+}
+
+int CellsOfWidth(INT pixels) {
+    return (pixels + pixelsPerCharacter / 2) / pixelsPerCharacter;
+}
+
 int CellsOfColumn(const ListColumn& column) {
-    return (column.width + pixelsPerCharacter / 2) / pixelsPerCharacter;
+    return column.cells > 0 ? column.cells : CellsOfWidth(column.width);
 }
 
 void FitColumn(HWND window, ListViewState& list, INT column, bool withTitle) {
@@ -163,13 +178,21 @@ void FitColumn(HWND window, ListViewState& list, INT column, bool withTitle) {
     const ListLayout layout = LayoutOf(window, list);
     const int end = std::min(list.count, layout.FirstInSight() + layout.lines * layout.perLine);
     for (int row = layout.FirstInSight(); row < end; ++row) {
-        const CellText cell(window, row, column, LVIF_TEXT);
+        const CellText cell(window, list.RowAt(row), column, LVIF_TEXT);
         const int mark = column == 0 && list.images[LVSIL_SMALL] ? 1 : 0;
         cells = std::max(cells, ColumnsOf(cell.Text()) + mark);
     }
     if (index < list.columns.size()) {
         list.columns[index].width = (cells + gap) * pixelsPerCharacter;
     }
+    TellChanged(window);
+}
+
+void ChooseWidth(HWND window, ListViewState& list, INT column, int cells) {
+    ListColumn& record = list.columns[static_cast<std::size_t>(column)];
+    record.chosen = true;
+    record.cells = std::clamp(cells, 1, widestChosen);
+    record.width = record.cells * pixelsPerCharacter;
     TellChanged(window);
 }
 

@@ -16,11 +16,26 @@ class ListDrawing {
           list_(list),
           canvas_(canvas),
           layout_(LayoutOf(window, list, canvas.Width(), canvas.Height())),
-          enabled_(IsWindowEnabled(window)) {}
+          first_(layout_.FirstInSight()),
+          enabled_(IsWindowEnabled(window)) {
+        // In part shown lines count too.
+        const int lines = layout_.view == LVS_LIST
+                              ? (layout_.width + layout_.itemWidth - 1) / layout_.itemWidth
+                              : (layout_.height + layout_.itemHeight - 1) / layout_.itemHeight;
+        end_ = std::min(list_.count, first_ + lines * layout_.perLine);
+    }
 
     void Run() {
         canvas_.Fill({0, 0, canvas_.Width(), canvas_.Height()}, U' ', Plain());
+        if (first_ < end_ && list_.rowAt.empty()) {
+            NMLVCACHEHINT hint = {};
+            hint.iFrom = first_;
+            hint.iTo = end_ - 1;
+            NotifyWith(window_, LVN_ODCACHEHINT, &hint.hdr);
+        }
         if (layout_.view == LVS_REPORT) {
+            AskForRows();
+            FitColumnsTo(list_, layout_.width);
             list_.left = std::clamp(list_.left, 0, std::max(0, WidthOfColumns() - layout_.width));
         }
         if (layout_.titles > 0) {
@@ -107,25 +122,12 @@ class ListDrawing {
     void DrawTitles() const {
         canvas_.Fill({0, 0, canvas_.Width(), 1}, U' ', Ink::header);
         ForEachColumn(0, [&](INT column, const Area& area) {
-            DrawCell(area, list_.columns[static_cast<std::size_t>(column)].title, column,
-                     Ink::header);
+            DrawCell(area, TitleOf(list_, column), column, Ink::header);
         });
     }
 
     void DrawRows() const {
-        const int first = layout_.FirstInSight();
-        // In part shown lines count too.
-        const int lines = layout_.view == LVS_LIST
-                              ? (layout_.width + layout_.itemWidth - 1) / layout_.itemWidth
-                              : (layout_.height + layout_.itemHeight - 1) / layout_.itemHeight;
-        const int end = std::min(list_.count, first + lines * layout_.perLine);
-        if (first < end) {
-            NMLVCACHEHINT hint = {};
-            hint.iFrom = first;
-            hint.iTo = end - 1;
-            NotifyWith(window_, LVN_ODCACHEHINT, &hint.hdr);
-        }
-        for (int row = first; row < end && list_.Has(row); ++row) {
+        for (int row = first_; row < end_ && list_.Has(row); ++row) {
             Area area = layout_.AreaOf(row);
             area.top += layout_.titles;
             if (row == list_.focused) {
@@ -147,7 +149,7 @@ class ListDrawing {
 
     /// The text of a row's first column, behind the mark of its kind.
     std::string Label(int row) const {
-        const CellText cell(window_, row, 0, FirstMask());
+        const CellText cell(window_, list_.RowAt(row), 0, FirstMask());
         if (!Images()) {
             return cell.Text();
         }
@@ -156,15 +158,36 @@ class ListDrawing {
                cell.Text();
     }
 
+    /// What a report shows, before the widths are known that it is drawn in.
+    void AskForRows() {
+        for (int row = first_; row < end_ && list_.Has(row); ++row) {
+            std::vector<std::string>& texts = rows_.emplace_back(list_.columns.size());
+            for (std::size_t column = 0; column < texts.size(); ++column) {
+                if (column >= list_.columns.size() || list_.columns[column].width == 0) {
+                    continue;
+                }
+                const auto number = static_cast<INT>(column);
+                texts[column] = column == 0
+                                    ? Label(row)
+                                    : CellText(window_, list_.RowAt(row), number, LVIF_TEXT).Text();
+                if (column < list_.columns.size()) {  // the owner may have changed them
+                    NoteNeed(list_.columns[column], ColumnsOf(texts[column]));
+                }
+            }
+        }
+    }
+
     void DrawReportRow(int row, const Area& area) const {
         const Ink ink = InkOf(row);
         canvas_.Fill(area, U' ', ink);
-        ForEachColumn(area.top, [&](INT column, const Area& place) {
-            if (column == 0) {
-                DrawCell(place, Label(row), column, ink);
-            } else {
-                const CellText cell(window_, row, column, LVIF_TEXT);
-                DrawCell(place, cell.Text(), column, ink);
+        const auto place = static_cast<std::size_t>(row - first_);
+        if (place >= rows_.size()) {
+            return;
+        }
+        const std::vector<std::string>& texts = rows_[place];
+        ForEachColumn(area.top, [&](INT column, const Area& cell) {
+            if (static_cast<std::size_t>(column) < texts.size()) {
+                DrawCell(cell, texts[static_cast<std::size_t>(column)], column, ink);
             }
         });
     }
@@ -192,7 +215,10 @@ class ListDrawing {
     ListViewState& list_;
     Canvas& canvas_;
     ListLayout layout_;
+    int first_;  // row in sight
+    int end_ = 0;
     bool enabled_;
+    std::vector<std::vector<std::string>> rows_;  // texts of a report's
 };
 
 }  // namespace

@@ -58,7 +58,7 @@ void Activate(HWND window, ListViewState& list, INT row, LPARAM point) {
         return;
     }
     NMITEMACTIVATE notification = {};
-    notification.iItem = row;
+    notification.iItem = list.RowAt(row);
     notification.ptAction = {static_cast<SHORT>(LOWORD(point)), static_cast<SHORT>(HIWORD(point))};
     notification.uKeyFlags = (IsDown(VK_MENU) ? LVKF_ALT : 0U) |
                              (IsDown(VK_CONTROL) ? LVKF_CONTROL : 0U) |
@@ -102,8 +102,32 @@ void PressKey(HWND window, ListViewState& list, WPARAM key) {
 void FitAllColumns(HWND window, ListViewState& list) {
     for (std::size_t column = 0; column < list.columns.size(); ++column) {
         if (list.columns[column].width > 0) {
+            list.columns[column].chosen = false;
             FitColumn(window, list, static_cast<INT>(column), true);
         }
+    }
+}
+
+/// Keys of a report: a digit shows the rows in the order of that column, from the left, and makes
+/// it the one for '<' and '>'; 0 gives the owner's order back, '+' room for all texts in sight.
+void PressCharacter(HWND window, ListViewState& list, WPARAM character) {
+    if ((StyleOf(window) & LVS_TYPEMASK) != LVS_REPORT || list.columns.empty()) {
+        return;
+    }
+    const std::size_t place = character - '1';
+    if (character == '+') {
+        FitAllColumns(window, list);
+    } else if (character == '0') {
+        ShowUnsorted(list);
+        BringIntoSight(window, list, std::max(0, list.focused));
+        TellChanged(window);
+    } else if (character == '<' || character == '>') {
+        const auto column = static_cast<std::size_t>(list.column) % list.columns.size();
+        ChooseWidth(window, list, static_cast<INT>(column),
+                    CellsOfColumn(list.columns[column]) + (character == '<' ? -1 : 1));
+    } else if (place < list.order.size() && (StyleOf(window) & LVS_NOSORTHEADER) == 0) {
+        list.column = list.order[place];
+        SortRows(window, list, list.column);
     }
 }
 
@@ -145,9 +169,9 @@ Hit HitOf(HWND window, const ListViewState& list, LPARAM point) {
     return {list.Has(row) ? row : -1, -1};
 }
 
-void TellClick(HWND window, UINT code, INT row, LPARAM point) {
+void TellClick(HWND window, const ListViewState& list, UINT code, INT row, LPARAM point) {
     NMITEMACTIVATE notification = {};
-    notification.iItem = row;
+    notification.iItem = list.RowAt(row);
     notification.ptAction = {static_cast<SHORT>(LOWORD(point)), static_cast<SHORT>(HIWORD(point))};
     NotifyWith(window, code, &notification.hdr);
 }
@@ -180,7 +204,7 @@ void Click(HWND window, ListViewState& list, WPARAM keys, LPARAM point, bool twi
     } else {
         Choose(window, list, hit.row, (keys & MK_SHIFT) != 0);
     }
-    TellClick(window, twice ? NM_DBLCLK : NM_CLICK, hit.row, point);
+    TellClick(window, list, twice ? NM_DBLCLK : NM_CLICK, hit.row, point);
     if (twice) {
         Activate(window, list, hit.row, point);
     }
@@ -200,9 +224,7 @@ bool HandleListInput(HWND window, ListViewState& list, UINT message, WPARAM wPar
             PressKey(window, list, wParam);
             return true;
         case WM_CHAR:
-            if (wParam == '+') {
-                FitAllColumns(window, list);
-            }
+            PressCharacter(window, list, wParam);
             return true;
         case WM_LBUTTONDOWN:
         case WM_LBUTTONDBLCLK:

@@ -10,9 +10,9 @@ namespace quennet::user {
 
 namespace {
 
-void TellRow(HWND window, INT row, UINT before, UINT after) {
+void TellRow(HWND window, const ListViewState& list, INT row, UINT before, UINT after) {
     NMLISTVIEW notification = {};
-    notification.iItem = row;
+    notification.iItem = list.RowAt(row);
     notification.uOldState = before;
     notification.uNewState = after;
     notification.uChanged = LVIF_STATE;
@@ -36,7 +36,7 @@ void ChangeRow(HWND window, ListViewState& list, INT row, UINT state) {
     }
     ApplyState(list, row, state);
     TellChanged(window);
-    TellRow(window, row, before, state);
+    TellRow(window, list, row, before, state);
 }
 
 /// Takes the focus, and for `deselect` the selection, from the row that has it.
@@ -72,7 +72,7 @@ void DeselectOthers(HWND window, ListViewState& list, INT row) {
         list.selected.Set(row, row, true);
     }
     TellChanged(window);
-    TellRow(window, -1, LVIS_SELECTED, 0);
+    TellRow(window, list, -1, LVIS_SELECTED, 0);
 }
 
 void SelectRange(HWND window, ListViewState& list, INT first, INT last) {
@@ -81,6 +81,10 @@ void SelectRange(HWND window, ListViewState& list, INT first, INT last) {
     }
     list.selected.Set(first, last, true);
     TellChanged(window);
+    if (!list.rowAt.empty()) {
+        TellRow(window, list, -1, 0, LVIS_SELECTED);  // they are no range of the owner's
+        return;
+    }
     NMLVODSTATECHANGE notification = {};
     notification.iFrom = first;
     notification.iTo = last;
@@ -110,7 +114,7 @@ bool SetStateOfAll(HWND window, ListViewState& list, UINT state, UINT mask) {
         list.selected.Set(0, list.count - 1, true);
     }
     TellChanged(window);
-    TellRow(window, -1, select ? 0 : LVIS_SELECTED, select ? LVIS_SELECTED : 0);
+    TellRow(window, list, -1, select ? 0 : LVIS_SELECTED, select ? LVIS_SELECTED : 0);
     return true;
 }
 
@@ -178,7 +182,7 @@ void SelectUpTo(HWND window, ListViewState& list, INT row) {
     if (list.selected.CountIn(first, last) != list.selected.Count()) {
         list.selected.Clear();
         TellChanged(window);
-        TellRow(window, -1, LVIS_SELECTED, 0);
+        TellRow(window, list, -1, LVIS_SELECTED, 0);
     }
     if (list.Has(last)) {
         SelectRange(window, list, first, last);
@@ -220,8 +224,12 @@ INT NextRow(const ListViewState& list, INT after, UINT flags) {
 }
 
 void SetRowCount(HWND window, ListViewState& list, INT count) {
+    ShowUnsorted(list);
     if (count < list.count) {
         list.selected.Set(count, list.count - 1, false);
+    }
+    if (count < list.count) {
+        ForgetNeeds(list);
     }
     list.count = count;
     list.top = std::min(list.top, std::max(0, count - 1));

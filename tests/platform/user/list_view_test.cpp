@@ -133,9 +133,9 @@ class ListViewTest : public testing::Test {
 TEST_F(ListViewTest, AsksOnlyForTheRowsThatItPaints) {
     SetCount(1'000'000);
     const std::vector<std::string> lines = Drawn();
-    EXPECT_EQ(lines[0], "Name                     Size");
-    EXPECT_EQ(lines[1], "row 0                       0                              |");
-    EXPECT_EQ(lines[4], "a text of the owne|         3                              |");
+    EXPECT_EQ(lines[0], "Name                                            Size");
+    EXPECT_EQ(lines[1], "row 0                                              0       |");
+    EXPECT_EQ(lines[4], "a text of the owner's own that is too long         3       |");
     EXPECT_EQ(asksOfRows.size(), 20U);
     EXPECT_EQ(asksOfRows.back(), 9);
 
@@ -143,7 +143,7 @@ TEST_F(ListViewTest, AsksOnlyForTheRowsThatItPaints) {
     EXPECT_EQ(Send(LVM_GETTOPINDEX), 999'990);
     EXPECT_EQ(Send(LVM_GETCOUNTPERPAGE), 10);
     asksOfRows.clear();
-    EXPECT_EQ(Drawn()[10], "row 999999             999999                              |");
+    EXPECT_EQ(Drawn()[10], "row 999999                                    999999       |");
     EXPECT_EQ(asksOfRows.size(), 20U);
 
     char text[6];
@@ -243,11 +243,40 @@ TEST_F(ListViewTest, KeepsColumnsTheirWidthsAndTheirOrder) {
         EXPECT_FALSE(
             Send(LVM_SETCOLUMNORDERARRAY, wrong.size(), reinterpret_cast<LPARAM>(wrong.data())));
     }
-    EXPECT_EQ(Drawn()[0], "Date Name                     Size");
+    EXPECT_EQ(Drawn()[0], "Date Name                                            Size");
     EXPECT_TRUE(Send(LVM_SETCOLUMNWIDTH, 0, 18));
-    EXPECT_EQ(Drawn()[1], " 0   r|         0");
-    Click(5, 0, 0, WM_LBUTTONDBLCLK);
+    EXPECT_EQ(Send(LVM_GETCOLUMNWIDTH, 0), 18);
     EXPECT_EQ(Drawn()[4], " 3   a text of the owner's own that is too long         3");
+}
+
+TEST_F(ListViewTest, WidthsFollowTheRoomAndAPersonsKeys) {
+    const auto lineInRoom = [&](int columns) {
+        MoveWindow(list, 0, 0, columns * 8, 176, TRUE);
+        return DrawnBy(list, columns, 11)[4];
+    };
+    EXPECT_EQ(lineInRoom(30), "a text of the owner's o|     3");
+    EXPECT_EQ(lineInRoom(60), "a text of the owner's own that is too long         3");
+    for (const char key : {'<', '<', '<', '>'}) {
+        Send(WM_CHAR, static_cast<WPARAM>(key), 1);
+    }
+    EXPECT_EQ(lineInRoom(60), "a text of the owner's own that is too l|         3");
+    Send(WM_CHAR, '+', 1);
+    EXPECT_EQ(lineInRoom(60).find('|'), std::string::npos);
+}
+
+TEST_F(ListViewTest, SortsByKeysWhatItsOwnerKeepsInItsOrder) {
+    SetCount(11);
+    SetState(10, LVIS_FOCUSED | LVIS_SELECTED, LVIS_FOCUSED | LVIS_SELECTED);
+    Send(WM_CHAR, '2', 1);
+    EXPECT_THAT(Drawn()[0], testing::EndsWith("Size ?"));
+    Send(WM_CHAR, '2', 1);
+    EXPECT_THAT(Drawn()[1], StartsWith("row 10 ")) << "numbers by their size";
+    EXPECT_EQ(Next(-1, LVNI_SELECTED), 10);
+    EXPECT_THAT(Press(VK_DOWN), ElementsAre("row 10 3>0", "row 9 0>3"));
+    EXPECT_EQ(Send(LVM_GETITEMSTATE, 9, LVIS_SELECTED), LVIS_SELECTED);
+    SetCount(12);
+    EXPECT_THAT(Drawn()[1], StartsWith("row 0 "));
+    EXPECT_EQ(Next(-1, LVNI_FOCUSED), 9);
 }
 
 TEST_F(ListViewTest, TakesAMillionRowsInItsStride) {
