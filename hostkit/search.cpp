@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "hostkit/services.h"
+#include "hostkit/texts.h"
 
 namespace hostkit {
 
@@ -27,6 +28,8 @@ constexpr WPARAM runEndedCommand = 0x212;
 constexpr INT nameColumn = 0;
 constexpr INT folderColumn = 4;
 constexpr INT longestCell = 1024;
+
+constexpr u32 keysHintText = 6012;
 
 /// The searches whose windows are open; the loop thread's alone.
 std::vector<Search*> openSearches;
@@ -234,7 +237,11 @@ bool Search::Export(ExportFormat format, const std::string& path) {
 }
 
 std::string Search::AwaitClose() {
-    host_.Loop().Invoke([this] { SetFocus(GetDlgItem(window_, maskId)); });
+    host_.Loop().Invoke([this] {
+        SetFocus(GetDlgItem(window_, maskId));
+        const HWND status = FindWindowExA(window_, nullptr, STATUSCLASSNAMEA, nullptr);
+        SendMessageA(status, SB_SETTEXTA, 0, reinterpret_cast<LPARAM>(TextOfId(keysHintText)));
+    });
     host_.Loop().WaitUntil([this] { return !IsOpen(); });
     return wentTo_;
 }

@@ -76,6 +76,13 @@ constexpr Text texts[] = {
     {6008, "The site book can't be changed now. What is changed in it will not be kept."},
     {6009, "The settings can't be changed now. What the window keeps in them is as it was."},
     {6010, "A connection wants the name of a host, or its address."},
+    {6011,
+     "Tab     next control\nAlt-... marked letters, menus\nEnter   in the masks: search\n"
+     "Esc     stops a search, else closes\n\nIn the list:\n"
+     "1 to 6  sort by that column, again: turned round\n0       as it was found\n"
+     "< >     narrower, wider: the column sorted by last\n+       as wide as what it shows\n"
+     "Ctrl-A  select all\n\nMenu Search, Go to: closes, and prints the path"},
+    {6012, "F1 tells the keys"},
     // Boxes of the find window and of the permission dialog.
     {10103, "Include su&bfolders"},
     {10900, "Permissions"},

@@ -2,6 +2,9 @@
 
 #include "hostkit/window_keys.h"
 
+#include "hostkit/terminal_questions.h"
+#include "hostkit/texts.h"
+
 namespace hostkit {
 
 namespace {
@@ -9,6 +12,9 @@ namespace {
 // Commands of the find window.
 constexpr WPARAM startCommand = 0x12D;
 constexpr WPARAM stopCommand = 0x20E;
+constexpr WPARAM closeCommand = 0x78;
+
+constexpr u32 keysText = 6011;
 
 /// The combo box that the focus is in, null for none.
 HWND FocusedComboBox(HWND window) {
@@ -23,6 +29,12 @@ HWND FocusedComboBox(HWND window) {
     return nullptr;
 }
 
+/// A window without a menu can stop nothing.
+bool CanStop(HWND window) {
+    const UINT state = GetMenuState(GetMenu(window), stopCommand, MF_BYCOMMAND);
+    return state != static_cast<UINT>(-1) && (state & (MF_GRAYED | MF_DISABLED)) == 0;
+}
+
 /// The command that a key stands for; 0 for none. An open list keeps Enter and Esc.
 WPARAM CommandOfKey(HWND window, WPARAM key) {
     const HWND box = FocusedComboBox(window);
@@ -32,7 +44,10 @@ WPARAM CommandOfKey(HWND window, WPARAM key) {
     if (key == VK_RETURN && box != nullptr) {
         return startCommand;
     }
-    return key == VK_ESCAPE ? stopCommand : 0;
+    if (key == VK_ESCAPE) {
+        return CanStop(window) ? stopCommand : closeCommand;
+    }
+    return 0;
 }
 
 }  // namespace
@@ -40,6 +55,10 @@ WPARAM CommandOfKey(HWND window, WPARAM key) {
 bool TakeWindowKey(HWND window, MSG& message) {
     if (message.hwnd != window && !IsChild(window, message.hwnd)) {
         return false;
+    }
+    if (message.message == WM_KEYDOWN && message.wParam == VK_F1) {
+        ShowMessageDialog(TextOfId(keysText));
+        return true;
     }
     if (message.message == WM_KEYDOWN) {
         if (const WPARAM command = CommandOfKey(window, message.wParam)) {

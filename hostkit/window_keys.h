@@ -7,7 +7,7 @@ namespace hostkit {
 
 /// Handles a message of a registered window or one of its controls, dispatching included; false
 /// when it is none. Tab and marked letters lead through the controls as in a dialog; Enter in the
-/// mask starts a search, Esc stops it.
+/// mask starts a search, Esc stops it, or closes the window where none runs; F1 tells the keys.
 bool TakeWindowKey(HWND window, MSG& message);
 
 }  // namespace hostkit

@@ -146,12 +146,17 @@ TEST_F(WindowServicesTest, KeysLeadThroughARegisteredWindow) {
     press(VK_RETURN);
     EXPECT_THAT(commands, ElementsAre()) << "nobody registered it";
     EXPECT_EQ(Shell<ShellRegisterWindowFunction>(ShellService::registerWindow)(window, 8, 0), 0u);
+    const HMENU menu = CreateMenu();
+    AppendMenuA(menu, MF_STRING, 0x20E, "Stop");
+    SetMenu(window, menu);
     press(VK_RETURN);
     press(VK_ESCAPE);
+    EnableMenuItem(menu, 0x20E, MF_GRAYED);
+    press(VK_ESCAPE);  // closes where nothing runs
     press(VK_TAB);
     EXPECT_EQ(GetFocus(), check);
     press(VK_RETURN);
-    EXPECT_THAT(commands, ElementsAre(0x12Du, 0x20Eu));
+    EXPECT_THAT(commands, ElementsAre(0x12Du, 0x20Eu, 0x78u));
     Shell<ShellUnregisterWindowFunction>(ShellService::unregisterWindow)(window);
     press(VK_TAB);
     EXPECT_EQ(GetFocus(), check);
