@@ -1,6 +1,6 @@
 // The demonstration: the main job of the module on a server of its own, through messages 1, 24, 23,
-// 26, 29, 39 and 25 alone. Each step is proved by what the host got, by the bytes on the disk, and
-// by the commands that the server heard; a difference ends it.
+// 26, 48, 29, 39 and 25 alone. Each step is proved by what the host got, by the bytes on the disk,
+// and by the commands that the server heard; a difference ends it.
 
 #include <algorithm>
 #include <atomic>
@@ -236,12 +236,12 @@ class Demo {
 
     void CheckMessages() {
         const std::set<MessageNumber> expected = {
-            MessageNumber::setTables,      MessageNumber::connect,       MessageNumber::disconnect,
-            MessageNumber::getDirectory,   MessageNumber::listDirectory, MessageNumber::getFile,
-            MessageNumber::changeDirAsync,
+            MessageNumber::setTables,      MessageNumber::connect,        MessageNumber::disconnect,
+            MessageNumber::getDirectory,   MessageNumber::listDirectory,  MessageNumber::getFile,
+            MessageNumber::changeDirAsync, MessageNumber::saveRawListing,
         };
         const std::lock_guard lock(messageMutex);
-        Check(messages == expected, "messages 1, 23 to 26, 29 and 39 were sent, and no other");
+        Check(messages == expected, "messages 1, 23 to 26, 29, 39 and 48 were sent, and no other");
     }
 
     static std::string RestCommand() { return "REST " + std::to_string(partSize - overlap); }
