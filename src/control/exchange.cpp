@@ -7,7 +7,9 @@ namespace quennet {
 namespace {
 
 constexpr u32 nobody = 0;
-constexpr u32 workerToCome = 0xFFFFFFFF;  // no thread has that id
+// No thread has these ids.
+constexpr u32 workerToCome = 0xFFFFFFFF;
+constexpr u32 lentOut = 0xFFFFFFFE;
 
 }  // namespace
 
@@ -15,18 +17,31 @@ void KeepExchange(Session* session) {
     session->exchangeThread.Store(workerToCome);
 }
 
-Exchange::Exchange(Session* session) : session_(session), outermost_(false), granted_(false) {
-    if (session_ == nullptr) {
-        return;
-    }
+/// Takes the connection over from `from`, or goes on with what the thread has.
+bool Exchange::Claim(u32 from) {
     const u32 thread = GetCurrentThreadId();
-    const u32 owner = session_->exchangeThread.ExchangeIf(nobody, thread);
-    outermost_ = owner == nobody;
-    granted_ = outermost_ || owner == thread;
+    const u32 owner = session_->exchangeThread.ExchangeIf(from, thread);
+    outermost_ = owner == from;
+    before_ = from;
+    return outermost_ || owner == thread;
 }
 
-Exchange::Exchange(Session* session, Kept) : session_(session), outermost_(true), granted_(true) {
+Exchange::Exchange(Session* session) : session_(session) {
+    if (session_ != nullptr) {
+        const bool isLender = session_->exchangeLender.Load() == GetCurrentThreadId();
+        granted_ = (isLender && Claim(lentOut)) || Claim(nobody);
+    }
+}
+
+Exchange::Exchange(Session* session, Kept)
+    : session_(session), outermost_(true), granted_(true), before_(nobody) {
     session_->exchangeThread.Store(GetCurrentThreadId());
+}
+
+Exchange::Exchange(Session* session, Lent) : session_(session) {
+    if (session_ != nullptr) {
+        granted_ = Claim(lentOut);
+    }
 }
 
 bool Exchange::IsRefused() const {
@@ -38,8 +53,31 @@ bool Exchange::IsRefused() const {
 
 Exchange::~Exchange() {
     if (outermost_) {
-        session_->exchangeThread.Store(nobody);
+        session_->exchangeThread.Store(before_);
     }
+}
+
+LentExchange::LentExchange(Session* session)
+    : session_(session), lent_(session->exchangeThread.Load() == GetCurrentThreadId()) {
+    if (lent_) {
+        session_->exchangeLender.Store(GetCurrentThreadId());
+        session_->exchangeThread.Store(lentOut);
+    }
+}
+
+LentExchange::~LentExchange() {
+    constexpr u32 pauseMilliseconds = 10;
+    const u32 thread = GetCurrentThreadId();
+    while (lent_ && session_->exchangeThread.ExchangeIf(lentOut, thread) != lentOut) {
+        Sleep(pauseMilliseconds);
+    }
+    if (lent_) {
+        session_->exchangeLender.Store(nobody);
+    }
+}
+
+bool HoldsExchange(const Session* session, u32 thread) {
+    return session->exchangeThread.Load() == thread || session->exchangeLender.Load() == thread;
 }
 
 }  // namespace quennet

@@ -22,6 +22,9 @@ class Exchange {
     /// Takes over what KeepExchange has kept.
     struct Kept {};
     Exchange(Session* session, Kept);
+    /// Borrows what LentExchange lends; granted on no other terms.
+    struct Lent {};
+    Exchange(Session* session, Lent);
     ~Exchange();
     Exchange(const Exchange&) = delete;
     Exchange& operator=(const Exchange&) = delete;
@@ -33,9 +36,30 @@ class Exchange {
     bool IsRefused() const;
 
   private:
+    bool Claim(u32 from);
+
     Session* session_;
-    bool outermost_;
-    bool granted_;
+    bool outermost_ = false;
+    bool granted_ = false;
+    u32 before_ = 0;  // what stood in the session's word
 };
+
+/// Lends the calling thread's exchange to listings while it stands: the host may read a directory,
+/// on behalf of this thread, by messages from another one. The calling thread's own claims are
+/// granted as ever, and all others refused. Waits at its end for a listing that is under way.
+class LentExchange {
+  public:
+    explicit LentExchange(Session* session);
+    ~LentExchange();
+    LentExchange(const LentExchange&) = delete;
+    LentExchange& operator=(const LentExchange&) = delete;
+
+  private:
+    Session* session_;
+    bool lent_;
+};
+
+/// Whether that thread holds the connection, or lends it at the moment.
+bool HoldsExchange(const Session* session, u32 thread);
 
 }  // namespace quennet

@@ -63,6 +63,7 @@ struct Session {
     // The module's bookkeeping beside the fields above.
     SharedWord users;           // messages and workers that work on this session
     SharedWord exchangeThread;  // id of the thread whose exchange it is, 0 for none
+    SharedWord exchangeLender;  // id of the thread that lends its exchange to listings, 0 for none
     SharedWord closing;         // the end of the connection has been claimed
     u32 logins;                 // control connections made so far
     u32 doubtfulReplies;        // those that some servers leave out
@@ -88,6 +89,7 @@ QUENNET_ON_WORD_BOUNDARY(abortFlag);
 QUENNET_ON_WORD_BOUNDARY(stopRetrying);
 QUENNET_ON_WORD_BOUNDARY(users);
 QUENNET_ON_WORD_BOUNDARY(exchangeThread);
+QUENNET_ON_WORD_BOUNDARY(exchangeLender);
 QUENNET_ON_WORD_BOUNDARY(closing);
 QUENNET_ON_WORD_BOUNDARY(controlAddress);
 #undef QUENNET_ON_WORD_BOUNDARY

@@ -172,11 +172,18 @@ Entered Enter(const FindWindow* find, const char* name, WalkLevel* level) {
     return find->stop.IsSet() ? Entered::refused : EnterOnce(session, name, level);
 }
 
+/// The host asks for the listing itself, on this thread or on one of its own.
+void* ReadByHost(const FindRun& run, const WalkLevel& level) {
+    Session* session = run.find->session;
+    const LentExchange lent(session);
+    return ShellReadDirectory(level.path, session->handle, run.options & FindOptLongList);
+}
+
 /// The entries of the directory that has just been entered; null when there are none.
 void* ReadEntries(const FindRun& run, const WalkLevel& level) {
     Session* session = run.find->session;
     const u32 logins = session->logins;
-    void* entries = ShellReadDirectory(level.path, session->handle, run.options & FindOptLongList);
+    void* entries = ReadByHost(run, level);
     if (entries == nullptr) {
         RepairIfClosed(run.find);
     }
@@ -187,7 +194,7 @@ void* ReadEntries(const FindRun& run, const WalkLevel& level) {
     if (run.find->stop.IsSet() || ChangeDir(session, level.path) != done) {
         return nullptr;
     }
-    return ShellReadDirectory(level.path, session->handle, run.options & FindOptLongList);
+    return ReadByHost(run, level);
 }
 
 bool IsWanted(const FindRun& run, const FindRecord& record) {

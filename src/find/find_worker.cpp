@@ -4,6 +4,7 @@
 
 #include <cstring>
 
+#include "control/exchange.h"
 #include "control/worker.h"
 #include "find/find_commands.h"
 #include "find/find_controls.h"
@@ -66,7 +67,7 @@ void EndRun(FindWindow* find) {
 void Abort(FindWindow* find) {
     Session* session = find->session;
     const u32 thread = find->workerThread.Load();
-    if (thread != 0 && session->exchangeThread.Load() == thread) {
+    if (thread != 0 && HoldsExchange(session, thread)) {
         session->abortFlag.Store(1);
     }
 }

@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "control/exchange.h"
 #include "control/working_directory.h"
 #include "host/services.h"
 #include "listing/list_text.h"
@@ -90,6 +91,12 @@ bool BeginRequest(Session* session, const char* path, bool isCurrent) {
     return false;
 }
 
+/// A listing by name may be the one that a search waits for.
+int ReadForHost(const char* path, Session* session, u32 longOption) {
+    const Exchange exchange(path != nullptr ? session : nullptr, Exchange::Lent{});
+    return ReadListing(path, session, longOption);
+}
+
 }  // namespace
 
 CacheEntry* CacheEntryAt(const Session* session, u32 number) {
@@ -172,7 +179,7 @@ i32 ListDirectory(const char* path, FtpHandle* handle, ListEntryCallback callbac
                   u32 longOption) {
     Session* session = SessionFromHandle(handle);
     const SessionUse use(session);
-    if (session == nullptr || ReadListing(path, session, longOption) != listed) {
+    if (session == nullptr || ReadForHost(path, session, longOption) != listed) {
         return -1;
     }
     const ListLock lock;

@@ -3,7 +3,9 @@
 #include "control/sockets.h"
 #include "find/find_store.h"
 #include "find/find_test.h"
+#include "host/message.h"
 #include "hostkit/masks.h"
+#include "listing/cache.h"
 #include "support/wait.h"
 
 using namespace quennet;
@@ -168,6 +170,33 @@ TEST_F(WalkTest, AServerThatClosesInsteadOfAnsweringIsAskedAgain) {
     Walk("/", FindOptRecurse, "hit");
     wire.Finish();
     EXPECT_THAT(Hits(), ElementsAre("/a: hit", "/b: hit"));
+}
+
+extern "C" void KeepCount(const char*, u32, u32, u32, u32, HostWord count) {
+    ++*PointerFromWord<int>(count);
+}
+
+TEST_F(WalkTest, TheHostMayReadADirectoryFromAnotherThreadAndNothingElseSlipsIn) {
+    listings["/"] = {{"hit"}};
+    i32 changed = 0;
+    i32 listed = -1;
+    int entries = 0;
+    onRead = [&](const std::string& path) {
+        std::thread([&] {
+            changed = Host().Send(MessageNumber::changeDirSync, "/x", session->handle, nullptr);
+            listed = Host().Send(MessageNumber::listDirectory, path.c_str(), session->handle,
+                                 WordFromPointer(KeepCount), &entries, 0);
+        }).join();
+    };
+    Open(inRoot + steps::passive +
+         "-> LIST\n<- 150 go\ndata accept\ndata <- fone\ndata close\n<- 226 done\n");
+    Walk("/");
+    EXPECT_NE(changed, 0);
+    EXPECT_EQ(listed, 0);
+    EXPECT_EQ(entries, 1);
+    EXPECT_THAT(Hits(), ElementsAre("/: hit"));
+    wire.Finish();
+    FreeDirCache(session);
 }
 
 // Some servers write a quote in a name twice, others don't.
