@@ -97,13 +97,8 @@ bool OpenConnection(Session* session) {
         ReportSocketError(session->console);
         return false;
     }
-    session->replyDepth = 0;
-    int result = ReadReply(session);
-    while (result == 1 && !session->abortFlag.IsSet()) {
-        NoteServerBanner(session);
-        result = ReadReply(session);
-    }
-    if (result != 2) {
+    constexpr int ready = 2;
+    if (ReadWelcome(session) != ready) {
         return false;
     }
     NoteServerBanner(session);

@@ -21,9 +21,10 @@
 //     150 z       the end
 //
 // A first line with a number that no reply can have is passed over as text; a first line without
-// any number ends the reply at once, without a result. Three things end a reply early: the
+// any number ends the reply at once, without a result. Four things end a reply early: the
 // watchdog or an abort (code 421), the end of the connection (the class of its first code), and
-// 10,000 lines (a failed read).
+// 10,000 lines or ten times the time-out, 5 minutes, from its first line on (a failed read). The
+// welcome has twice the time-out, a minute, with all preliminary replies before it.
 //
 // Staying in step
 // ---------------
@@ -44,6 +45,7 @@
 #include "control/server_family.h"
 #include "control/sockets.h"
 #include "control/watchdog.h"
+#include "host/process_clock.h"
 #include "host/services.h"
 
 namespace quennet {
@@ -56,6 +58,34 @@ constexpr int replyLines = 10000;
 constexpr int codeOfAbort = 421;
 constexpr int preliminary = 1;   // the class of a reply that another one follows
 constexpr int mostReplies = 16;  // read in a row for what is over
+
+constexpr u32 defaultTimeoutSeconds = 30;  // where the session has none
+constexpr u32 timeoutsOfReply = 10;
+constexpr u32 timeoutsOfWelcome = 2;
+
+/// The time that a reply may take, in time-outs of the session.
+class Patience {
+  public:
+    Patience(const Session* session, u32 timeouts)
+        : milliseconds_(
+              timeouts * 1000 *
+              (session->timeoutSeconds != 0 ? session->timeoutSeconds : defaultTimeoutSeconds)) {}
+
+    /// Begins to count; a second call changes nothing.
+    void Begin() {
+        if (!begun_) {
+            begun_ = true;
+            start_ = ProcessClock();
+        }
+    }
+
+    bool IsOver() const { return begun_ && ProcessClock() - start_ >= milliseconds_; }
+
+  private:
+    u32 milliseconds_;
+    u32 start_ = 0;
+    bool begun_ = false;
+};
 
 enum class LineEnd { line, aborted, closed, failed };
 
@@ -185,9 +215,9 @@ bool TakeReplyLine(Session* session, const Line& line) {
 
 /// The lines of a reply behind the `replyDepth` that are read already, to its end. The results of
 /// ReadReply.
-int ReadLines(Session* session) {
-    for (bool more = true; more;) {
-        if (++session->replyDepth > replyLines) {
+int ReadLines(Session* session, Patience patience) {
+    for (bool more = true; more; patience.Begin()) {
+        if (++session->replyDepth > replyLines || patience.IsOver()) {
             CoreConsolePrintText(session->console, "Reply without an end.");
             session->firstCode = 0;
             session->replyDepth = 0;
@@ -208,6 +238,15 @@ int ReadLines(Session* session) {
     return IsReplyCode(session->firstCode) ? session->firstCode / 100 : 0;
 }
 
+int ReadReplyWithin(Session* session, Patience patience) {
+    if (session->controlSocket == noSocket) {
+        return 0;
+    }
+    session->firstCode = 0;
+    session->replyDepth = 0;
+    return ReadLines(session, patience);
+}
+
 }  // namespace
 
 int ReadReplyLine(Session* session) {
@@ -215,12 +254,18 @@ int ReadReplyLine(Session* session) {
 }
 
 int ReadReply(Session* session) {
-    if (session->controlSocket == noSocket) {
-        return 0;
+    return ReadReplyWithin(session, Patience(session, timeoutsOfReply));
+}
+
+int ReadWelcome(Session* session) {
+    Patience patience(session, timeoutsOfWelcome);
+    patience.Begin();
+    int result = ReadReplyWithin(session, patience);
+    while (result == preliminary && !session->abortFlag.IsSet()) {
+        NoteServerBanner(session);
+        result = ReadReplyWithin(session, patience);
     }
-    session->firstCode = 0;
-    session->replyDepth = 0;
-    return ReadLines(session);
+    return result;
 }
 
 int ReadFinalReply(Session* session) {
@@ -237,7 +282,8 @@ void ReadRestOfReply(Session* session) {
     session->firstCode = IsReplyCode(code) ? code : 0;
     session->replyDepth = 1;
     const bool goesOn = session->replyBuffer[3] == '-';
-    const int result = goesOn ? ReadLines(session) : session->firstCode / 100;
+    const int result =
+        goesOn ? ReadLines(session, Patience(session, timeoutsOfReply)) : session->firstCode / 100;
     session->replyDepth = 0;
     if (result == preliminary) {
         ReadFinalReply(session);

@@ -29,9 +29,14 @@ int ReadReplyLine(Session* session);
 /// Reads one reply to its end, however many lines it has, and prints its lines.
 ///
 /// Returns the class of the reply, 1 to 5; 0 without a valid reply; -1 after a socket failure, or
-/// after a reply without an end. The last line stays in `replyBuffer`, the deciding code in
-/// `firstCode`. An abort or a time-out counts as code 421. Format: RFC 959, section 4.2.
+/// after a reply without an end, which goes on for 10,000 lines or ten times the session's
+/// time-out. The last line stays in `replyBuffer`, the deciding code in `firstCode`. An abort or a
+/// time-out counts as code 421. Format: RFC 959, section 4.2.
 int ReadReply(Session* session);
+
+/// Reads the welcome, and before it the preliminary replies, which may name the server's family, in
+/// twice the session's time-out.
+int ReadWelcome(Session* session);
 
 /// The same for the reply that ends an exchange: the preliminary ones before it, 16 at most, are
 /// read and printed too. One more of them is the result, and the final reply is owed.

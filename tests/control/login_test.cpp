@@ -144,6 +144,18 @@ TEST_F(LoginTest, AFirewallThatAsksAgainAndAgainIsGivenUpAfter16Answers) {
     wire.Finish();
 }
 
+TEST_F(LoginTest, AWelcomeHasTwiceTheTimeOut) {
+    std::string script;
+    for (const char* reply : {"120 wait", "120 wait", "220-a", "b", "c"}) {
+        script += std::string("<- ") + reply + "\npause 0.6\n";
+    }
+    session->timeoutSeconds = 1;
+    wire.Start(script + "expect close\n");
+    EXPECT_EQ(LoginSession(session), loginFailed);
+    EXPECT_THAT(Lines(), Contains("Reply without an end."));
+    wire.Finish();
+}
+
 TEST_F(LoginTest, ALineEndInAUserNameReachesNoWire) {
     StoreText(session->site.user, sizeof session->site.user, "anna\r\nDELE x");
     wire.Start("<- 220 a\nexpect close\n");

@@ -1,6 +1,7 @@
 // Waits that last as long as they do for users.
 
 #include "control/command.h"
+#include "control/reply.h"
 #include "control/sockets.h"
 #include "support/session_test.h"
 
@@ -35,6 +36,18 @@ TEST_F(TimeoutTest, ASocketThatNobodyReadsIsGivenUpAfterTenTests) {
     nonBlocking = 0;
     ioctlsocket(session->controlSocket, static_cast<long>(FIONBIO), &nonBlocking);
     EXPECT_EQ(SendLine(session, "NOOP"), -1) << "nor does a command wait for ever";
+}
+
+TEST_F(TimeoutTest, AReplyHasTenTimesTheTimeOut) {
+    std::string script;
+    for (int line = 0; line < 18; ++line) {
+        script += "<- 257-more\npause 0.6\n";
+    }
+    session->timeoutSeconds = 1;
+    Open(script);
+    EXPECT_EQ(ReadReply(session), -1);
+    EXPECT_EQ(Lines().back(), "Reply without an end.");
+    wire.Finish();
 }
 
 }  // namespace
