@@ -17,7 +17,7 @@ constexpr u32 replyBufferSize = 4096;
 constexpr u32 pathSize = 260;  // of every text field that holds a directory or a path
 
 /// What failed on the local side of a transfer; the server's word does not count then.
-enum class LocalFailure : u32 { none, open, seek, read, write, close, memory };
+enum class LocalFailure : u32 { none, open, seek, read, write, close, memory, tooLong };
 
 #pragma pack(push, 1)
 

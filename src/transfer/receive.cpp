@@ -60,8 +60,7 @@ class Target {
 
     bool Write(const char* data, int length) {
         if (buffer_ != nullptr) {
-            return Note(ShellBufferAppend(buffer_, data, static_cast<u32>(length)),
-                        LocalFailure::memory);
+            return Append(data, static_cast<u32>(length));
         }
         const int failure =
             ShellWriteFile(hostTables.mainWindow, file_, data, static_cast<u32>(length));
@@ -81,6 +80,12 @@ class Target {
     ShellFile file() const { return file_; }
 
   private:
+    bool Append(const char* data, u32 length) {
+        constexpr u32 longest = u32{1} << 30;
+        return Note(buffer_->used + length <= longest, LocalFailure::tooLong) &&
+               Note(ShellBufferAppend(buffer_, data, length), LocalFailure::memory);
+    }
+
     bool Note(bool done, LocalFailure failure) {
         if (!done) {
             NoteLocalFailure(session_, failure);
@@ -221,6 +226,10 @@ int EndOfReceive(Session* session, FinalReply* finalReply, bool connectionHeld) 
     constexpr int confirmed = 2;
     const int result = finalReply->Read();
     if (FailedLocally(session)) {
+        if (session->localFailure == LocalFailure::tooLong) {
+            // A listing has no error text.
+            CoreConsolePrintText(session->console, session->replyBuffer);
+        }
         return 0;
     }
     if (result == confirmed && !connectionHeld) {

@@ -24,6 +24,7 @@ constexpr LocalFailureText localFailureTexts[] = {
     {LocalFailure::write, "The local file could not be written."},
     {LocalFailure::close, "The local file could not be closed."},
     {LocalFailure::memory, "Out of memory."},
+    {LocalFailure::tooLong, "The listing is longer than 1 GiB."},
 };
 
 }  // namespace

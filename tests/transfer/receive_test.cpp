@@ -242,6 +242,16 @@ TEST_F(ReceiveTest, AResetDataConnectionIsNoSuccessWhateverTheServerSays) {
     wire.Finish();
 }
 
+TEST_F(ReceiveTest, AListingEndsAtOneGibibyte) {
+    LogIn(passive + "-> LIST\n<- 150 here\ndata accept\ndata <- all\ndata close\n<- 226 done\n" +
+          inStep);
+    buffer.used = 1U << 30;
+    EXPECT_EQ(List(), 0);
+    EXPECT_EQ(Lines().back(), "The listing is longer than 1 GiB.");
+    ExpectInStep();
+    wire.Finish();
+}
+
 TEST_F(ReceiveTest, ALocalFileThatCannotBeMadeIsAFailureAndStaysInStep) {
     LogIn(binary + retrieves + "data expect close\n<- 226 done\n" + inStep);
     std::filesystem::create_directory(Path("f"));
