@@ -74,7 +74,8 @@ template <typename Dialog>
 ConnectResult Connection::ConnectThrough(Dialog dialog) {
     Disconnect();
     BeginOperation();
-    listed_.clear();
+    keptListings_.clear();
+    knowsDates_ = knowsSizes_ = true;
     {
         const std::lock_guard lock(mutex_);
         state_ = State::connecting;
@@ -236,9 +237,9 @@ ListResult Connection::List(bool longForm) {
         return result;
     }
     BeginOperation();
-    ForgetTwin(use.Handle());
-    result.done =
-        ReadDirectoryThrough(host_, nullptr, use.Handle(), longForm ? 1 : 0, result.entries);
+    KeptListing& kept = TakeKeptListing(use.Handle());
+    result.done = ReadDirectoryThrough(host_, nullptr, use.Handle(), longForm ? 1 : 0,
+                                       result.entries, kept.mayTellMore);
     if (!result.done) {
         result.text = LastWords();
     }
@@ -255,16 +256,16 @@ void Connection::InvalidateListing() {
     }
 }
 
-/// The module finds what it keeps without regard to case: the listing of another directory must not
-/// be taken for that of the session's own.
-void Connection::ForgetTwin(FtpHandle* handle) {
+/// What is known of the listing that is kept of the session's directory. The module finds it
+/// without regard to case: that of another directory must not be taken for it.
+Connection::KeptListing& Connection::TakeKeptListing(FtpHandle* handle) {
     const std::string directory = Directory();
-    const auto [listed, isNew] = listed_.insert(directory);
-    if (!isNew && *listed != directory) {
+    KeptListing& kept = keptListings_[directory];
+    if (!kept.directory.empty() && kept.directory != directory) {
         host_.Send(MessageNumber::invalidateCacheEntry, handle, directory.c_str());
-        listed_.erase(listed);
-        listed_.insert(directory);
     }
+    kept.directory = directory;
+    return kept;
 }
 
 void Connection::InvalidateAllListings() {

@@ -10,10 +10,10 @@
 #include <chrono>
 #include <condition_variable>
 #include <functional>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
-#include <set>
 #include <string>
 
 #include "host/records.h"
@@ -232,18 +232,23 @@ class Connection final : private Panel {
     void RunDialog(HWND owner, const std::function<void(HWND dialog)>& take);
     bool WaitForChange();
     std::string LastWords() const;
-    void ForgetTwin(quennet::FtpHandle* handle);
-
     struct InAnyCase {
         bool operator()(const std::string& left, const std::string& right) const;
     };
+    struct KeptListing {
+        std::string directory;
+        bool mayTellMore = true;  // than the module's entries
+    };
+    KeptListing& TakeKeptListing(quennet::FtpHandle* handle);
 
     Host& host_;
     const ConnectionOptions options_;
     HostWord holder_ = 0;  // the module writes it
     quennet::ConnectParams params_ = {};
     std::atomic<bool> abortPending_ = false;
-    std::set<std::string, InAnyCase> listed_;  // directories whose listings may be kept
+    bool knowsDates_ = true;  // that is MDTM, as far as is known
+    bool knowsSizes_ = true;  // SIZE
+    std::map<std::string, KeptListing, InAnyCase> keptListings_;  // by their directories
 
     mutable std::mutex mutex_;  // of all that follows
     std::condition_variable unused_;

@@ -45,13 +45,14 @@ static void TakeEntry(const char* name, u32 date, u32 time, u32 attributes, u32 
 }  // namespace
 
 bool ReadDirectoryThrough(const Host& host, const char* directory, quennet::FtpHandle* handle,
-                          u32 option, Listing& entries) {
+                          u32 option, Listing& entries, bool& mayTellMore) {
     Collector collector{entries};
     const quennet::ListEntryCallback callback = TakeEntry;
     const ReceivedListing received;
     const i32 result =
         host.Send(MessageNumber::listDirectory, directory, handle, callback, &collector, option);
-    if (result == 0 && received.MayTellMore()) {
+    mayTellMore = received.MayTellMore(mayTellMore);
+    if (result == 0 && mayTellMore) {
         Mend(host, handle, entries);
     }
     if (directory != nullptr) {
@@ -59,6 +60,12 @@ bool ReadDirectoryThrough(const Host& host, const char* directory, quennet::FtpH
         host.Send(MessageNumber::invalidateCacheEntry, handle, directory);
     }
     return result == 0 && collector.complete;
+}
+
+bool ReadDirectoryThrough(const Host& host, const char* directory, quennet::FtpHandle* handle,
+                          u32 option, Listing& entries) {
+    bool mayTellMore = true;
+    return ReadDirectoryThrough(host, directory, handle, option, entries, mayTellMore);
 }
 
 bool TakeRawListing(const void* text, std::size_t length) {

@@ -14,6 +14,11 @@ namespace hostkit {
 bool ReadDirectoryThrough(const Host& host, const char* directory, quennet::FtpHandle* handle,
                           u32 option, Listing& entries);
 
+/// The same, with `mayTellMore` for the raw text: what it says of one that is kept, and afterwards
+/// of the one that was read.
+bool ReadDirectoryThrough(const Host& host, const char* directory, quennet::FtpHandle* handle,
+                          u32 option, Listing& entries, bool& mayTellMore);
+
 /// Takes the raw text that message 48 writes on behalf of ReadDirectoryThrough. False for what the
 /// calling thread writes to a file.
 bool TakeRawListing(const void* text, std::size_t length);

@@ -20,9 +20,9 @@ class ReceivedListing {
     ReceivedListing(const ReceivedListing&) = delete;
     ReceivedListing& operator=(const ReceivedListing&) = delete;
 
-    /// Whether its text may tell more than the module's entries (raw_listing.h), as is to be
-    /// thought of one that was not received.
-    bool MayTellMore() const { return mayTellMore_ || buffer_ == nullptr; }
+    /// Whether its text may tell more than the module's entries (raw_listing.h); `kept` is what was
+    /// to be said of the one in the cache, when none has been received.
+    bool MayTellMore(bool kept) const { return buffer_ != nullptr ? mayTellMore_ : kept; }
 
     /// Hands on that the last `size` bytes of a buffer have just been added.
     static void Appended(quennet::GrowBuffer& buffer, u32 size);
