@@ -82,6 +82,9 @@ struct ListResult {
     std::string text;  // the server's last reply, else the log's last line, if it failed
 };
 
+/// What a server is known to have under a name.
+enum class Presence { there, missing, unknown };
+
 struct DownloadRequest {
     std::string source;       // the server's path, at most 259 bytes
     std::string destination;  // the local path
@@ -177,6 +180,16 @@ class Connection final : private Panel {
     /// False when it was not sent: without a connection, and for more than 1,023 bytes.
     bool StartTypedLine(const std::string& line);
     static constexpr std::size_t longestTypedLine = 1023;
+
+    /// Sends such a line, waits for its end and gives the last line of its replies; empty without
+    /// any. All listings are stale after one that the server has carried out.
+    std::string Ask(const std::string& line);
+
+    /// Whether the server has something under a name, or a path from the session's directory, that
+    /// the listing does not show: hidden ones may not be listed, nor names in another case. Asks by
+    /// MDTM and SIZE where the server knows them, else by the whole listing; `isListed` says that
+    /// this one was looked at already. A directory may be `missing`.
+    Presence PresenceOf(const std::string& name, bool isListed = false);
 
     /// Changes the permissions of an entry of the session's directory, which has `attributes` now:
     /// the record's masks and name say how and of which.

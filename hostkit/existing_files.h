@@ -44,6 +44,9 @@ class ExistingFilePolicy {
 
     ExistingAnswer Decide(const ExistingFile& file);
 
+    /// Whether files are overwritten, whatever is there.
+    bool AlwaysOverwrites() const { return always_ == ExistingAction::overwrite; }
+
     /// What is at a target, if there is something.
     using Look = std::function<std::optional<ExistingFile>(const std::string& target)>;
 

@@ -5,6 +5,7 @@
 
 #include "hostkit/memory.h"
 #include "hostkit/received_listing.h"
+#include "hostkit/request_watch.h"
 #include "hostkit/services.h"
 
 namespace hostkit {
@@ -16,11 +17,14 @@ using namespace quennet;
 extern "C" {
 
 static void* Alloc(HostWord size) {
-    return std::calloc(1, size);
+    void* block = std::calloc(1, size);
+    RequestWatch::Allocated(block);
+    return block;
 }
 
 static void Free(void** pointer) {
     if (pointer != nullptr) {
+        RequestWatch::Released(*pointer);
         std::free(std::exchange(*pointer, nullptr));
     }
 }

@@ -125,29 +125,52 @@ class TreeUpload {
             if (operation_.entry) {
                 operation_.entry(name);
             }
-            TakeFile(folder, file, name, there);
+            TakeFile(folder, file, name, directory.isNew, there);
         }
     }
 
+    /// What the server has under a name. One that was not listed is asked about, except in a
+    /// directory that is new.
+    std::optional<ExistingFile> Look(const std::string& wanted, const std::string& name, u64 size,
+                                     bool isNew, const Names& there) {
+        ExistingFile existing = {"", name, 0, size, false};
+        const auto entry = there.find(wanted);
+        if (entry != there.end()) {
+            const bool isBlocked = entry->second.IsDirectory() && !entry->second.IsLink();
+            existing.obstacle = isBlocked ? "the server has a directory of this name" : "";
+            existing.size = entry->second.size;
+            return existing;
+        }
+        if (isNew || operation_.existing.AlwaysOverwrites()) {
+            return std::nullopt;
+        }
+        switch (connection_.PresenceOf(wanted, true)) {
+            case Presence::missing:
+                return std::nullopt;
+            case Presence::there:
+                break;
+            case Presence::unknown:
+                existing.obstacle = "the server does not tell whether it is there";
+                break;
+        }
+        return existing;
+    }
+
     void TakeFile(const LocalFolder& folder, const LocalEntry& file, const std::string& name,
-                  const Names& there) {
+                  bool isNew, const Names& there) {
         const u64 moved = operation_.transfer.record.bytesDone;
         std::string target = file.name;
-        bool isBlocked = false;
-        const ExistingAction action = operation_.existing.Decide(
-            target, [&](const std::string& wanted) -> std::optional<ExistingFile> {
-                const auto entry = there.find(wanted);
-                if (entry == there.end()) {
-                    return std::nullopt;
-                }
-                isBlocked = entry->second.IsDirectory() && !entry->second.IsLink();
-                return ExistingFile{isBlocked ? "a directory" : "", name, entry->second.size,
-                                    file.size, false};
+        std::string obstacle;
+        const ExistingAction action =
+            operation_.existing.Decide(target, [&](const std::string& wanted) {
+                auto existing = Look(wanted, name, file.size, isNew, there);
+                obstacle = existing ? existing->obstacle : "";
+                return existing;
             });
         if (action == ExistingAction::cancel) {
             cancelled_ = true;
-        } else if (isBlocked) {
-            TellFailed(operation_, name, "the server has a directory of this name");
+        } else if (!obstacle.empty()) {
+            TellFailed(operation_, name, obstacle);
         } else if (action == ExistingAction::skip) {
             TellLeftOut(operation_, name, "it is on the server");
         } else {

@@ -236,6 +236,14 @@ hostkit::CommandResult Client::Rename(const std::string& oldName, const std::str
     return connection_.Rename(oldName, newName);
 }
 
+hostkit::Presence Client::PresenceOf(const std::string& name) {
+    hostkit::Presence presence = hostkit::Presence::unknown;
+    Work(Watch::Kind::command,
+         [&](hostkit::Connection& connection) { presence = connection.PresenceOf(name); });
+    CheckVerdict();
+    return presence;
+}
+
 void Client::Work(Watch::Kind kind,
                   const std::function<void(hostkit::Connection& connection)>& work,
                   std::function<void()> tick) {

@@ -55,6 +55,9 @@ class Client {
     hostkit::CommandResult MakeDirectory(const std::string& path);
     hostkit::CommandResult Rename(const std::string& oldName, const std::string& newName);
 
+    /// Whether the server has what its listing does not show, see Connection.
+    hostkit::Presence PresenceOf(const std::string& name);
+
     /// Runs operations on the connection, which is aborted when the watch ends the command. `tick`
     /// is called meanwhile, on another thread.
     void Work(Watch::Kind kind, const std::function<void(hostkit::Connection& connection)>& work,

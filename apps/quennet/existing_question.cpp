@@ -55,6 +55,19 @@ ExistingAction AskAboutFile(Status& status, const Watch& watch, const std::strin
                   watch.Ended() ? watch.Reason() : file.name + " was left alone");
 }
 
+bool MayReplaceThere(const Options& options, Status& status, const Watch& watch,
+                     const std::string& is, const std::string& other,
+                     const hostkit::ExistingFile& file) {
+    ExistingAction action = ActionOf(options.existing);
+    if (action == ExistingAction::ask && !CanAsk()) {
+        throw Failure(ExitStatus::failed, is + "; --overwrite or --skip says what to do");
+    }
+    if (action == ExistingAction::ask) {
+        action = AskAboutFile(status, watch, is + other, file);
+    }
+    return action == ExistingAction::overwrite;
+}
+
 ExistingAnswer AskAboutFileOfTree(Status& status, const Watch& watch,
                                   const hostkit::ExistingFile& file) {
     const std::string question = file.name + " is there with " + std::to_string(file.size) +

@@ -19,6 +19,13 @@ hostkit::ExistingAction ActionOf(ExistingFile existing);
 hostkit::ExistingAction AskAboutFile(Status& status, const Watch& watch, const std::string& is,
                                      const hostkit::ExistingFile& file);
 
+/// Whether a file that a server has may be replaced, as the options say or the person at the
+/// terminal. `is` says what is there, `other` what the new one is. Throws a Failure without an
+/// answer.
+bool MayReplaceThere(const Options& options, Status& status, const Watch& watch,
+                     const std::string& is, const std::string& other,
+                     const hostkit::ExistingFile& file);
+
 /// Asks about one file of many: also for all, under another name, and for the end of the whole.
 /// Without an answer it is the end.
 hostkit::ExistingAnswer AskAboutFileOfTree(Status& status, const Watch& watch,

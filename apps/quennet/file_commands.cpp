@@ -55,18 +55,11 @@ Source ChooseSource(const Options& options, const Url& url) {
 /// Whether a file that the server has may be replaced.
 bool MayReplace(const Options& options, Status& status, const Watch& watch, const Source& source,
                 u64 sizeThere) {
-    hostkit::ExistingAction action = ActionOf(options.existing);
-    if (action == hostkit::ExistingAction::ask) {
-        const std::string is =
-            source.name + " is on the server with " + std::to_string(sizeThere) + " bytes";
-        if (!CanAsk()) {
-            throw Failure(ExitStatus::failed, is + "; --overwrite or --skip says what to do");
-        }
-        action =
-            AskAboutFile(status, watch, is + ", the local file has " + std::to_string(source.size),
-                         {"", source.name, sizeThere, source.size, false});
-    }
-    return action == hostkit::ExistingAction::overwrite;
+    return MayReplaceThere(
+        options, status, watch,
+        source.name + " is on the server with " + std::to_string(sizeThere) + " bytes",
+        ", the local file has " + std::to_string(source.size),
+        {"", source.name, sizeThere, source.size, false});
 }
 
 class Upload {
@@ -76,25 +69,19 @@ class Upload {
         : client_(client), options_(options), watch_(watch), status_(status), source_(source) {}
 
     void Run() {
-        auto there = client_.TryList();
-        if (!there && options_.existing != ExistingFile::overwrite) {
-            throw Failure(ExitStatus::failed,
-                          "the directory can't be listed, so a file might be replaced unseen; "
-                          "--overwrite uploads all the same");
-        }
-        if (!there) {
-            there.emplace();
-        }
-        const auto entry =
-            std::find_if(there->begin(), there->end(), [&](const ListingEntry& each) {
-                return NameOf(each) == source_.name && IsShown(each);
-            });
-        if (entry != there->end() &&
-            !MayReplace(options_, status_, watch_, source_, (*entry).size)) {
+        const Listing there = client_.TryList().value_or(Listing());
+        const auto entry = std::find_if(there.begin(), there.end(), [&](const ListingEntry& each) {
+            return NameOf(each) == source_.name && IsShown(each);
+        });
+        const bool mayReplace =
+            entry != there.end()
+                ? MayReplace(options_, status_, watch_, source_, (*entry).size)
+                : MayWriteUnlisted(client_, options_, status_, watch_, source_.name);
+        if (mayReplace) {
+            Transfer(there);
+        } else {
             Skip();
-            return;
         }
-        Transfer(*there);
     }
 
   private:
@@ -190,8 +177,12 @@ void RunMove(const Options& options, Watch& watch, Status& status) {
     if (target.empty() || target.find_first_of("\r\n") != std::string::npos) {
         throw Failure(ExitStatus::usage, "the new name is empty or holds a line end");
     }
-    RunCommand(options, watch, status, [&](Client& client, const std::string& name) {
-        return client.Rename(name, ServerPath(target));
+    RunOnName(options, watch, status, [&](Client& client, const std::string& name) {
+        if (MayWriteUnlisted(client, options, status, watch, target)) {
+            CheckResult(client, client.Rename(ServerPath(name), ServerPath(target)), name);
+        } else if (!options.quiet) {
+            status.Line(target + " is on the server, skipped");
+        }
     });
 }
 

@@ -14,6 +14,8 @@ constexpr unsigned Only(Command command) {
     return 1u << static_cast<unsigned>(command);
 }
 
+constexpr unsigned writesOnServer = Only(Command::put) | Only(Command::mv) | Only(Command::fxp);
+
 /// The words behind a command.
 enum class Words { none, url, fileAndUrl, urlAndName, urlAndLine, modeAndUrl, twoUrls, host };
 
@@ -161,9 +163,9 @@ constexpr OptionRow optionRows[] = {
      [](Options& options, const std::string& value) { options.htmlFile = value; }},
     {0, "resume", false, Only(Command::get),
      [](Options& options, const std::string&) { SetExisting(options, ExistingFile::resume); }},
-    {0, "overwrite", false, Only(Command::get) | Only(Command::put) | Only(Command::fxp),
+    {0, "overwrite", false, writesOnServer | Only(Command::get),
      [](Options& options, const std::string&) { SetExisting(options, ExistingFile::overwrite); }},
-    {0, "skip", false, Only(Command::get) | Only(Command::put) | Only(Command::fxp),
+    {0, "skip", false, writesOnServer | Only(Command::get),
      [](Options& options, const std::string&) { SetExisting(options, ExistingFile::skip); }},
 };
 
@@ -173,7 +175,7 @@ constexpr std::string_view helpText =
        quennet [options] put [-r] [--overwrite|--skip] FILE URL
        quennet [options] rm [-r] URL
        quennet [options] rmdir|mkdir URL
-       quennet [options] mv URL NEWNAME
+       quennet [options] mv [--overwrite|--skip] URL NEWNAME
        quennet [options] chmod [-R] [MODE] URL
        quennet [options] raw URL LINE
        quennet [options] fxp [--overwrite|--skip] URL URL
@@ -210,6 +212,7 @@ the book, with the password that the book holds; its path starts in the site's d
     -r, --recursive  a directory with all that it holds
   rmdir, mkdir       remove a directory, make one with the parents it lacks
   mv      renames what the URL names; the new name is a path from the same directory
+    --overwrite, --skip  as above
   chmod   changes permissions: to an octal number (644), or by letters (u+x,go-w); without either a
           dialog asks
     -R, --recursive  a directory with all that it holds

@@ -66,31 +66,18 @@ class ServerCopy {
   private:
     bool MayWrite(const std::string& name, u64 sourceSize) {
         const auto entries = destination_.TryList();
-        if (!entries && options_.existing != ExistingFile::overwrite) {
-            throw Failure(ExitStatus::failed,
-                          "the directory can't be listed, so a file might be replaced unseen; "
-                          "--overwrite copies all the same");
-        }
         auto existing = entries ? Find(*entries, name) : std::nullopt;
         if (!existing) {
-            return true;
+            return MayWriteUnlisted(destination_, options_, status_, watch_, name);
         }
         if (!existing->obstacle.empty()) {
             throw Failure(ExitStatus::failed, name + " is " + existing->obstacle + " there");
         }
-        hostkit::ExistingAction action = ActionOf(options_.existing);
-        if (action == hostkit::ExistingAction::ask) {
-            const std::string is =
-                name + " is on the server with " + std::to_string(existing->size) + " bytes";
-            if (!CanAsk()) {
-                throw Failure(ExitStatus::failed, is + "; --overwrite or --skip says what to do");
-            }
-            existing->sourceSize = sourceSize;
-            action =
-                AskAboutFile(status_, watch_,
-                             is + ", the other one has " + std::to_string(sourceSize), *existing);
-        }
-        return action == hostkit::ExistingAction::overwrite;
+        existing->sourceSize = sourceSize;
+        return MayReplaceThere(
+            options_, status_, watch_,
+            name + " is on the server with " + std::to_string(existing->size) + " bytes",
+            ", the other one has " + std::to_string(sourceSize), *existing);
     }
 
     /// Nothing of the data is seen here, so no idle time counts; both sides hear of an abort.

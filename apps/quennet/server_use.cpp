@@ -1,5 +1,6 @@
 #include "server_use.h"
 
+#include "existing_question.h"
 #include "failure.h"
 #include "module_host.h"
 
@@ -18,6 +19,21 @@ void EnterOrFail(Client& client, const std::string& directory) {
     if (const auto refusal = client.Enter(directory)) {
         throw Failure(ExitStatus::failed, directory + ": " + *refusal);
     }
+}
+
+bool MayWriteUnlisted(Client& client, const Options& options, Status& status, const Watch& watch,
+                      const std::string& name) {
+    if (options.existing == ExistingFile::overwrite) {
+        return true;
+    }
+    const hostkit::Presence presence = client.PresenceOf(name);
+    if (presence == hostkit::Presence::unknown) {
+        throw Failure(ExitStatus::failed, "the server does not tell whether it has " + name +
+                                              "; --overwrite writes it all the same");
+    }
+    return presence == hostkit::Presence::missing ||
+           MayReplaceThere(options, status, watch, name + " is on the server", "",
+                           {"", name, 0, 0, false});
 }
 
 Url WithoutEndSlashes(Url url) {

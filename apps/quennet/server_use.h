@@ -27,6 +27,12 @@ Url WithoutEndSlashes(Url url);
 /// What the URL names. Throws a usage Failure when that can't be changed.
 std::string NameOrFail(const Url& url);
 
+/// Whether a name that no listing shows, or a path from the directory entered last, may be written
+/// to: the server is asked whether it is there. Throws a Failure when that can't be known, or when
+/// it is there and nobody says what to do.
+bool MayWriteUnlisted(Client& client, const Options& options, Status& status, const Watch& watch,
+                      const std::string& name);
+
 /// Enters the directory of what the options' URL names, and runs a command on that name.
 void RunOnName(const Options& options, Watch& watch, Status& status,
                const std::function<void(Client& client, const std::string& name)>& command);

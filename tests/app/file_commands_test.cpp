@@ -30,6 +30,27 @@ TEST_F(FileCommandsTest, AFileThatTheServerHasIsTreatedAsTheUserSays) {
     EXPECT_EQ(served.Read("pub/other n\xC3\xA4me"), "mine");
 }
 
+// The listing shows no hidden file.
+TEST_F(FileCommandsTest, WhatIsNotListedIsNotOverwrittenUnasked) {
+    served.Write("pub/.hidden", "theirs");
+    served.Write("pub/f", "f");
+    home.Write(".hidden", "mine");
+    const std::vector<std::string> put = {"put", ".hidden", Url("pub/")};
+    Fails(put, ".hidden is on the server; --overwrite or --skip");
+    Run({"put", "--skip", ".hidden", Url("pub/")});
+    Fails({"mv", Url("pub/f"), ".hidden"}, ".hidden is on the server");
+    Fails({"fxp", Url("pub/f"), Url("pub/.hidden")}, ".hidden is on the server");
+    for (const char* verb : {"MDTM", "SIZE", "LIST"}) {
+        for (int occurrence = 1; occurrence < 9; ++occurrence) {
+            server->Add({verb, occurrence, loopback::FaultAction::reply, "502 no", 0, {}});
+        }
+    }
+    Fails(put, "does not tell whether it has .hidden; --overwrite");
+    EXPECT_EQ(served.Read("pub/.hidden"), "theirs");
+    Run({"mv", "--overwrite", Url("pub/f"), ".hidden"});
+    EXPECT_EQ(served.Read("pub/.hidden"), "f");
+}
+
 TEST_F(FileCommandsTest, WhatCannotGoUpChangesNothingAndSaysWhy) {
     served.Write("f", "theirs");
     home.Write("f", "mine");

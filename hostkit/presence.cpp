@@ -1,0 +1,75 @@
+// Whether a server has something that no listing shows.
+
+#include <array>
+
+#include "hostkit/connection_use.h"
+#include "hostkit/remote_tree.h"
+#include "hostkit/request_watch.h"
+
+namespace hostkit {
+
+namespace {
+
+constexpr std::string_view notThere = "550";
+/// A server that answers so does not know the command, whatever its argument.
+constexpr std::array<std::string_view, 3> notKnown = {"500", "502", "504"};
+
+/// Before a name that begins with a digit some servers take MDTM for a change of its date.
+std::string AsArgument(const std::string& name) {
+    const bool isNumber = !name.empty() && name[0] >= '0' && name[0] <= '9';
+    return isNumber ? "./" + name : ServerPath(name);
+}
+
+bool IsListed(const Listing& entries, const std::string& name) {
+    return std::ranges::any_of(entries,
+                               [&](const ListingEntry& entry) { return NameOf(entry) == name; });
+}
+
+}  // namespace
+
+std::string Connection::Ask(const std::string& line) {
+    RequestWatch watch([this] { host_.Loop().Wake(); });
+    if (!StartTypedLine(line)) {
+        return {};
+    }
+    watch.Sent();
+    host_.Loop().WaitUntil([&] { return watch.HasEnded(); });
+    const std::lock_guard lock(mutex_);
+    return lastReply_;
+}
+
+Presence Connection::PresenceOf(const std::string& name, bool isListed) {
+    struct Question {
+        const char* type;  // without which some servers tell nothing
+        const char* verb;
+        bool& isKnown;
+    };
+    for (const Question& question :
+         {Question{"", "MDTM ", knowsDates_}, Question{"TYPE I", "SIZE ", knowsSizes_}}) {
+        if (!question.isKnown || (*question.type != 0 && !Ask(question.type).starts_with('2'))) {
+            continue;
+        }
+        const std::string answer = Ask(question.verb + AsArgument(name));
+        const std::string_view code = std::string_view(answer).substr(0, 3);
+        if (answer.starts_with('2')) {
+            return Presence::there;
+        }
+        if (code == notThere) {
+            return Presence::missing;
+        }
+        question.isKnown = std::ranges::find(notKnown, code) == notKnown.end();
+        if (answer.empty() || code == "421") {
+            return Presence::unknown;
+        }
+    }
+    if (isListed) {
+        return Presence::missing;
+    }
+    const ListResult whole = name.find('/') == name.npos ? ListWhole(*this) : ListResult();
+    if (!whole.done) {
+        return Presence::unknown;
+    }
+    return IsListed(whole.entries, name) ? Presence::there : Presence::missing;
+}
+
+}  // namespace hostkit
