@@ -185,7 +185,7 @@ DirectoryResult Connection::CheckDirectory(const std::string& path) {
         result.result = -1;  // the server has not said where it stands
     }
     if (!result.Done()) {
-        result.text = LastWords();
+        ExplainFailure(result);
     }
     return result;
 }
@@ -208,7 +208,7 @@ DirectoryResult Connection::ChangeDirectory(const std::string& path) {
     }
     if (use.Handle() == nullptr || !WaitForChange()) {
         result.result = -1;
-        result.text = LastWords();
+        ExplainFailure(result);
     }
     return result;
 }
@@ -237,11 +237,12 @@ ListResult Connection::List(bool longForm) {
         return result;
     }
     BeginOperation();
+    ClearFileFailure();
     KeptListing& kept = TakeKeptListing(use.Handle());
     result.done = ReadDirectoryThrough(host_, nullptr, use.Handle(), longForm ? 1 : 0,
                                        result.entries, kept.mayTellMore);
     if (!result.done) {
-        result.text = LastWords();
+        result.text = LastFileFailure() ? LastFileFailure()->Text() : Cause();
     }
     return result;
 }
@@ -288,28 +289,24 @@ int Connection::SaveRawListing(LocalFile& file) {
 void Connection::BeginOperation() {
     const std::lock_guard lock(mutex_);
     abortPending_ = false;
-    lastLine_.clear();
-    lastReply_.clear();
+    cause_.Begin();
     lastLineTime_ = std::chrono::steady_clock::now();
 }
 
 void Connection::TakeLine(const std::string& line) {
     {
         const std::lock_guard lock(mutex_);
-        lastLine_ = line;
+        cause_.Take(line);
         lastLineTime_ = std::chrono::steady_clock::now();
-        if (IsReply(line)) {
-            lastReply_ = line;
-        }
     }
     if (options_.console) {
         options_.console(line);
     }
 }
 
-std::string Connection::LastWords() const {
+std::string Connection::Cause() const {
     const std::lock_guard lock(mutex_);
-    return lastReply_.empty() ? lastLine_ : lastReply_;
+    return cause_.Text();
 }
 
 void Connection::Connected(u16) {
@@ -327,7 +324,8 @@ void Connection::ConnectFailed(const std::string& text) {
         const std::lock_guard lock(mutex_);
         if (state_ == State::connecting) {
             state_ = State::failed;
-            failureText_ = text;
+            const std::string cause = cause_.Text();
+            failureText_ = cause.empty() ? text : cause;
         }
     }
     host_.Loop().Wake();
@@ -335,7 +333,7 @@ void Connection::ConnectFailed(const std::string& text) {
 
 /// A connection that is lost behind its first login, for good, has no other end.
 void Connection::ReconnectFailed() {
-    ConnectFailed(LastWords());
+    ConnectFailed({});
     if (options_.reconnectFailed) {
         options_.reconnectFailed();
     }

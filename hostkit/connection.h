@@ -18,6 +18,7 @@
 
 #include "host/records.h"
 #include "hostkit/console.h"
+#include "hostkit/failure_cause.h"
 #include "hostkit/files.h"
 #include "hostkit/host.h"
 #include "hostkit/listing.h"
@@ -61,14 +62,15 @@ enum class ConnectOutcome {
 
 struct ConnectResult {
     ConnectOutcome outcome = ConnectOutcome::failed;
-    std::string text;  // the cause, mostly the server's last words
+    std::string text;  // the cause, if it failed
     bool Connected() const { return outcome == ConnectOutcome::connected; }
 };
 
 /// Result of an operation that the server answers with a reply class.
 struct CommandResult {
     i32 result = -1;   // the message's
-    std::string text;  // the server's last reply, else the log's last line, if it failed
+    std::string text;  // the cause, if it failed: the server's refusal, or what else the log tells
+    bool answered = false;  // the last command has its reply, so the connection stands
     bool Done() const { return result == 0; }
 };
 
@@ -79,7 +81,7 @@ struct DirectoryResult : CommandResult {
 struct ListResult {
     bool done = false;
     Listing entries;
-    std::string text;  // the server's last reply, else the log's last line, if it failed
+    std::string text;  // the cause, if it failed
 };
 
 /// What a server is known to have under a name.
@@ -102,7 +104,8 @@ enum class TransferOutcome { done, leftOut, failed };
 
 struct TransferResult {
     TransferOutcome outcome = TransferOutcome::failed;
-    std::string text;                         // the server's last words, if it failed
+    std::string text;                         // the cause, if it failed
+    bool answered = false;                    // the last command has its reply
     std::optional<FileFailure> localFailure;  // if a local operation failed
     bool Done() const { return outcome == TransferOutcome::done; }
 };
@@ -244,7 +247,9 @@ class Connection final : private Panel {
     void RunUnseenDialog(const ConnectRequest& request);
     void RunDialog(HWND owner, const std::function<void(HWND dialog)>& take);
     bool WaitForChange();
-    std::string LastWords() const;
+    std::string Cause() const;
+    template <typename Result>
+    void ExplainFailure(Result& result) const;
     struct InAnyCase {
         bool operator()(const std::string& left, const std::string& right) const;
     };
@@ -273,9 +278,8 @@ class Connection final : private Panel {
     int uses_ = 0;                    // operations that may look at the handle
     u16 wantedCookie_ = 0;            // of the change of directory that is awaited
     std::optional<bool> changeDone_;  // once that change has ended
-    std::string lastLine_;            // of the console, since the operation began
-    std::string lastReply_;
-    Time lastLineTime_;
+    FailureCause cause_;              // should the operation that runs fail
+    Time lastLineTime_;               // of the console
 
     Console console_;  // behind what its lines go into
     u8 panelId_;

@@ -18,7 +18,7 @@ CommandResult Connection::Command(MessageNumber message, Arguments... arguments)
     BeginOperation();
     result.result = host_.Send(message, arguments..., use.Handle());
     if (!result.Done()) {
-        result.text = LastWords();
+        ExplainFailure(result);
     }
     return result;
 }
@@ -56,7 +56,7 @@ CommandResult Connection::ChangePermissions(quennet::TransferRecord& record, u16
         result.result = 0;
     }
     if (!result.Done()) {
-        result.text = LastWords();
+        ExplainFailure(result);
     }
     return result;
 }

@@ -1,7 +1,5 @@
 // Files that a connection moves.
 
-#include <cstring>
-
 #include "hostkit/connection_use.h"
 #include "hostkit/local_path.h"
 #include "hostkit/long_path.h"
@@ -88,8 +86,7 @@ TransferResult Connection::Transfer(TransferItem& item, TransferOperation& opera
         result.outcome = scope.LeftOut() ? TransferOutcome::leftOut : TransferOutcome::done;
         return result;
     }
-    const char* errorText = use.Handle()->errorText;
-    result.text.assign(errorText, strnlen(errorText, sizeof(FtpHandle::errorText)));
+    ExplainFailure(result);
     result.localFailure = LastFileFailure();
     return result;
 }

@@ -57,4 +57,11 @@ class Connection::Use {
     quennet::FtpHandle* handle_ = nullptr;
 };
 
+template <typename Result>
+void Connection::ExplainFailure(Result& result) const {
+    const std::lock_guard lock(mutex_);
+    result.text = cause_.Text();
+    result.answered = cause_.Answered();
+}
+
 }  // namespace hostkit

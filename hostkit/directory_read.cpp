@@ -1,8 +1,10 @@
 #include "hostkit/directory_read.h"
 
+#include <cerrno>
 #include <exception>
 #include <utility>
 
+#include "hostkit/files.h"
 #include "hostkit/raw_listing.h"
 #include "hostkit/received_listing.h"
 
@@ -51,6 +53,9 @@ bool ReadDirectoryThrough(const Host& host, const char* directory, quennet::FtpH
     const ReceivedListing received;
     const i32 result =
         host.Send(MessageNumber::listDirectory, directory, handle, callback, &collector, option);
+    if (!collector.complete) {
+        NoteFileFailure({"", ENOMEM});
+    }
     mayTellMore = received.MayTellMore(mayTellMore);
     if (result == 0 && mayTellMore) {
         Mend(host, handle, entries);

@@ -82,7 +82,7 @@ int OpenFlags(u32 access) {
 std::string FileFailure::Text() const {
     const std::string cause = code == ENXIO ? "nobody reads from it or writes to it"
                                             : std::generic_category().message(code);
-    return path + ": " + cause;
+    return path.empty() ? cause : path + ": " + cause;
 }
 
 const std::optional<FileFailure>& LastFileFailure() {
@@ -91,6 +91,10 @@ const std::optional<FileFailure>& LastFileFailure() {
 
 void ClearFileFailure() {
     lastFailure.reset();
+}
+
+void NoteFileFailure(FileFailure failure) {
+    lastFailure = std::move(failure);
 }
 
 void SetAbortPending(bool pending) {

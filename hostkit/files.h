@@ -21,8 +21,8 @@ namespace hostkit {
 
 /// What a local operation failed on.
 struct FileFailure {
-    std::string path;
-    int code = 0;  // an errno value
+    std::string path;  // empty when it was memory
+    int code = 0;      // an errno value
     /// The path and the cause, for a person.
     std::string Text() const;
 };
@@ -31,6 +31,7 @@ struct FileFailure {
 /// works on local files on the thread of the message that asks for it.
 const std::optional<FileFailure>& LastFileFailure();
 void ClearFileFailure();
+void NoteFileFailure(FileFailure failure);
 
 class LocalFile {
   public:

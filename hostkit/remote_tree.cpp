@@ -47,7 +47,7 @@ class Collector {
         here_ = index;
         const ListResult listing = ListWhole(connection_);
         if (!listing.done) {
-            TellFailed(operation_, directory.name, CauseOf(CommandResult{-1, listing.text}));
+            TellFailed(operation_, directory.name, CauseOf(CommandResult{-1, listing.text, false}));
         }
         tree_.push_back(std::move(directory));
         parents_.push_back(parent);
@@ -194,13 +194,11 @@ TreeOutcome OutcomeOf(const TreeOperation& operation) {
 }
 
 bool HasAnswer(const TransferResult& result) {
-    return result.outcome != TransferOutcome::failed || result.localFailure ||
-           HasAnswer(CommandResult{-1, result.text});
+    return result.outcome != TransferOutcome::failed || result.localFailure || result.answered;
 }
 
 bool HasAnswer(const CommandResult& result) {
-    // Behind a 421 the server has closed.
-    return result.Done() || (IsReply(result.text) && !result.text.starts_with("421"));
+    return result.Done() || result.answered;
 }
 
 bool Repair(Connection& connection, TreeOperation& operation) {
@@ -234,8 +232,7 @@ std::string CauseOf(const TransferResult& result) {
     if (result.localFailure) {
         return result.localFailure->Text();
     }
-    // What stands in the module's buffer after a broken transfer may be data.
-    return IsReply(result.text) ? result.text : "the transfer broke off";
+    return result.text.empty() ? "the transfer broke off" : result.text;
 }
 
 std::string CauseOf(const CommandResult& result) {

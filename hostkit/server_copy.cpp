@@ -34,8 +34,11 @@ std::string EnterDirectoryOf(Connection& connection, const std::string& path) {
     return result.Done() || !result.text.empty() ? result.text : "the directory was not entered";
 }
 
-std::string ErrorTextOf(const FtpHandle* handle) {
-    return {handle->errorText, strnlen(handle->errorText, sizeof handle->errorText)};
+/// Empty for a side that has done its part. What the module left there may be a reply of success.
+std::string FailureOf(const FtpHandle* handle, const std::string& cause) {
+    const std::string text = {handle->errorText,
+                              strnlen(handle->errorText, sizeof handle->errorText)};
+    return IsReply(text) && !cause.empty() ? cause : text;
 }
 
 }  // namespace
@@ -70,12 +73,12 @@ ServerCopyResult CopyBetween(Connection& source, Connection& destination,
     result.done =
         source.host_.Send(quennet::MessageNumber::copyBetweenServers, &item, from, to) == 0;
     if (!result.done) {
-        result.sourceText = ErrorTextOf(from);
-        result.destinationText = ErrorTextOf(to);
+        result.sourceText = FailureOf(from, source.Cause());
+        result.destinationText = FailureOf(to, destination.Cause());
     }
     if (!result.done && !result.HasText()) {
         // It did not begin, and the log tells why.
-        result.sourceText = source.LastWords();
+        result.sourceText = source.Cause();
     }
     return result;
 }

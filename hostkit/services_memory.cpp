@@ -1,8 +1,10 @@
 // Memory, bounded text and growing buffers.
 
+#include <cerrno>
 #include <cstdlib>
 #include <utility>
 
+#include "hostkit/files.h"
 #include "hostkit/memory.h"
 #include "hostkit/received_listing.h"
 #include "hostkit/request_watch.h"
@@ -35,6 +37,7 @@ static void AppendText(char* target, const char* text, u32 size) {
 
 static i32 BufferAppend(GrowBuffer* record, const void* data, u32 size) {
     if (!AppendToBuffer(*record, data, size)) {
+        NoteFileFailure({"", ENOMEM});
         return 1;
     }
     ReceivedListing::Appended(*record, size);

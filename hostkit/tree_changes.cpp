@@ -94,9 +94,9 @@ std::optional<RemoteEntry> FindEntry(Connection& connection, const std::string& 
     const auto found = std::find_if(listing.entries.begin(), listing.entries.end(),
                                     [&](const ListingEntry& each) { return NameOf(each) == name; });
     if (found == listing.entries.end()) {
-        TellFailed(
-            operation, name,
-            listing.done ? "there is no such entry" : CauseOf(CommandResult{-1, listing.text}));
+        TellFailed(operation, name,
+                   listing.done ? "there is no such entry"
+                                : CauseOf(CommandResult{-1, listing.text, false}));
         return std::nullopt;
     }
     const ListingEntry entry = *found;

@@ -252,7 +252,7 @@ void Client::Work(Watch::Kind kind,
     work(connection_);
 }
 
-std::string Client::TypeLine(const std::string& line) {
+std::optional<std::string> Client::TypeLine(const std::string& line) {
     CheckVerdict();
     {
         const std::lock_guard lock(mutex_);
@@ -268,11 +268,19 @@ std::string Client::TypeLine(const std::string& line) {
     }
     const std::lock_guard lock(mutex_);
     StandardOutput output;
-    for (std::size_t i = 1; i < replies_.size(); ++i) {  // behind the line's own echo
-        output.Write(HarmlessText(replies_[i]) + "\n");
+    hostkit::FailureCause cause;
+    for (std::size_t i = 0; i < replies_.size(); ++i) {
+        if (replies_[i] != line) {  // the echo
+            cause.Take(replies_[i]);
+        }
+        if (i > 0) {
+            output.Write(HarmlessText(replies_[i]) + "\n");
+        }
     }
     output.Flush();
-    return replies_.size() > 1 ? replies_.back() : std::string();
+    const bool isAgreed =
+        cause.Answered() && replies_.back()[0] >= '1' && replies_.back()[0] <= '3';
+    return isAgreed ? std::nullopt : std::optional(cause.Text());
 }
 
 void Client::TakeLine(const std::string& line) {

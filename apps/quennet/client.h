@@ -64,8 +64,8 @@ class Client {
               std::function<void()> tick = {});
 
     /// Sends a line as it is typed, prints its replies on standard output and disconnects. Gives
-    /// the last line of the replies, empty without any.
-    std::string TypeLine(const std::string& line);
+    /// why it failed, if it did.
+    std::optional<std::string> TypeLine(const std::string& line);
 
     /// Whether sizes in listings count bytes. MVS lists blocks and lines.
     bool ListsBytes() const;

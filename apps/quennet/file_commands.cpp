@@ -198,10 +198,10 @@ void RunRaw(const Options& options, Watch& watch, Status& status) {
     const Url url = ParseUrl(options.url);
     RunConnected(options, watch, status, url, [&](Client& client) {
         EnterOrFail(client, url.path);
-        const std::string reply = client.TypeLine(options.argument);
+        const auto failure = client.TypeLine(options.argument);
         client.CheckVerdict();
-        if (reply.empty() || reply[0] == '4' || reply[0] == '5') {
-            throw Failure(ExitStatus::failed, WordsOr(reply, connectionLost));
+        if (failure) {
+            throw Failure(ExitStatus::failed, WordsOr(*failure, connectionLost));
         }
     });
 }

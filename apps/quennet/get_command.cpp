@@ -140,10 +140,8 @@ class Download {
         if (result.localFailure) {
             throw Failure(ExitStatus::failed, result.localFailure->Text());
         }
-        // What stands in the module's buffer after a broken transfer may be data.
-        const bool isReply = hostkit::IsReply(result.text);
         throw Failure(ExitStatus::failed,
-                      source_.path + ": " + (isReply ? result.text : "the transfer broke off"));
+                      source_.path + ": " + WordsOr(result.text, "the transfer broke off"));
     }
 
     /// Only a file that is too short is one: it may have grown since it was listed.

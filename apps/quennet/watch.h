@@ -1,6 +1,6 @@
 #pragma once
-// The thread that ends what takes too long: it hears Ctrl-C, watches whether data moves, closes what
-// is shown in the terminal, and aborts the operation that runs, again and again until it has
+// The thread that ends what takes too long: it hears Ctrl-C, watches whether data moves, closes
+// what is shown in the terminal, and aborts the operation that runs, again and again until it has
 // returned.
 
 #include <signal.h>
