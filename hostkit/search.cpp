@@ -197,14 +197,19 @@ std::size_t Search::Count() {
     return static_cast<std::size_t>(SendDlgItemMessageA(window_, listId, LVM_GETITEMCOUNT, 0, 0));
 }
 
-void Search::ForEachPath(const std::function<void(const std::string& path)>& take) {
+void Search::ForEachHit(const TakeHit& take) {
     host_.Loop().Invoke([&] {
         const HWND list = GetDlgItem(window_, listId);
         const std::size_t count = Count();
         for (std::size_t row = 0; row < count; ++row) {
-            take(FullPath(CellText(list, row, folderColumn), CellText(list, row, nameColumn)));
+            take(CellText(list, row, folderColumn), CellText(list, row, nameColumn));
         }
     });
+}
+
+void Search::ForEachPath(const std::function<void(const std::string& path)>& take) {
+    ForEachHit(
+        [&](const std::string& folder, const std::string& name) { take(FullPath(folder, name)); });
 }
 
 bool Search::Export(ExportFormat format, const std::string& path) {

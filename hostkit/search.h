@@ -56,7 +56,10 @@ class Search {
     void Stop();
 
     std::size_t Count();
-    /// Calls `take` with the full path of each hit, in the order in which they were found.
+    /// Calls `take` with each hit, in the order in which they were found.
+    using TakeHit = std::function<void(const std::string& folder, const std::string& name)>;
+    void ForEachHit(const TakeHit& take);
+    /// The same with its full path.
     void ForEachPath(const std::function<void(const std::string& path)>& take);
 
     /// Writes what was found to a local file through the window's save dialog; a file that is there

@@ -3,13 +3,16 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <iterator>
 #include <string>
+#include <string_view>
 #include <system_error>
 
 #include "failure.h"
@@ -107,6 +110,70 @@ std::size_t LinesOf(const std::string& path) {
     return lines;
 }
 
+std::string EscapedForHtml(const std::string& text) {
+    std::string escaped;
+    for (const char byte : text) {
+        escaped += byte == '<'   ? "&lt;"
+                   : byte == '>' ? "&gt;"
+                   : byte == '&' ? "&amp;"
+                   : byte == '"' ? "&quot;"
+                                 : std::string(1, byte);
+    }
+    return escaped;
+}
+
+/// A hit's row of the HTML table without what stands between its first and its last cell.
+struct RowEnds {
+    std::string first;
+    std::string last;
+};
+
+RowEnds EndsOf(const std::string& folder, const std::string& name, bool isLink) {
+    const std::string link =
+        isLink ? "<A HREF=\"" + folder + "\\" + name + "\">" + name + "</A>" : name;
+    return {"<TR><TD>" + link + "</TD><TD ALIGN=RIGHT>", "<TD>" + folder + "</TD></TR>"};
+}
+
+/// Names are the server's and stand in the rows as they are; a browser is to show them, not to obey
+/// them. False when a row is not that of its hit.
+bool EscapeRow(std::string& row, const std::string& folder, const std::string& name) {
+    for (const bool isLink : {true, false}) {
+        const RowEnds ends = EndsOf(folder, name, isLink);
+        const RowEnds safe = EndsOf(EscapedForHtml(folder), EscapedForHtml(name), isLink);
+        if (row.starts_with(ends.first) && row.ends_with(ends.last)) {
+            row.replace(row.size() - ends.last.size(), ends.last.size(), safe.last);
+            row.replace(0, ends.first.size(), safe.first);
+            return true;
+        }
+    }
+    return false;
+}
+
+bool EscapeTable(const std::string& path, hostkit::Search& search) {
+    constexpr std::string_view lineEnd = "\r\n";
+    constexpr int linesAbove = 4;
+    std::ifstream file(path, std::ios::binary);
+    std::string table;
+    std::string line;
+    for (int i = 0; i < linesAbove && std::getline(file, line); ++i) {
+        table += line + "\n";
+    }
+    bool isWhole = true;
+    search.ForEachHit([&](const std::string& folder, const std::string& name) {
+        std::getline(file, line);
+        isWhole = isWhole && line.ends_with('\r');
+        line.resize(line.size() - std::min<std::size_t>(1, line.size()));
+        isWhole = isWhole && EscapeRow(line, folder, name);
+        table.append(line).append(lineEnd);
+    });
+    table.append(std::istreambuf_iterator<char>(file), {});
+    file.close();
+    std::ofstream safe(path, std::ios::binary);
+    safe << table;
+    safe.close();
+    return isWhole && safe.good();
+}
+
 void ForEachExport(const Options& options,
                    const std::function<void(const ExportRow&, const std::string&)>& take) {
     for (const ExportRow& row : exportRows) {
@@ -133,6 +200,9 @@ void WriteExports(const Options& options, hostkit::Search& search) {
         // A disk that is full ends the list early, without a word.
         if (!search.Export(row.format, newFile.Path()) ||
             LinesOf(newFile.Path()) != search.Count() + row.otherLines) {
+            Refuse(file, "the list could not be written");
+        }
+        if (row.format == ExportFormat::html && !EscapeTable(newFile.Path(), search)) {
             Refuse(file, "the list could not be written");
         }
         newFile.TakePlace();

@@ -98,6 +98,8 @@ TEST_F(FindTest, ListsGoIntoFilesInOneStep) {
     EXPECT_EQ(fs::status(home / "old.csv").permissions(), static_cast<fs::perms>(0640));
     EXPECT_TRUE(fs::is_symlink(home / "link"));
     EXPECT_THAT(home.Read("list.html"), HasSubstr("<TD>bell\x9B\\.htm</TD>"));
+    EXPECT_THAT(home.Read("list.html"),
+                HasSubstr("<TD>semi;colon &quot;q&quot; &lt;&amp;&gt;.htm</TD>"));
     EXPECT_THAT(home.Read("list.html"), HasSubstr("</HTML>\r\n"));
     ExpectAtHome({"link", "list", "list.html", "old.csv"});
 }
