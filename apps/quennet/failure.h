@@ -14,7 +14,7 @@ enum class ExitStatus : int {
 };
 
 /// Ends the command. The text is one line without the program's name; what it quotes of a server
-/// need not be harmless.
+/// need not be harmless. An empty one is not printed.
 class Failure : public std::runtime_error {
   public:
     Failure(ExitStatus status, const std::string& text)

@@ -87,7 +87,9 @@ int Main(const std::vector<std::string>& arguments) {
         Run(ParseOptions(arguments), status);
         return static_cast<int>(ExitStatus::done);
     } catch (const Failure& failure) {
-        status.Line(std::string("quennet: ") + failure.what());
+        if (*failure.what() != 0) {
+            status.Line(std::string("quennet: ") + failure.what());
+        }
         return static_cast<int>(failure.Status());
     } catch (const std::exception& failure) {
         status.Line(std::string("quennet: ") + failure.what());

@@ -29,6 +29,9 @@ void StandardOutput::Flush() {
         if (count < 0 && errno == EINTR) {
             continue;
         }
+        if (count < 0 && errno == EPIPE) {
+            throw Failure(ExitStatus::failed, "");
+        }
         if (count <= 0) {
             throw Failure(ExitStatus::failed,
                           "standard output: " + std::generic_category().message(errno));

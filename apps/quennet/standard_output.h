@@ -6,7 +6,8 @@
 
 namespace cli {
 
-/// Collects text and writes it. Throws Failure when it can't be written, a closed pipe included.
+/// Collects text and writes it. Throws Failure when it can't be written, one without a text when
+/// the reader has had enough.
 class StandardOutput {
   public:
     void Write(std::string_view text);
