@@ -167,10 +167,10 @@ std::optional<std::string> Client::Enter(const std::string& path) {
     return result.Done() ? std::nullopt : std::optional(WordsOr(result.text, connectionLost));
 }
 
-hostkit::ListResult Client::ReadListing() {
+hostkit::ListResult Client::ReadListing(bool whole) {
     const Watch::Operation operation(watch_, connection_, Watch::Kind::data);
     if (!unnamedDirectory_) {
-        return connection_.List();
+        return whole ? hostkit::ListWhole(connection_) : connection_.List();
     }
     hostkit::ListResult result;
     result.done = hostkit::ReadDirectoryThrough(host_, unnamedDirectory_->c_str(),
@@ -184,7 +184,7 @@ hostkit::Listing Client::List(bool whole) {
         Work(Watch::Kind::data,
              [&](hostkit::Connection& connection) { result = hostkit::ListWhole(connection); });
     } else {
-        result = ReadListing();
+        result = ReadListing(false);
     }
     CheckVerdict();
     if (!result.done) {
@@ -193,8 +193,8 @@ hostkit::Listing Client::List(bool whole) {
     return std::move(result.entries);
 }
 
-std::optional<hostkit::Listing> Client::TryList() {
-    hostkit::ListResult result = ReadListing();
+std::optional<hostkit::Listing> Client::TryList(bool whole) {
+    hostkit::ListResult result = ReadListing(whole);
     CheckVerdict();
     return result.done ? std::optional(std::move(result.entries)) : std::nullopt;
 }

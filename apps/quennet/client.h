@@ -36,7 +36,7 @@ class Client {
     /// Lists the directory entered last; `whole` with the entries that the server hides.
     hostkit::Listing List(bool whole = false);
     /// The same; nothing when the server gives no listing.
-    std::optional<hostkit::Listing> TryList();
+    std::optional<hostkit::Listing> TryList(bool whole = false);
 
     /// Downloads a file. `tick` is called while it runs, on another thread.
     hostkit::TransferResult Download(const hostkit::DownloadRequest& request,
@@ -83,7 +83,7 @@ class Client {
     hostkit::FirewallRequest FirewallFor(const Firewall& firewall);
     std::optional<std::string> AskPassword();
     void TakeLine(const std::string& line);
-    hostkit::ListResult ReadListing();
+    hostkit::ListResult ReadListing(bool whole);
 
     hostkit::Host& host_;
     Watch& watch_;

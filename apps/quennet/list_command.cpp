@@ -17,7 +17,7 @@ bool PrintOneFile(Client& client, const Url& url, const Options& options) {
     if (name.empty() || client.Enter(url.Directory())) {
         return false;
     }
-    const auto entries = client.TryList();
+    const auto entries = client.TryList(name.starts_with('.'));
     return entries && PrintEntries(*entries, options, [&](const ListingEntry& entry) {
                return NameOf(entry) == name;
            });

@@ -38,6 +38,7 @@ TEST_F(ListTest, PrintsNamesOrAttributesOrColumnsForScripts) {
 
 TEST_F(ListTest, PathsStartInTheLoginDirectoryOrAtTheRootAndMayNameAFile) {
     fs::create_directories(served / "pub/a\"b");
+    Make("pub/.x");
     for (const auto& [path, output] : {std::pair("", "pub\ntop\n"),
                                        {"%2F", "pub\ntop\n"},
                                        {"pub/..", "pub\ntop\n"},
@@ -47,6 +48,7 @@ TEST_F(ListTest, PathsStartInTheLoginDirectoryOrAtTheRootAndMayNameAFile) {
                                        {"pub/a%22b", ""},
                                        {"pub/file.txt", "file.txt\n"},
                                        {"%2Fpub/file.txt", "file.txt\n"},
+                                       {"pub/.x", ".x\n"},
                                        {"top", "top\n"}}) {
         Run({"ls", Url(path)});
         EXPECT_EQ(result.output, output) << path;
