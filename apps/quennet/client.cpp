@@ -1,6 +1,10 @@
 #include "client.h"
 
+#include <strings.h>
+
+#include <algorithm>
 #include <cstdlib>
+#include <string_view>
 #include <utility>
 
 #include "failure.h"
@@ -21,6 +25,15 @@ constexpr char anonymousUser[] = "anonymous";
 
 bool WantsPassword(const Url& url) {
     return !url.user.empty() && url.user != anonymousUser;
+}
+
+/// The module hides its own PASS; a person may type one in any case.
+bool HoldsPassword(const std::string& line) {
+    constexpr std::string_view verb = "pass";
+    const std::size_t begin = std::min(line.find_first_not_of(" \t"), line.size());
+    const std::size_t end = begin + verb.size();
+    return end < line.size() && (line[end] == ' ' || line[end] == '\t') &&
+           strncasecmp(line.c_str() + begin, verb.data(), verb.size()) == 0;
 }
 
 /// Which passwords a firewall's login sends by itself, by type. Nobody is asked in the midst of it.
@@ -301,7 +314,7 @@ void Client::TakeLine(const std::string& line) {
         systemComes_ = line == "SYST";
     }
     if (options_.verbose) {
-        status_.Line(line);
+        status_.Line(HoldsPassword(line) ? "***" : line);
     }
 }
 

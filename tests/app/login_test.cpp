@@ -33,6 +33,10 @@ TEST_F(LoginTest, ThePasswordComesFromTheUrlOrNetrcAndNeverShows) {
         EXPECT_THAT(result.errors, Not(HasSubstr("p@ss")));
         EXPECT_THAT(result.errors, Not(HasSubstr("from-netrc")));
     }
+    for (const char* typed : {"pass p@ss/:", " Pass\tp@ss/:", "PASS p@ss/:"}) {
+        result = Quennet(home, {"-v", "raw", Url("", "anna:p%40ss%2F%3A"), typed});
+        EXPECT_THAT(result.errors, Not(HasSubstr("p@ss"))) << typed;
+    }
     WriteNetrc("machine 127.0.0.1 login bert password from-netrc\n", 0644);
     Run({"ls", Url("", "bert")});
     EXPECT_THAT(result.errors, HasSubstr("chmod 600"));
