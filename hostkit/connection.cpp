@@ -372,6 +372,12 @@ bool Connection::OwnsServerName(const char* name) const {
     return site_ != 0 && quennet::PointerFromWord<const SiteRecord>(site_)->host == name;
 }
 
+bool Connection::IsActive() const {
+    const std::lock_guard lock(mutex_);
+    return site_ != 0 && (quennet::PointerFromWord<const SiteRecord>(site_)->siteOptions &
+                          quennet::SiteOptionPassive) == 0;
+}
+
 PasswordFunction Connection::PasswordSource() const {
     return options_.askPassword;
 }

@@ -156,6 +156,9 @@ class Connection final : private Panel {
     /// waited for.
     DirectoryResult ChangeDirectory(const std::string& path);
 
+    /// The server opens its data connections, and must be able to reach this machine.
+    bool IsActive() const;
+
     /// Lists the session's directory, from the cache if it is there. `longForm` asks the server for
     /// all entries.
     ListResult List(bool longForm = false);

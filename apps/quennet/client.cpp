@@ -201,7 +201,7 @@ hostkit::Listing Client::List(bool whole) {
     }
     CheckVerdict();
     if (!result.done) {
-        throw Failure(ExitStatus::failed, "no listing: " + WordsOr(result.text, connectionLost));
+        throw NoListing(connection_, WordsOr(result.text, connectionLost));
     }
     return std::move(result.entries);
 }
@@ -351,6 +351,16 @@ hostkit::HostOptions HostOptionsFor(const Options& options, const Url& url, Stat
 
 std::string WordsOr(const std::string& words, const char* otherwise) {
     return words.empty() ? otherwise : words;
+}
+
+Failure NoListing(const hostkit::Connection& connection, const std::string& words) {
+    const bool isHint = connection.IsActive() && !words.starts_with("55");
+    return {
+        ExitStatus::failed,
+        "no listing: " + words +
+            (isHint ? " (an active connection: the server has to reach this machine; the site's "
+                      "box Passive mode, or no --active, changes that)"
+                    : "")};
 }
 
 }  // namespace cli

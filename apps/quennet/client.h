@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "failure.h"
 #include "hostkit/connection.h"
 #include "hostkit/trees.h"
 #include "options.h"
@@ -111,5 +112,9 @@ using hostkit::ServerPath;
 
 /// The server's words, or what takes their place without any.
 std::string WordsOr(const std::string& words, const char* otherwise);
+
+/// The end of a command that got no listing, with the server's words. Of a connection that is
+/// active it says so, unless the server has refused the directory, and where to change that.
+Failure NoListing(const hostkit::Connection& connection, const std::string& words);
 
 }  // namespace cli

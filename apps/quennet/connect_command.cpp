@@ -70,7 +70,7 @@ void Converse(hostkit::Host& host, const Options& options, Status& status) {
     }
     const hostkit::ListResult listing = connection.List();
     if (!listing.done) {
-        throw Failure(ExitStatus::failed, "no listing: " + listing.text);
+        throw NoListing(connection, listing.text);
     }
     Options longForm = options;
     longForm.longForm = true;

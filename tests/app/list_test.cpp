@@ -59,6 +59,12 @@ TEST_F(ListTest, PathsStartInTheLoginDirectoryOrAtTheRootAndMayNameAFile) {
     }
 }
 
+TEST_F(ListTest, AnActiveConnectionWithoutDataSaysThatItIsOne) {
+    server->Add({"LIST", 0, loopback::FaultAction::reply, "425 Can't connect", 0, {}});
+    Fails({"--active", "ls", Url("pub")}, "no --active, changes that");
+    Fails({"ls", Url("pub")}, "425 Can't connect\n");
+}
+
 TEST_F(ListTest, HostileListingsAreHarmless) {
     const std::string line = "-rw-r--r-- 1 u g 5 Jan 1 2001 ";
     const std::string text =
