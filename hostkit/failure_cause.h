@@ -21,6 +21,9 @@ class FailureCause {
     /// The cause, should the step have failed; empty when the log tells nothing.
     std::string Text() const;
 
+    /// The last reply, whatever it says; empty without one.
+    const std::string& LastReply() const { return reply_; }
+
     /// The last command has its final reply, so the connection was not lost over it.
     bool Answered() const { return answer_ == Answer::final; }
 

@@ -35,7 +35,7 @@ std::string Connection::Ask(const std::string& line) {
     watch.Sent();
     host_.Loop().WaitUntil([&] { return watch.HasEnded(); });
     const std::lock_guard lock(mutex_);
-    return lastReply_;
+    return cause_.LastReply();
 }
 
 Presence Connection::PresenceOf(const std::string& name, bool isListed) {
