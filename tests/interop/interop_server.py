@@ -326,7 +326,9 @@ def supervise(server):
 
 def why_not(request, program):
     """Why the server can't be had here, or nothing. What fetch_servers.sh found stands beside its
-    folder."""
+    folder, but root may have filled it."""
+    if request.kind == "pure-ftpd" and not is_root:
+        return "pure-ftpd can't be had here: it runs as root only"
     with contextlib.suppress(FileNotFoundError):
         return (request.servers / f"{request.kind}.why").read_text().strip()
     return "" if program.exists() else f"{request.kind} is not there: fetch_servers.sh fetches it"
