@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <new>
 #include <utility>
 
 #include "hostkit/connection_dialog.h"
@@ -21,6 +22,16 @@ using quennet::MessageNumber;
 using quennet::SiteRecord;
 
 constexpr auto disconnectPatience = std::chrono::seconds(2);
+/// A text for which there is no memory is left out: the end that it tells of is not.
+template <typename Text>
+std::string OrEmpty(Text text) {
+    try {
+        return text();
+    } catch (const std::bad_alloc&) {
+        return {};
+    }
+}
+
 // Longer than any single wait of the module for a server: a change of directory of which nothing is
 // heard for so long could not be started.
 constexpr auto longestSilence = std::chrono::seconds(100);
@@ -320,12 +331,15 @@ void Connection::Connected(u16) {
 }
 
 void Connection::ConnectFailed(const std::string& text) {
+    std::string reason = OrEmpty([&] {
+        const std::string cause = Cause();
+        return cause.empty() ? text : cause;
+    });
     {
         const std::lock_guard lock(mutex_);
         if (state_ == State::connecting) {
             state_ = State::failed;
-            const std::string cause = cause_.Text();
-            failureText_ = cause.empty() ? text : cause;
+            failureText_.swap(reason);
         }
     }
     host_.Loop().Wake();

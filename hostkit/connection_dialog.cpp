@@ -166,19 +166,36 @@ std::shared_ptr<SettingsStore> UnseenSettings(Host& host, const ConnectRequest& 
 
 void ConnectionDialogUser::Take(HWND dialog) {
     if (GetDlgItem(dialog, directoryField) != nullptr) {
-        loop_.Post([this, dialog] { FillIn(dialog); });
+        Post(dialog, &ConnectionDialogUser::FillIn);
     } else if (GetDlgItem(dialog, firewallHostLabel) != nullptr && request_.firewall) {
-        loop_.Post([this, dialog] { FillInFirewall(dialog); });
+        Post(dialog, &ConnectionDialogUser::FillInFirewall);
     } else {
         other_ = dialog;
         PostMessageA(dialog, WM_COMMAND, cancelButton, 0);
     }
 }
 
+/// Does a step once the dialog is open. Nobody else closes it, so a step that can't be done
+/// cancels.
+void ConnectionDialogUser::Post(HWND dialog, Step step) {
+    const auto cancel = [dialog] { PostMessageA(dialog, WM_COMMAND, cancelButton, 0); };
+    try {
+        loop_.Post([this, dialog, step, cancel] {
+            try {
+                (this->*step)(dialog);
+            } catch (...) {
+                cancel();
+            }
+        });
+    } catch (...) {
+        cancel();
+    }
+}
+
 void ConnectionDialogUser::FillIn(HWND dialog) {
     if (other_ != nullptr && IsWindow(other_) != FALSE) {
         // The dialog is not open yet: another one has come first and is on its way out.
-        loop_.Post([this, dialog] { FillIn(dialog); });
+        Post(dialog, &ConnectionDialogUser::FillIn);
         return;
     }
     if (!request_.site.empty() && !SelectSite(dialog, request_.site)) {
@@ -216,7 +233,7 @@ void ConnectionDialogUser::FillInFields(HWND dialog) const {
     }
 }
 
-void ConnectionDialogUser::FillInFirewall(HWND dialog) const {
+void ConnectionDialogUser::FillInFirewall(HWND dialog) {
     const FirewallRequest& firewall = *request_.firewall;
     SendDlgItemMessageA(dialog, firewallTypeList, CB_SETCURSEL, firewall.type - 1, 0);
     SetField(dialog, hostField, firewall.host);

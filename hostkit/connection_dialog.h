@@ -32,9 +32,12 @@ class ConnectionDialogUser {
     void Take(HWND dialog);
 
   private:
+    using Step = void (ConnectionDialogUser::*)(HWND dialog);
+
+    void Post(HWND dialog, Step step);
     void FillIn(HWND dialog);
     void FillInFields(HWND dialog) const;
-    void FillInFirewall(HWND dialog) const;
+    void FillInFirewall(HWND dialog);
 
     MessageLoop& loop_;
     const ConnectRequest& request_;

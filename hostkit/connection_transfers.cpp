@@ -82,7 +82,9 @@ TransferResult Connection::Transfer(TransferItem& item, TransferOperation& opera
     ClearFileFailure();
     TransferResult result;
     const TransferScope scope(operation, abortPending_);
-    if (send(use.Handle()) == 0) {
+    const bool isOver = send(use.Handle()) == 0;
+    scope.Rethrow();
+    if (isOver) {
         result.outcome = scope.LeftOut() ? TransferOutcome::leftOut : TransferOutcome::done;
         return result;
     }

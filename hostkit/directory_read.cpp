@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "hostkit/files.h"
+#include "hostkit/framed.h"
 #include "hostkit/raw_listing.h"
 #include "hostkit/received_listing.h"
 
@@ -34,13 +35,14 @@ extern "C" {
 static void TakeEntry(const char* name, u32 date, u32 time, u32 attributes, u32 size,
                       HostWord context) {
     auto& collector = *quennet::PointerFromWord<Collector>(context);
+    const bool isComplete = std::exchange(collector.complete, false);
     ListingEntry entry;
     entry.name = name;
     entry.date = static_cast<u16>(date);
     entry.time = static_cast<u16>(time);
     entry.attributes = static_cast<u16>(attributes);
     entry.size = size;
-    collector.complete = collector.entries.Append(entry) && collector.complete;
+    collector.complete = collector.entries.Append(entry) && isComplete;
 }
 }
 
@@ -49,7 +51,7 @@ static void TakeEntry(const char* name, u32 date, u32 time, u32 attributes, u32 
 bool ReadDirectoryThrough(const Host& host, const char* directory, quennet::FtpHandle* handle,
                           u32 option, Listing& entries, bool& mayTellMore) {
     Collector collector{entries};
-    const quennet::ListEntryCallback callback = TakeEntry;
+    const auto callback = framed<quennet::ListEntryCallback, TakeEntry>;
     const ReceivedListing received;
     const i32 result =
         host.Send(MessageNumber::listDirectory, directory, handle, callback, &collector, option);

@@ -1,6 +1,7 @@
 #include "hostkit/host.h"
 
 #include <cstdlib>
+#include <new>
 #include <stdexcept>
 #include <utility>
 
@@ -31,7 +32,12 @@ void TellFailure(Panels& panels, LPARAM lParam) {
     if (block == nullptr) {
         return;
     }
-    const std::string text = block + 1;
+    std::string text;
+    try {
+        text = block + 1;
+    } catch (const std::bad_alloc&) {
+        // The failure itself is told all the same.
+    }
     panels.With(static_cast<u8>(block[0]), [&](Panel& panel) { panel.ConnectFailed(text); });
     std::free(block);
 }

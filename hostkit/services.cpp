@@ -79,10 +79,9 @@ bool Services::PrintOn(WindowNumber number, const std::string& line) {
     return true;
 }
 
-bool Services::AddWindow(HWND window) {
+void Services::AddWindow(HWND window) {
     const std::lock_guard lock(windowMutex_);
     windows_.push_back(window);
-    return true;
 }
 
 void Services::RemoveWindow(HWND window) {
@@ -143,9 +142,13 @@ SettingsEdit::SettingsEdit(const HostOptions& options, What what) : options_(opt
 }
 
 SettingsEdit::~SettingsEdit() {
-    if (open_ && !options_.settings->Commit()) {
-        TellError(options_, what_ == What::siteBook ? bookNotSavedText : windowNotKeptText,
-                  options_.settings->ErrorText());
+    const u32 text = what_ == What::siteBook ? bookNotSavedText : windowNotKeptText;
+    try {
+        if (open_ && !options_.settings->Commit()) {
+            TellError(options_, text, options_.settings->ErrorText());
+        }
+    } catch (...) {
+        TellError(options_, text);
     }
 }
 

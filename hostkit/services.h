@@ -2,8 +2,8 @@
 // The two tables of services, and the host's words that they share with the module.
 //
 // Each group of services fills its words in a file of its own (services_*.cpp). A service is a
-// plain function with C linkage; what it needs of the host it takes from `Host::Current()`. No
-// exception leaves it.
+// plain function with C linkage; what it needs of the host it takes from `Host::Current()`. It may
+// throw: `Put` sets it into a frame that no exception leaves.
 
 #include <windows.h>
 
@@ -18,6 +18,7 @@
 
 #include "host/core_services.h"
 #include "host/shell_services.h"
+#include "hostkit/framed.h"
 #include "hostkit/masks.h"
 #include "hostkit/settings.h"
 #include "hostkit/types.h"
@@ -48,8 +49,8 @@ class Services {
     FilterRecord& DefaultFilter() { return defaultFilter_; }
     std::shared_mutex& FilterMutex() { return filterMutex_; }
 
-    /// Windows that the module has registered. False without memory.
-    bool AddWindow(HWND window);
+    /// Windows that the module has registered.
+    void AddWindow(HWND window);
     void RemoveWindow(HWND window);
     /// Handles a message of one of them: see TakeWindowKey. False when it is none's.
     bool TakeMessage(MSG& message);
@@ -144,14 +145,24 @@ void FillListServices(quennet::CoreServices& core, quennet::ShellServices& shell
 void FillColumnServices(quennet::ShellServices& shell);
 void FillWindowServices(quennet::ShellServices& shell);
 
-/// Puts a function of a given type into its word.
-template <typename Function>
-void Put(quennet::CoreServices& core, quennet::CoreService word, Function function) {
-    core.words[static_cast<u32>(word)] = reinterpret_cast<HostWord>(function);
+/// Puts the address of data, or of a function that does not throw, into its word.
+template <typename Address>
+void Put(quennet::CoreServices& core, quennet::CoreService word, Address address) {
+    core.words[static_cast<u32>(word)] = reinterpret_cast<HostWord>(address);
 }
-template <typename Function>
-void Put(quennet::ShellServices& shell, quennet::ShellService word, Function function) {
-    shell.words[static_cast<u32>(word)] = reinterpret_cast<HostWord>(function);
+template <typename Address>
+void Put(quennet::ShellServices& shell, quennet::ShellService word, Address address) {
+    shell.words[static_cast<u32>(word)] = reinterpret_cast<HostWord>(address);
+}
+
+/// Puts a service into its word. When it throws, its result is `failure`, or zero.
+template <typename Function, Function function, auto... failure>
+void Put(quennet::CoreServices& core, quennet::CoreService word) {
+    Put(core, word, framed<Function, function, failure...>);
+}
+template <typename Function, Function function, auto... failure>
+void Put(quennet::ShellServices& shell, quennet::ShellService word) {
+    Put(shell, word, framed<Function, function, failure...>);
 }
 
 }  // namespace hostkit

@@ -102,83 +102,72 @@ void InsertColumn(HWND list, std::size_t number, const ColumnRow& row) {
 extern "C" {
 
 static void SetColumns(HWND list, const ColumnRow* columns) {
-    Guarded([&] {
-        while (SendMessageA(list, LVM_DELETECOLUMN, 0, 0) != 0) {
-        }
-        const auto rows = RowsOf(columns);
-        for (std::size_t number = 0; number < rows.size(); ++number) {
-            InsertColumn(list, number, *rows[number]);
-        }
-        std::vector<INT> order = OrderOf(rows);
-        SendMessageA(list, LVM_SETCOLUMNORDERARRAY, order.size(),
-                     reinterpret_cast<LPARAM>(order.data()));
-    });
+    while (SendMessageA(list, LVM_DELETECOLUMN, 0, 0) != 0) {
+    }
+    const auto rows = RowsOf(columns);
+    for (std::size_t number = 0; number < rows.size(); ++number) {
+        InsertColumn(list, number, *rows[number]);
+    }
+    std::vector<INT> order = OrderOf(rows);
+    SendMessageA(list, LVM_SETCOLUMNORDERARRAY, order.size(),
+                 reinterpret_cast<LPARAM>(order.data()));
 }
 
 static void ColumnTexts(HWND list, const ColumnRow* columns) {
-    Guarded([&] {
-        const auto rows = RowsOf(columns);
-        for (std::size_t number = 0; number < rows.size(); ++number) {
-            std::string title = TitleOf(*rows[number]);
-            LVCOLUMNA column = {};
-            column.mask = LVCF_TEXT;
-            column.pszText = title.data();
-            SendMessageA(list, LVM_SETCOLUMNA, number, reinterpret_cast<LPARAM>(&column));
-        }
-    });
+    const auto rows = RowsOf(columns);
+    for (std::size_t number = 0; number < rows.size(); ++number) {
+        std::string title = TitleOf(*rows[number]);
+        LVCOLUMNA column = {};
+        column.mask = LVCF_TEXT;
+        column.pszText = title.data();
+        SendMessageA(list, LVM_SETCOLUMNA, number, reinterpret_cast<LPARAM>(&column));
+    }
 }
 
 /// A list without these columns leaves the table as it is.
 static void GetColumnOrder(HWND list, ColumnRow* columns) {
-    Guarded([&] {
-        const auto rows = RowsOf(columns);
-        std::vector<INT> order(rows.size(), -1);
-        if (SendMessageA(list, LVM_GETCOLUMNORDERARRAY, order.size(),
-                         reinterpret_cast<LPARAM>(order.data())) == 0 ||
-            !IsOrder({order.begin(), order.end()})) {
-            return;
+    const auto rows = RowsOf(columns);
+    std::vector<INT> order(rows.size(), -1);
+    if (SendMessageA(list, LVM_GETCOLUMNORDERARRAY, order.size(),
+                     reinterpret_cast<LPARAM>(order.data())) == 0 ||
+        !IsOrder({order.begin(), order.end()})) {
+        return;
+    }
+    for (u32 place = 0; place < order.size(); ++place) {
+        const auto number = static_cast<std::size_t>(order[place]);
+        rows[number]->order = place;
+        // LVM_GETCOLUMNWIDTH would give that of an item while another view is shown.
+        LVCOLUMNA column = {};
+        column.mask = LVCF_WIDTH;
+        if (SendMessageA(list, LVM_GETCOLUMNA, number, reinterpret_cast<LPARAM>(&column)) != 0) {
+            rows[number]->width = static_cast<u32>(column.cx);
         }
-        for (u32 place = 0; place < order.size(); ++place) {
-            const auto number = static_cast<std::size_t>(order[place]);
-            rows[number]->order = place;
-            // LVM_GETCOLUMNWIDTH would give that of an item while another view is shown.
-            LVCOLUMNA column = {};
-            column.mask = LVCF_WIDTH;
-            if (SendMessageA(list, LVM_GETCOLUMNA, number, reinterpret_cast<LPARAM>(&column)) !=
-                0) {
-                rows[number]->width = static_cast<u32>(column.cx);
-            }
-        }
-    });
+    }
 }
 
 /// A width that can't be is brought to one that can; an order is taken whole or not at all.
 static void LoadColumns(ColumnRow* columns, const char* name, const char* file, u32) {
-    Guarded([&] {
-        const auto rows = RowsOf(columns);
-        std::vector<u32> places;
-        for (ColumnRow* row : rows) {
-            if (const auto stored = ReadColumn(StoreOf(file)->Read(name, ColumnKey(*row)))) {
-                row->width = std::clamp(stored->width, narrowest, widest);
-                places.push_back(stored->order);
-            }
+    const auto rows = RowsOf(columns);
+    std::vector<u32> places;
+    for (ColumnRow* row : rows) {
+        if (const auto stored = ReadColumn(StoreOf(file)->Read(name, ColumnKey(*row)))) {
+            row->width = std::clamp(stored->width, narrowest, widest);
+            places.push_back(stored->order);
         }
-        if (places.size() == rows.size() && IsOrder(places)) {
-            for (std::size_t number = 0; number < rows.size(); ++number) {
-                rows[number]->order = places[number];
-            }
+    }
+    if (places.size() == rows.size() && IsOrder(places)) {
+        for (std::size_t number = 0; number < rows.size(); ++number) {
+            rows[number]->order = places[number];
         }
-    });
+    }
 }
 
 static void SaveColumns(const ColumnRow* columns, const char* name, const char*) {
-    Guarded([&] {
-        KeepForWindow([&](SettingsStore& store) {
-            for (const ColumnRow* row : RowsOf(columns)) {
-                store.Write(name, ColumnKey(*row),
-                            std::to_string(row->width) + "," + std::to_string(row->order));
-            }
-        });
+    KeepForWindow([&](SettingsStore& store) {
+        for (const ColumnRow* row : RowsOf(columns)) {
+            store.Write(name, ColumnKey(*row),
+                        std::to_string(row->width) + "," + std::to_string(row->order));
+        }
     });
 }
 
@@ -225,15 +214,15 @@ static void SetCurrentItem(HWND list, i32 item) {
 }  // namespace
 
 void FillColumnServices(ShellServices& shell) {
-    Put<ShellSetColumnsFunction>(shell, ShellService::setColumns, SetColumns);
-    Put<ShellColumnTextsFunction>(shell, ShellService::columnTexts, ColumnTexts);
-    Put<ShellGetColumnOrderFunction>(shell, ShellService::getColumnOrder, GetColumnOrder);
-    Put<ShellLoadColumnsFunction>(shell, ShellService::loadColumns, LoadColumns);
-    Put<ShellSaveColumnsFunction>(shell, ShellService::saveColumns, SaveColumns);
-    Put<ShellPrepareListFunction>(shell, ShellService::prepareList, PrepareList);
-    Put<ShellSetViewStyleFunction>(shell, ShellService::setViewStyle, SetViewStyle);
-    Put<ShellGetCurrentItemFunction>(shell, ShellService::getCurrentItem, GetCurrentItem);
-    Put<ShellSetCurrentItemFunction>(shell, ShellService::setCurrentItem, SetCurrentItem);
+    Put<ShellSetColumnsFunction, SetColumns>(shell, ShellService::setColumns);
+    Put<ShellColumnTextsFunction, ColumnTexts>(shell, ShellService::columnTexts);
+    Put<ShellGetColumnOrderFunction, GetColumnOrder>(shell, ShellService::getColumnOrder);
+    Put<ShellLoadColumnsFunction, LoadColumns>(shell, ShellService::loadColumns);
+    Put<ShellSaveColumnsFunction, SaveColumns>(shell, ShellService::saveColumns);
+    Put<ShellPrepareListFunction, PrepareList>(shell, ShellService::prepareList);
+    Put<ShellSetViewStyleFunction, SetViewStyle>(shell, ShellService::setViewStyle);
+    Put<ShellGetCurrentItemFunction, GetCurrentItem, -1>(shell, ShellService::getCurrentItem);
+    Put<ShellSetCurrentItemFunction, SetCurrentItem>(shell, ShellService::setCurrentItem);
 }
 
 }  // namespace hostkit

@@ -1,6 +1,5 @@
 // Texts and dialogs.
 
-#include <exception>
 #include <string>
 
 #include "hostkit/filter_dialog.h"
@@ -47,22 +46,18 @@ static void InitDialog(HWND window) {
 static i32 EditFilter(HWND owner, void* record) {
     Services& services = Host::Current()->GetServices();
     auto* filter = static_cast<FilterRecord*>(record);
-    try {
-        return EditFilterDialog(owner, filter != nullptr ? *filter : services.DefaultFilter(),
-                                services.FilterMutex());
-    } catch (const std::exception&) {
-        return 0;
-    }
+    return EditFilterDialog(owner, filter != nullptr ? *filter : services.DefaultFilter(),
+                            services.FilterMutex());
 }
 }
 
 }  // namespace
 
 void FillDialogServices(CoreServices& core, ShellServices& shell) {
-    Put<CoreLoadTextFunction>(core, CoreService::loadText, LoadText);
-    Put<CoreApplyDialogTextsFunction>(core, CoreService::applyDialogTexts, ApplyDialogTexts);
-    Put<CoreInitDialogFunction>(core, CoreService::initDialog, InitDialog);
-    Put<ShellEditFilterFunction>(shell, ShellService::editFilter, EditFilter);
+    Put<CoreLoadTextFunction, LoadText>(core, CoreService::loadText);
+    Put<CoreApplyDialogTextsFunction, ApplyDialogTexts>(core, CoreService::applyDialogTexts);
+    Put<CoreInitDialogFunction, InitDialog>(core, CoreService::initDialog);
+    Put<ShellEditFilterFunction, EditFilter>(shell, ShellService::editFilter);
 }
 
 }  // namespace hostkit

@@ -2,7 +2,6 @@
 
 #include <errno.h>
 
-#include <exception>
 #include <memory>
 #include <string>
 
@@ -30,21 +29,11 @@ i32 Keep(ShellFile* handle, std::unique_ptr<LocalFile> file) {
     return *handle != 0 ? 0 : LastFileFailure()->code;
 }
 
-/// Keeps exceptions, which only want of memory raises here, on this side.
-template <typename Operation>
-i32 Guarded(Operation operation) {
-    try {
-        return operation();
-    } catch (const std::exception&) {
-        return ENOMEM;
-    }
-}
-
 /// Runs an operation on the open file.
 template <typename Operation>
 i32 On(ShellFile handle, Operation operation) {
     LocalFile* file = FileOf(handle);
-    return Guarded([&] { return file != nullptr ? operation(*file) : EBADF; });
+    return file != nullptr ? operation(*file) : EBADF;
 }
 
 extern "C" {
@@ -54,15 +43,15 @@ static i32 GetTransferType(const char*) {
 }
 
 static i32 FileCheck(const char* path) {
-    return Guarded([&] { return CheckFile(LongPath::Of(path)); });
+    return CheckFile(LongPath::Of(path));
 }
 
 static i32 CreateLocalFile(HWND, const char* path, ShellFile* file) {
-    return Guarded([&] { return Keep(file, LocalFile::Create(LongPath::Of(path))); });
+    return Keep(file, LocalFile::Create(LongPath::Of(path)));
 }
 
 static i32 OpenLocalFile(const char* path, ShellFile* file, u32 access) {
-    return Guarded([&] { return Keep(file, LocalFile::Open(LongPath::Of(path), access)); });
+    return Keep(file, LocalFile::Open(LongPath::Of(path), access));
 }
 
 static i32 OpenLocalFileAt(HWND, const char* path, ShellFile* file, u32 access) {
@@ -71,7 +60,7 @@ static i32 OpenLocalFileAt(HWND, const char* path, ShellFile* file, u32 access) 
 
 static i32 CloseLocalFile(ShellFile file) {
     const std::unique_ptr<LocalFile> open(FileOf(file));
-    return Guarded([&] { return open != nullptr ? open->Close() : EBADF; });
+    return open != nullptr ? open->Close() : EBADF;
 }
 
 static i32 ReadLocalFile(ShellFile file, void* buffer, u32 size) {
@@ -121,20 +110,20 @@ static DirEntry* ReadDirectory(const char* path, FtpHandle* handle, u32 option) 
 }  // namespace
 
 void FillFileServices(ShellServices& shell) {
-    Put<ShellGetTransferTypeFunction>(shell, ShellService::getTransferType, GetTransferType);
-    Put<ShellFileCheckFunction>(shell, ShellService::fileCheck, FileCheck);
-    Put<ShellCreateFileFunction>(shell, ShellService::createFile, CreateLocalFile);
-    Put<ShellOpenFileFunction>(shell, ShellService::openFile, OpenLocalFile);
-    Put<ShellOpenFileAtFunction>(shell, ShellService::openFileAt, OpenLocalFileAt);
-    Put<ShellCloseFileFunction>(shell, ShellService::closeFile, CloseLocalFile);
-    Put<ShellReadFileFunction>(shell, ShellService::readFile, ReadLocalFile);
-    Put<ShellWriteFileFunction>(shell, ShellService::writeFile, WriteLocalFile);
-    Put<ShellWriteTextLineFunction>(shell, ShellService::writeTextLine, WriteTextLine);
-    Put<ShellSeekFileFunction>(shell, ShellService::seekFile, SeekLocalFile);
-    Put<ShellQueryFileSizeFunction>(shell, ShellService::queryFileSize, QueryLocalFileSize);
-    Put<ShellSetFileTimeFunction>(shell, ShellService::setFileTime, SetLocalFileTime);
-    Put<ShellAddProgressFunction>(shell, ShellService::addProgress, AddProgress);
-    Put<ShellReadDirectoryFunction>(shell, ShellService::readDirectory, ReadDirectory);
+    Put<ShellGetTransferTypeFunction, GetTransferType>(shell, ShellService::getTransferType);
+    Put<ShellFileCheckFunction, FileCheck, ENOMEM>(shell, ShellService::fileCheck);
+    Put<ShellCreateFileFunction, CreateLocalFile, ENOMEM>(shell, ShellService::createFile);
+    Put<ShellOpenFileFunction, OpenLocalFile, ENOMEM>(shell, ShellService::openFile);
+    Put<ShellOpenFileAtFunction, OpenLocalFileAt, ENOMEM>(shell, ShellService::openFileAt);
+    Put<ShellCloseFileFunction, CloseLocalFile, ENOMEM>(shell, ShellService::closeFile);
+    Put<ShellReadFileFunction, ReadLocalFile, ENOMEM>(shell, ShellService::readFile);
+    Put<ShellWriteFileFunction, WriteLocalFile, ENOMEM>(shell, ShellService::writeFile);
+    Put<ShellWriteTextLineFunction, WriteTextLine, ENOMEM>(shell, ShellService::writeTextLine);
+    Put<ShellSeekFileFunction, SeekLocalFile, ENOMEM>(shell, ShellService::seekFile);
+    Put<ShellQueryFileSizeFunction, QueryLocalFileSize, ENOMEM>(shell, ShellService::queryFileSize);
+    Put<ShellSetFileTimeFunction, SetLocalFileTime, ENOMEM>(shell, ShellService::setFileTime);
+    Put<ShellAddProgressFunction, AddProgress>(shell, ShellService::addProgress);
+    Put<ShellReadDirectoryFunction, ReadDirectory>(shell, ShellService::readDirectory);
 }
 
 }  // namespace hostkit

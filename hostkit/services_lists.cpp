@@ -47,11 +47,11 @@ void MoveSelected(HWND dialog, u32 listId, LRESULT distance) {
 extern "C" {
 
 static void MoveUp(HWND window, u32 listId) {
-    Guarded([&] { MoveSelected(window, listId, -1); });
+    MoveSelected(window, listId, -1);
 }
 
 static void MoveDown(HWND window, u32 listId) {
-    Guarded([&] { MoveSelected(window, listId, 1); });
+    MoveSelected(window, listId, 1);
 }
 
 /// The newest stands first, once; what is in the field stays.
@@ -59,63 +59,57 @@ static void AddHistory(HWND comboBox, const char* text) {
     if (*text == '\0') {
         return;
     }
-    Guarded([&] {
-        std::string field(static_cast<std::size_t>(GetWindowTextLengthA(comboBox)) + 1, '\0');
-        GetWindowTextA(comboBox, field.data(), static_cast<INT>(field.size()));
-        const auto words = reinterpret_cast<LPARAM>(text);
-        const LRESULT known =
-            SendMessageA(comboBox, CB_FINDSTRINGEXACT, static_cast<WPARAM>(-1), words);
-        if (known >= 0) {
-            SendMessageA(comboBox, CB_DELETESTRING, static_cast<WPARAM>(known), 0);
-        }
-        SendMessageA(comboBox, CB_INSERTSTRING, 0, words);
-        if (SendMessageA(comboBox, CB_GETCOUNT, 0, 0) > historyLimit) {
-            SendMessageA(comboBox, CB_DELETESTRING, static_cast<WPARAM>(historyLimit), 0);
-        }
-        SetWindowTextA(comboBox, field.c_str());
-    });
+    std::string field(static_cast<std::size_t>(GetWindowTextLengthA(comboBox)) + 1, '\0');
+    GetWindowTextA(comboBox, field.data(), static_cast<INT>(field.size()));
+    const auto words = reinterpret_cast<LPARAM>(text);
+    const LRESULT known =
+        SendMessageA(comboBox, CB_FINDSTRINGEXACT, static_cast<WPARAM>(-1), words);
+    if (known >= 0) {
+        SendMessageA(comboBox, CB_DELETESTRING, static_cast<WPARAM>(known), 0);
+    }
+    SendMessageA(comboBox, CB_INSERTSTRING, 0, words);
+    if (SendMessageA(comboBox, CB_GETCOUNT, 0, 0) > historyLimit) {
+        SendMessageA(comboBox, CB_DELETESTRING, static_cast<WPARAM>(historyLimit), 0);
+    }
+    SetWindowTextA(comboBox, field.c_str());
 }
 
 static void SaveHistory(HWND comboBox, const char*, const char* section, i32 limit) {
-    Guarded([&] {
-        KeepForWindow([&](SettingsStore& store) {
-            const auto count = std::min<LRESULT>(SendMessageA(comboBox, CB_GETCOUNT, 0, 0), limit);
-            for (i32 i = 0; i < limit; ++i) {
-                const std::string key = "History" + std::to_string(i + 1);
-                if (i < count) {
-                    store.Write(
-                        section, key,
-                        EntryText(comboBox, CB_GETLBTEXT, CB_GETLBTEXTLEN, static_cast<WPARAM>(i)));
-                } else {
-                    store.Remove(section, key);
-                }
+    KeepForWindow([&](SettingsStore& store) {
+        const auto count = std::min<LRESULT>(SendMessageA(comboBox, CB_GETCOUNT, 0, 0), limit);
+        for (i32 i = 0; i < limit; ++i) {
+            const std::string key = "History" + std::to_string(i + 1);
+            if (i < count) {
+                store.Write(
+                    section, key,
+                    EntryText(comboBox, CB_GETLBTEXT, CB_GETLBTEXTLEN, static_cast<WPARAM>(i)));
+            } else {
+                store.Remove(section, key);
             }
-        });
+        }
     });
 }
 
 static void LoadHistory(HWND comboBox, const char* path, const char* section, i32 limit) {
-    Guarded([&] {
-        for (i32 i = 0; i < limit; ++i) {
-            const auto text = StoreOf(path)->Read(section, "History" + std::to_string(i + 1));
-            if (!text) {
-                return;
-            }
-            SendMessageA(comboBox, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(text->c_str()));
+    for (i32 i = 0; i < limit; ++i) {
+        const auto text = StoreOf(path)->Read(section, "History" + std::to_string(i + 1));
+        if (!text) {
+            return;
         }
-    });
+        SendMessageA(comboBox, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(text->c_str()));
+    }
 }
 }
 
 }  // namespace
 
 void FillListServices(CoreServices& core, ShellServices& shell) {
-    Put<CoreAddHistoryFunction>(core, CoreService::addHistory, AddHistory);
-    Put<CoreSaveHistoryFunction>(core, CoreService::saveHistory, SaveHistory);
-    Put<CoreLoadHistoryFunction>(core, CoreService::loadHistory, LoadHistory);
-    Put<ShellListActionFunction>(shell, ShellService::listAction1, MoveUp);
-    Put<ShellListActionFunction>(shell, ShellService::listAction2, MoveDown);
-    Put<ShellComboAddFunction>(shell, ShellService::comboAdd, AddHistory);
+    Put<CoreAddHistoryFunction, AddHistory>(core, CoreService::addHistory);
+    Put<CoreSaveHistoryFunction, SaveHistory>(core, CoreService::saveHistory);
+    Put<CoreLoadHistoryFunction, LoadHistory>(core, CoreService::loadHistory);
+    Put<ShellListActionFunction, MoveUp>(shell, ShellService::listAction1);
+    Put<ShellListActionFunction, MoveDown>(shell, ShellService::listAction2);
+    Put<ShellComboAddFunction, AddHistory>(shell, ShellService::comboAdd);
 }
 
 }  // namespace hostkit

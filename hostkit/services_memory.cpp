@@ -48,11 +48,11 @@ static i32 BufferAppend(GrowBuffer* record, const void* data, u32 size) {
 }  // namespace
 
 void FillMemoryServices(CoreServices& core, ShellServices& shell) {
-    Put<CoreAllocFunction>(core, CoreService::alloc, Alloc);
-    Put<CoreFreeFunction>(core, CoreService::free, Free);
-    Put<CoreCopyTextFunction>(core, CoreService::copyText, AppendText);
-    Put<ShellAppendTextFunction>(shell, ShellService::appendText, AppendText);
-    Put<ShellBufferAppendFunction>(shell, ShellService::bufferAppend, BufferAppend);
+    Put<CoreAllocFunction, Alloc>(core, CoreService::alloc);
+    Put<CoreFreeFunction, Free>(core, CoreService::free);
+    Put<CoreCopyTextFunction, AppendText>(core, CoreService::copyText);
+    Put<ShellAppendTextFunction, AppendText>(shell, ShellService::appendText);
+    Put<ShellBufferAppendFunction, BufferAppend, 1>(shell, ShellService::bufferAppend);
 }
 
 }  // namespace hostkit

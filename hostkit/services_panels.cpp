@@ -4,7 +4,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <exception>
 #include <optional>
 #include <string>
 
@@ -109,6 +108,7 @@ std::optional<std::string> Ask(const char* server) {
 
 extern "C" {
 
+// No frame takes its arguments, so it keeps exceptions back itself.
 __attribute__((format(printf, 2, 3))) static void ConsolePrint(WindowNumber console,
                                                                const char* format, ...) {
     char usual[usualLine];
@@ -125,7 +125,7 @@ __attribute__((format(printf, 2, 3))) static void ConsolePrint(WindowNumber cons
             std::vsnprintf(line.data(), line.size() + 1, format, again);
             PrintLine(console, line);
         }
-    } catch (const std::exception&) {
+    } catch (...) {
         // Without memory the line is lost.
     }
     va_end(again);
@@ -142,17 +142,13 @@ static void ReportError(HWND, u32 textId, HostWord, u32) {
 
 /// A password that does not fit is a cancel: cut, it would be another one.
 static i32 AskPassword(HWND, PasswordQuestion* question) {
-    try {
-        const auto password = Ask(PointerFromWord<const char>(question->hostText));
-        if (!password || password->size() >= question->size) {
-            return 0;
-        }
-        char* buffer = PointerFromWord<char>(question->buffer);
-        std::memcpy(buffer, password->c_str(), password->size() + 1);
-        return 1;
-    } catch (const std::exception&) {
+    const auto password = Ask(PointerFromWord<const char>(question->hostText));
+    if (!password || password->size() >= question->size) {
         return 0;
     }
+    char* buffer = PointerFromWord<char>(question->buffer);
+    std::memcpy(buffer, password->c_str(), password->size() + 1);
+    return 1;
 }
 
 static void PanelConnected(u32 panelId, SiteRecord* site) {
@@ -198,15 +194,15 @@ void TellError(const HostOptions& options, u32 textId, const std::string& cause)
 }
 
 void FillPanelServices(CoreServices& core, ShellServices& shell) {
-    Put<CoreConsolePrintFunction>(core, CoreService::consolePrint, ConsolePrint);
-    Put<CoreShowMessageFunction>(core, CoreService::showMessage, ShowMessage);
-    Put<ShellReportErrorFunction>(shell, ShellService::reportError, ReportError);
-    Put<ShellAskPasswordFunction>(shell, ShellService::askPassword, AskPassword);
-    Put<ShellPanelConnectedFunction>(shell, ShellService::panelConnected, PanelConnected);
-    Put<ShellPanelClosedFunction>(shell, ShellService::panelClosed, PanelClosed);
-    Put<ShellFreeHandleFunction>(shell, ShellService::freeHandle, FreeHandle);
-    Put<ShellRefreshPanelFunction>(shell, ShellService::refreshPanel, RefreshPanel);
-    Put<ShellSetForegroundFunction>(shell, ShellService::setForeground, SetForeground);
+    Put(core, CoreService::consolePrint, ConsolePrint);
+    Put<CoreShowMessageFunction, ShowMessage>(core, CoreService::showMessage);
+    Put<ShellReportErrorFunction, ReportError>(shell, ShellService::reportError);
+    Put<ShellAskPasswordFunction, AskPassword>(shell, ShellService::askPassword);
+    Put<ShellPanelConnectedFunction, PanelConnected>(shell, ShellService::panelConnected);
+    Put<ShellPanelClosedFunction, PanelClosed>(shell, ShellService::panelClosed);
+    Put<ShellFreeHandleFunction, FreeHandle>(shell, ShellService::freeHandle);
+    Put<ShellRefreshPanelFunction, RefreshPanel>(shell, ShellService::refreshPanel);
+    Put<ShellSetForegroundFunction, SetForeground>(shell, ShellService::setForeground);
 }
 
 }  // namespace hostkit

@@ -26,46 +26,44 @@ extern "C" {
 
 static void GetProfilePath(HostWord, char* buffer) {
     buffer[0] = '\0';
-    Guarded([&] {
-        const std::string name = Host::Current()->GetServices().StoreName();
-        AppendBounded(buffer, name.c_str(), profilePathSize);
-    });
+    const std::string name = Host::Current()->GetServices().StoreName();
+    AppendBounded(buffer, name.c_str(), profilePathSize);
 }
 
 static void ReadSetting(const char* section, const char* key, const char* defaultText, char* buffer,
                         u32 size, const char* file) {
-    Guarded([&] {
-        const auto value = StoreOf(file)->Read(section, key);
-        FillBuffer(buffer, size, value.value_or(defaultText != nullptr ? defaultText : ""));
-    });
+    const auto value = StoreOf(file)->Read(section, key);
+    FillBuffer(buffer, size, value.value_or(defaultText != nullptr ? defaultText : ""));
 }
 
 /// A null value takes the key out.
 static void WriteSetting(const char* section, const char* key, const char* value,
                          const char* file) {
-    Guarded([&] {
-        const auto store = StoreOf(file);
-        return value != nullptr ? store->Write(section, key, value) : store->Remove(section, key);
-    });
+    const auto store = StoreOf(file);
+    if (value != nullptr) {
+        store->Write(section, key, value);
+    } else {
+        store->Remove(section, key);
+    }
 }
 
 static void ReadSection(const char* section, char* buffer, u32 size, const char* file) {
-    Guarded([&] { FillBuffer(buffer, size, StoreOf(file)->ReadSection(section)); });
+    FillBuffer(buffer, size, StoreOf(file)->ReadSection(section));
 }
 
 static void WriteSection(const char* section, const char* text, const char* file) {
-    Guarded([&] { return StoreOf(file)->WriteSection(section, text); });
+    StoreOf(file)->WriteSection(section, text);
 }
 }
 
 }  // namespace
 
 void FillSettingServices(CoreServices& core, ShellServices& shell) {
-    Put<CoreGetProfilePathFunction>(core, CoreService::getProfilePath, GetProfilePath);
-    Put<ShellReadSettingFunction>(shell, ShellService::readSetting, ReadSetting);
-    Put<ShellWriteSettingFunction>(shell, ShellService::writeSetting, WriteSetting);
-    Put<ShellReadSectionFunction>(shell, ShellService::readSection, ReadSection);
-    Put<ShellWriteSectionFunction>(shell, ShellService::writeSection, WriteSection);
+    Put<CoreGetProfilePathFunction, GetProfilePath>(core, CoreService::getProfilePath);
+    Put<ShellReadSettingFunction, ReadSetting>(shell, ShellService::readSetting);
+    Put<ShellWriteSettingFunction, WriteSetting>(shell, ShellService::writeSetting);
+    Put<ShellReadSectionFunction, ReadSection>(shell, ShellService::readSection);
+    Put<ShellWriteSectionFunction, WriteSection>(shell, ShellService::writeSection);
 }
 
 }  // namespace hostkit

@@ -99,16 +99,16 @@ static i32 FilterMatch(const char* name, u32 attributes, u32 date, u32, const vo
 }  // namespace
 
 void FillTextServices(ShellServices& shell) {
-    Put<ShellPreparePathFunction>(shell, ShellService::preparePath, PreparePath);
-    Put<ShellNameOffsetFunction>(shell, ShellService::nameOffset, NameOffsetOf);
-    Put<ShellExtensionOffsetFunction>(shell, ShellService::extensionOffset, ExtensionOffsetOf);
-    Put<ShellGetSystemDirFunction>(shell, ShellService::getSystemDir, GetSystemDir);
-    Put<ShellUpperFirstFunction>(shell, ShellService::upperFirst, UpperFirst);
-    Put<ShellFormatDateFunction>(shell, ShellService::formatDate, FormatDate);
-    Put<ShellFormatAttributesFunction>(shell, ShellService::formatAttributes, FormatAttributes);
-    Put<ShellFormatNumberFunction>(shell, ShellService::formatNumber, FormatNumber);
-    Put<ShellMatchMaskFunction>(shell, ShellService::matchMask, MatchMask);
-    Put<ShellFilterMatchFunction>(shell, ShellService::filterMatch, FilterMatch);
+    Put<ShellPreparePathFunction, PreparePath>(shell, ShellService::preparePath);
+    Put<ShellNameOffsetFunction, NameOffsetOf>(shell, ShellService::nameOffset);
+    Put<ShellExtensionOffsetFunction, ExtensionOffsetOf>(shell, ShellService::extensionOffset);
+    Put<ShellGetSystemDirFunction, GetSystemDir>(shell, ShellService::getSystemDir);
+    Put<ShellUpperFirstFunction, UpperFirst>(shell, ShellService::upperFirst);
+    Put<ShellFormatDateFunction, FormatDate>(shell, ShellService::formatDate);
+    Put<ShellFormatAttributesFunction, FormatAttributes>(shell, ShellService::formatAttributes);
+    Put<ShellFormatNumberFunction, FormatNumber>(shell, ShellService::formatNumber);
+    Put<ShellMatchMaskFunction, MatchMask>(shell, ShellService::matchMask);
+    Put<ShellFilterMatchFunction, FilterMatch>(shell, ShellService::filterMatch);
 }
 
 }  // namespace hostkit

@@ -88,14 +88,12 @@ static void LoadPlacement(const char* file, const char* name, i32* x, i32* y, i3
         *results[i] = placements[i].standard;
     }
     *word = 0;
-    Guarded([&] {
-        for (std::size_t i = 0; i < std::size(placements); ++i) {
-            const Placement& each = placements[i];
-            if (const auto stored = ReadNumber(StoreOf(file)->Read(name, each.key))) {
-                *results[i] = std::clamp(*stored, each.least, each.most);
-            }
+    for (std::size_t i = 0; i < std::size(placements); ++i) {
+        const Placement& each = placements[i];
+        if (const auto stored = ReadNumber(StoreOf(file)->Read(name, each.key))) {
+            *results[i] = std::clamp(*stored, each.least, each.most);
         }
-    });
+    }
 }
 
 static void SavePlacement(HWND window, const char*, const char* name) {
@@ -105,12 +103,10 @@ static void SavePlacement(HWND window, const char*, const char* name) {
     }
     const i32 values[] = {place.left, place.top, place.right - place.left,
                           place.bottom - place.top};
-    Guarded([&] {
-        KeepForWindow([&](SettingsStore& store) {
-            for (std::size_t i = 0; i < std::size(placements); ++i) {
-                store.Write(name, placements[i].key, std::to_string(values[i]));
-            }
-        });
+    KeepForWindow([&](SettingsStore& store) {
+        for (std::size_t i = 0; i < std::size(placements); ++i) {
+            store.Write(name, placements[i].key, std::to_string(values[i]));
+        }
     });
 }
 
@@ -165,7 +161,8 @@ static void MoveControl(HWND control, i32 x, i32 y, i32 width, i32 height) {
 /// Every window is accepted; as long as it is registered, the host's loop lets Tab and marked
 /// letters lead through its controls.
 static u32 RegisterWindow(HWND window, u32, u32) {
-    return Guarded([&] { return Host::Current()->GetServices().AddWindow(window); }) ? 0 : 1;
+    Host::Current()->GetServices().AddWindow(window);
+    return 0;
 }
 
 static void UnregisterWindow(HWND window) {
@@ -176,15 +173,15 @@ static void UnregisterWindow(HWND window) {
 }  // namespace
 
 void FillWindowServices(ShellServices& shell) {
-    Put<ShellLoadPlacementFunction>(shell, ShellService::loadPlacement, LoadPlacement);
-    Put<ShellSavePlacementFunction>(shell, ShellService::savePlacement, SavePlacement);
-    Put<ShellMenuInitFunction>(shell, ShellService::menuInit, MenuInit);
-    Put<ShellCreateToolbarFunction>(shell, ShellService::createToolbar, CreateToolbar);
-    Put<ShellSetStatusIconFunction>(shell, ShellService::setStatusIcon, SetStatusIcon);
-    Put<ShellGetDialogFontFunction>(shell, ShellService::getDialogFont, GetDialogFont);
-    Put<ShellMoveControlFunction>(shell, ShellService::moveControl, MoveControl);
-    Put<ShellRegisterWindowFunction>(shell, ShellService::registerWindow, RegisterWindow);
-    Put<ShellUnregisterWindowFunction>(shell, ShellService::unregisterWindow, UnregisterWindow);
+    Put<ShellLoadPlacementFunction, LoadPlacement>(shell, ShellService::loadPlacement);
+    Put<ShellSavePlacementFunction, SavePlacement>(shell, ShellService::savePlacement);
+    Put<ShellMenuInitFunction, MenuInit>(shell, ShellService::menuInit);
+    Put<ShellCreateToolbarFunction, CreateToolbar>(shell, ShellService::createToolbar);
+    Put<ShellSetStatusIconFunction, SetStatusIcon>(shell, ShellService::setStatusIcon);
+    Put<ShellGetDialogFontFunction, GetDialogFont>(shell, ShellService::getDialogFont);
+    Put<ShellMoveControlFunction, MoveControl>(shell, ShellService::moveControl);
+    Put<ShellRegisterWindowFunction, RegisterWindow, 1>(shell, ShellService::registerWindow);
+    Put<ShellUnregisterWindowFunction, UnregisterWindow>(shell, ShellService::unregisterWindow);
 }
 
 }  // namespace hostkit

@@ -105,4 +105,12 @@ std::string SettingsStore::ErrorText() {
     return error_;
 }
 
+SettingsBatch::~SettingsBatch() {
+    try {
+        Commit();
+    } catch (...) {
+        // As any other failure: what was written is not kept.
+    }
+}
+
 }  // namespace hostkit

@@ -127,7 +127,7 @@ class MemorySettings final : public SettingsStore {
 class SettingsBatch {
   public:
     explicit SettingsBatch(SettingsStore& store) : store_(store), open_(store.Begin()) {}
-    ~SettingsBatch() { Commit(); }
+    ~SettingsBatch();
     SettingsBatch(const SettingsBatch&) = delete;
     SettingsBatch& operator=(const SettingsBatch&) = delete;
 

@@ -25,11 +25,23 @@ void TransferScope::AddProgress(quennet::TransferRecord* record, u32 bytes) {
 
 void TransferScope::Ask(quennet::TransferItem* item, u32 resumeOffset) {
     const TransferOperation& operation = currentScope->operation_;
-    const ConfirmAnswer answer =
-        operation.confirm ? operation.confirm(*item, resumeOffset) : ConfirmAnswer::leaveOut;
+    ConfirmAnswer answer = ConfirmAnswer::leaveOut;
+    try {
+        if (operation.confirm) {
+            answer = operation.confirm(*item, resumeOffset);
+        }
+    } catch (...) {
+        currentScope->failure_ = std::current_exception();
+    }
     currentScope->leftOut_ = answer != ConfirmAnswer::goOn;
     auto* record = quennet::PointerFromWord<quennet::TransferRecord>(item->record);
     record->status = static_cast<u32>(answer);
+}
+
+void TransferScope::Rethrow() const {
+    if (failure_ != nullptr) {
+        std::rethrow_exception(failure_);
+    }
 }
 
 extern "C" {

@@ -2,6 +2,7 @@
 // What the module asks and tells while it moves a file.
 
 #include <atomic>
+#include <exception>
 #include <functional>
 
 #include "host/records.h"
@@ -39,6 +40,9 @@ class TransferScope {
     /// The existing target was to be left alone.
     bool LeftOut() const { return leftOut_; }
 
+    /// Throws what the question has thrown: it left the target alone, and could not say more then.
+    void Rethrow() const;
+
     /// What ShellAddProgress does.
     static void AddProgress(quennet::TransferRecord* record, u32 bytes);
 
@@ -53,6 +57,7 @@ class TransferScope {
     AbortScope abortScope_;
     TransferScope* outer_;
     bool leftOut_ = false;
+    std::exception_ptr failure_;
 };
 
 }  // namespace hostkit

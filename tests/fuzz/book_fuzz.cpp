@@ -69,10 +69,10 @@ struct BookHost {
     BookHost() {
         hostkit::FillMemoryServices(core, shell);
         using hostkit::Put;
-        Put<ShellReadSettingFunction>(shell, ShellService::readSetting, ReadSetting);
-        Put<ShellWriteSettingFunction>(shell, ShellService::writeSetting, WriteSetting);
-        Put<ShellReadSectionFunction>(shell, ShellService::readSection, ReadSection);
-        Put<ShellWriteSectionFunction>(shell, ShellService::writeSection, WriteSection);
+        Put<ShellReadSettingFunction, ReadSetting>(shell, ShellService::readSetting);
+        Put<ShellWriteSettingFunction, WriteSetting>(shell, ShellService::writeSetting);
+        Put<ShellReadSectionFunction, ReadSection>(shell, ShellService::readSection);
+        Put<ShellWriteSectionFunction, WriteSection>(shell, ShellService::writeSection);
         Put(shell, ShellService::currentSiteId, &currentSiteId);
         hostTables.core = &core;
         hostTables.shell = &shell;
