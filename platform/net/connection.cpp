@@ -1,6 +1,7 @@
 // From the making of a socket to its end.
 
 #include <algorithm>
+#include <new>
 
 #include "net/errors.h"
 #include "net/socket.h"
@@ -140,7 +141,7 @@ int ShutStream(SocketUse* use, int how) {
 
 }  // namespace
 
-SOCKET quennet_socket(int family, int type, int protocol) {
+SOCKET quennet_socket(int family, int type, int protocol) try {
     if (!Started()) {
         return INVALID_SOCKET;
     }
@@ -155,6 +156,9 @@ SOCKET quennet_socket(int family, int type, int protocol) {
     SocketState model;
     model.stream = type == SOCK_STREAM;
     return AdoptDescriptor(descriptor, model);
+} catch (const std::bad_alloc&) {
+    Fail(WSAENOBUFS);
+    return INVALID_SOCKET;
 }
 
 int quennet_bind(SOCKET socket, const sockaddr* address, int size) {
@@ -178,7 +182,7 @@ int quennet_listen(SOCKET socket, int backlog) {
     return 0;
 }
 
-SOCKET quennet_accept(SOCKET socket, sockaddr* address, int* size) {
+SOCKET quennet_accept(SOCKET socket, sockaddr* address, int* size) try {
     PushUnsentOfThread();
     SocketState model;
     int descriptor = -1;
@@ -188,9 +192,12 @@ SOCKET quennet_accept(SOCKET socket, sockaddr* address, int* size) {
         descriptor = use ? AcceptOne(&use, address, size, &model) : -1;
     }
     return descriptor >= 0 ? AdoptDescriptor(descriptor, model) : INVALID_SOCKET;
+} catch (const std::bad_alloc&) {
+    Fail(WSAENOBUFS);
+    return INVALID_SOCKET;
 }
 
-int quennet_connect(SOCKET socket, const sockaddr* address, int size) {
+int quennet_connect(SOCKET socket, const sockaddr* address, int size) try {
     PushUnsentOfThread();
     SocketUse use(socket);
     if (!use) {
@@ -201,9 +208,11 @@ int quennet_connect(SOCKET socket, const sockaddr* address, int size) {
     }
     const int result = system::Connect(use.Descriptor(), address, static_cast<socklen_t>(size));
     return result == 0 ? 0 : FailFromSystem();
+} catch (const std::bad_alloc&) {
+    return Fail(WSAENOBUFS);
 }
 
-int quennet_shutdown(SOCKET socket, int how) {
+int quennet_shutdown(SOCKET socket, int how) try {
     SocketUse use(socket);
     if (!use) {
         return SOCKET_ERROR;
@@ -215,6 +224,8 @@ int quennet_shutdown(SOCKET socket, int how) {
         return ShutStream(&use, how);
     }
     return system::Shutdown(use.Descriptor(), how) == 0 ? 0 : FailFromSystem();
+} catch (const std::bad_alloc&) {
+    return Fail(WSAENOBUFS);
 }
 
 int WINAPI closesocket(SOCKET socket) {

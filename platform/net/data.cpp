@@ -9,6 +9,7 @@
 #include <time.h>
 
 #include <algorithm>
+#include <new>
 
 #include "net/errors.h"
 #include "net/socket.h"
@@ -234,7 +235,7 @@ int ReceiveDatagram(SocketUse* use, char* buffer, std::size_t length, int flags,
 }  // namespace
 
 int quennet_sendto(SOCKET socket, const char* data, int length, int flags, const sockaddr* address,
-                   int size) {
+                   int size) try {
     SocketUse use(socket);
     if (!use) {
         return SOCKET_ERROR;
@@ -245,6 +246,8 @@ int quennet_sendto(SOCKET socket, const char* data, int length, int flags, const
     const auto count = static_cast<std::size_t>(length);
     return use->stream ? SendStream(&use, data, count)
                        : SendDatagram(&use, data, count, flags, address, size);
+} catch (const std::bad_alloc&) {
+    return Fail(WSAENOBUFS);
 }
 
 int quennet_send(SOCKET socket, const char* data, int length, int flags) {
@@ -252,7 +255,7 @@ int quennet_send(SOCKET socket, const char* data, int length, int flags) {
 }
 
 int quennet_recvfrom(SOCKET socket, char* buffer, int length, int flags, sockaddr* address,
-                     int* size) {
+                     int* size) try {
     PushUnsentOfThread();
     SocketUse use(socket);
     if (!use) {
@@ -264,6 +267,8 @@ int quennet_recvfrom(SOCKET socket, char* buffer, int length, int flags, sockadd
     const auto count = static_cast<std::size_t>(length);
     return use->stream ? ReceiveStream(&use, buffer, count, (flags & MSG_PEEK) != 0)
                        : ReceiveDatagram(&use, buffer, count, flags, address, size);
+} catch (const std::bad_alloc&) {
+    return Fail(WSAENOBUFS);
 }
 
 int quennet_recv(SOCKET socket, char* buffer, int length, int flags) {

@@ -1,6 +1,7 @@
 // Names of hosts and protocols. Each thread has its own results.
 
 #include <cstring>
+#include <new>
 #include <vector>
 
 #include "net/errors.h"
@@ -72,7 +73,7 @@ hostent* quennet_gethostbyaddr(const char* address, int size, int family) {
     return quennet_gethostbyname(quennet_inet_ntoa(plain));
 }
 
-hostent* quennet_gethostbyname(const char* name) {
+hostent* quennet_gethostbyname(const char* name) try {
     if (!Started()) {
         return nullptr;
     }
@@ -91,6 +92,9 @@ hostent* quennet_gethostbyname(const char* name) {
         Fail(ResolverError(hostError));
     }
     return found;
+} catch (const std::bad_alloc&) {
+    Fail(WSAENOBUFS);
+    return nullptr;
 }
 
 protoent* quennet_getprotobyname(const char* name) {

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <new>
 #include <vector>
 
 #include "net/errors.h"
@@ -238,7 +239,7 @@ bool AsksOneWriter(const quennet_fd_set* readers, const quennet_fd_set* writers,
 }  // namespace
 
 int quennet_select(int, quennet_fd_set* readers, quennet_fd_set* writers, quennet_fd_set* excepts,
-                   const timeval* timeout) {
+                   const timeval* timeout) try {
     if (!Started()) {
         return SOCKET_ERROR;
     }
@@ -264,6 +265,8 @@ int quennet_select(int, quennet_fd_set* readers, quennet_fd_set* writers, quenne
     KeepReady(&questions, writers, Kind::write);
     KeepReady(&questions, excepts, Kind::except);
     return result;
+} catch (const std::bad_alloc&) {
+    return Fail(WSAENOBUFS);
 }
 
 int quennet_fd_isset(SOCKET socket, const quennet_fd_set* set) {

@@ -6,6 +6,7 @@
 #include "user/messages.h"
 
 #include <algorithm>
+#include <new>
 
 namespace quennet::user {
 
@@ -148,19 +149,23 @@ using namespace quennet::user;
 
 extern "C" {
 
-BOOL WINAPI PostMessageA(HWND handle, UINT message, WPARAM wParam, LPARAM lParam) {
+BOOL WINAPI PostMessageA(HWND handle, UINT message, WPARAM wParam, LPARAM lParam) try {
     if (!handle) {
         return PostThreadMessageA(CurrentQueue()->thread, message, wParam, lParam);
     }
     DesktopLock desktop;
     const Window* window = desktop->Find(handle);
     return window && Post(*window->queue, handle, message, wParam, lParam);
+} catch (const std::bad_alloc&) {
+    return FALSE;
 }
 
-BOOL WINAPI PostThreadMessageA(DWORD thread, UINT message, WPARAM wParam, LPARAM lParam) {
+BOOL WINAPI PostThreadMessageA(DWORD thread, UINT message, WPARAM wParam, LPARAM lParam) try {
     DesktopLock desktop;
     const auto queue = desktop->queues.find(thread);
     return queue != desktop->queues.end() && Post(*queue->second, nullptr, message, wParam, lParam);
+} catch (const std::bad_alloc&) {
+    return FALSE;
 }
 
 void WINAPI PostQuitMessage(INT exitCode) {

@@ -4,6 +4,7 @@
 #include "user/messages.h"
 
 #include <algorithm>
+#include <new>
 
 namespace quennet::user {
 
@@ -110,8 +111,12 @@ LRESULT WINAPI SendMessageA(HWND window, UINT message, WPARAM wParam, LPARAM lPa
     if (const WNDPROC procedure = OwnProcedure(window, own)) {
         return procedure(window, message, wParam, lParam);
     }
-    return Carry(
-        std::make_shared<SentMessage>(SentMessage{window, message, wParam, lParam, false, own}));
+    try {
+        return Carry(std::make_shared<SentMessage>(
+            SentMessage{window, message, wParam, lParam, false, own}));
+    } catch (const std::bad_alloc&) {
+        return 0;
+    }
 }
 
 LRESULT WINAPI CallWindowProcA(WNDPROC procedure, HWND window, UINT message, WPARAM wParam,

@@ -3,6 +3,7 @@
 #include "user/messages.h"
 
 #include <algorithm>
+#include <new>
 
 namespace quennet::user {
 
@@ -59,7 +60,7 @@ using namespace quennet::user;
 
 extern "C" {
 
-UINT_PTR WINAPI SetTimer(HWND window, UINT_PTR number, UINT milliseconds, TIMERPROC procedure) {
+UINT_PTR WINAPI SetTimer(HWND window, UINT_PTR number, UINT milliseconds, TIMERPROC procedure) try {
     const std::chrono::milliseconds period(std::clamp(milliseconds, shortestPeriod, longestPeriod));
     DesktopLock desktop;
     const Window* owner = desktop->Find(window);
@@ -68,6 +69,8 @@ UINT_PTR WINAPI SetTimer(HWND window, UINT_PTR number, UINT milliseconds, TIMERP
     }
     Arm(*owner->queue, Timer{window, number, period, Clock::now() + period});
     return number == 0 ? 1 : number;
+} catch (const std::bad_alloc&) {
+    return 0;
 }
 
 BOOL WINAPI KillTimer(HWND window, UINT_PTR number) {
