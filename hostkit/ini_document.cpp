@@ -222,8 +222,12 @@ bool IniDocument::SetValue(std::string_view section, std::string_view key, std::
     while (position > 0 && IsBlank(body.lines[position - 1])) {
         --position;
     }
-    body.lines.insert(body.lines.begin() + static_cast<std::ptrdiff_t>(position), entry + lineEnd_);
+    std::string line = entry + lineEnd_;
+    if (body.lines.size() == body.lines.capacity()) {
+        body.lines.reserve(2 * body.lines.size() + 8);
+    }
     body.keys.emplace(Folded(key), position);
+    body.lines.insert(body.lines.begin() + static_cast<std::ptrdiff_t>(position), std::move(line));
     return true;
 }
 
@@ -234,8 +238,10 @@ bool IniDocument::RemoveValue(std::string_view section, std::string_view key) {
     }
     const auto found = body->keys.find(Folded(Trimmed(key)));
     if (found != body->keys.end()) {
-        body->lines.erase(body->lines.begin() + static_cast<std::ptrdiff_t>(found->second));
-        IndexKeys(*body);
+        std::vector<std::string> lines = body->lines;
+        lines.erase(lines.begin() + static_cast<std::ptrdiff_t>(found->second));
+        body->keys = IndexOf(lines);
+        body->lines = std::move(lines);
     }
     return true;
 }
@@ -273,9 +279,10 @@ bool IniDocument::ReplaceSection(std::string_view section, std::string_view text
     if (lines.empty() && Find(section) == nullptr) {
         return true;
     }
+    Index keys = IndexOf(lines);
     Body& body = FindOrAdd(section);
     body.lines = std::move(lines);
-    IndexKeys(body);
+    body.keys = std::move(keys);
     return true;
 }
 
@@ -298,13 +305,14 @@ void IniDocument::Append(Body& body, std::string line) {
     body.lines.push_back(std::move(line));
 }
 
-void IniDocument::IndexKeys(Body& body) {
-    std::vector<std::string> lines = std::move(body.lines);
-    body.lines.clear();
-    body.keys.clear();
-    for (std::string& line : lines) {
-        Append(body, std::move(line));
+IniDocument::Index IniDocument::IndexOf(const std::vector<std::string>& lines) {
+    Index keys;
+    for (std::size_t number = 0; number < lines.size(); ++number) {
+        if (const auto entry = EntryOf(lines[number])) {
+            keys.try_emplace(Folded(entry->key), number);
+        }
     }
+    return keys;
 }
 
 const IniDocument::Body* IniDocument::Find(std::string_view section) const {
@@ -320,11 +328,13 @@ IniDocument::Body& IniDocument::FindOrAdd(std::string_view section) {
     if (Body* body = Find(section)) {
         return *body;
     }
-    sections_.emplace(Folded(section), bodies_.size());
-    Body& body = bodies_.emplace_back();
+    Body body;
     body.header = "[" + std::string(section) + "]" + lineEnd_;
     body.added = true;
-    return body;
+    std::string name = Folded(section);
+    bodies_.reserve(bodies_.size() + 1);
+    sections_.emplace(std::move(name), bodies_.size());
+    return bodies_.emplace_back(std::move(body));
 }
 
 }  // namespace hostkit

@@ -48,18 +48,20 @@ class IniDocument {
     std::vector<std::string> Keys(std::string_view section) const;
 
   private:
+    using Index = std::unordered_map<std::string, std::size_t>;  // by folded name
+
     struct Body {
         std::string header;              // with its line end; empty for what precedes all sections
         std::vector<std::string> lines;  // with their line ends
-        std::unordered_map<std::string, std::size_t> keys;  // folded name, index in `lines`
-        bool added = false;                                 // not there at first
+        Index keys;                      // in `lines`
+        bool added = false;              // not there at first
 
         /// A section that was added, and emptied again, is not there.
         bool IsLeftOut() const { return added && lines.empty(); }
     };
 
     static void Append(Body& body, std::string line);
-    static void IndexKeys(Body& body);
+    static Index IndexOf(const std::vector<std::string>& lines);
     const Body* Find(std::string_view section) const;
     Body* Find(std::string_view section);
     Body& FindOrAdd(std::string_view section);
@@ -67,7 +69,7 @@ class IniDocument {
     void AddLine(std::string& text, std::string_view line) const;
 
     std::vector<Body> bodies_ = std::vector<Body>(1);
-    std::unordered_map<std::string, std::size_t> sections_;  // folded name, index in `bodies_`
+    Index sections_;  // in `bodies_`
     std::string lineEnd_ = "\n";
 };
 

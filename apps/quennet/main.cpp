@@ -4,7 +4,9 @@
 #include <signal.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <exception>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -91,6 +93,8 @@ int Main(const std::vector<std::string>& arguments) {
             status.Line(std::string("quennet: ") + failure.what());
         }
         return static_cast<int>(failure.Status());
+    } catch (const std::bad_alloc&) {
+        throw;
     } catch (const std::exception& failure) {
         status.Line(std::string("quennet: ") + failure.what());
         return static_cast<int>(ExitStatus::failed);
@@ -101,8 +105,11 @@ int Main(const std::vector<std::string>& arguments) {
 
 }  // namespace cli
 
-int main(int count, char** values) {
+int main(int count, char** values) try {
     cli::FillStandardDescriptors();
     signal(SIGPIPE, SIG_IGN);
     return cli::Main({values + 1, values + count});
+} catch (const std::bad_alloc&) {
+    std::fputs("quennet: out of memory\n", stderr);
+    return static_cast<int>(cli::ExitStatus::failed);
 }
