@@ -305,6 +305,7 @@ void Connection::BeginOperation() {
 }
 
 void Connection::TakeLine(const std::string& line) {
+    binaryType_.TakeLine(line);
     {
         const std::lock_guard lock(mutex_);
         cause_.Take(line);

@@ -17,6 +17,7 @@
 #include <string>
 
 #include "host/records.h"
+#include "hostkit/binary_type.h"
 #include "hostkit/console.h"
 #include "hostkit/failure_cause.h"
 #include "hostkit/files.h"
@@ -267,6 +268,7 @@ class Connection final : private Panel {
     HostWord holder_ = 0;  // the module writes it
     quennet::ConnectParams params_ = {};
     std::atomic<bool> abortPending_ = false;
+    BinaryType binaryType_;
     bool knowsDates_ = true;  // that is MDTM, as far as is known
     bool knowsSizes_ = true;  // SIZE
     std::map<std::string, KeptListing, InAnyCase> keptListings_;  // by their directories

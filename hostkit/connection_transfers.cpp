@@ -1,5 +1,7 @@
 // Files that a connection moves.
 
+#include <utility>
+
 #include "hostkit/connection_use.h"
 #include "hostkit/local_path.h"
 #include "hostkit/long_path.h"
@@ -21,9 +23,9 @@ void DescribeLocalFile(const std::string& path, u64& size, u16& date, u16& time)
     }
 }
 
-TransferResult Failed(const char* text) {
+TransferResult Failed(std::string text) {
     TransferResult result;
-    result.text = text;
+    result.text = std::move(text);
     return result;
 }
 
@@ -76,14 +78,20 @@ TransferResult Connection::Transfer(TransferItem& item, TransferOperation& opera
     if (use.Handle() == nullptr) {
         return Failed(notConnected);
     }
+    if (const std::string refusal = binaryType_.Refusal(); !refusal.empty()) {
+        return Failed(refusal);
+    }
     item.record = quennet::WordFromPointer(&operation.record);
     operation.record.status = quennet::transferGoesOn;
     BeginOperation();
     ClearFileFailure();
     TransferResult result;
-    const TransferScope scope(operation, abortPending_);
+    const TransferScope scope(operation, abortPending_, binaryType_);
     const bool isOver = send(use.Handle()) == 0;
     scope.Rethrow();
+    if (const std::string refusal = binaryType_.Refusal(); !refusal.empty()) {
+        return Failed(refusal);
+    }
     if (isOver) {
         result.outcome = scope.LeftOut() ? TransferOutcome::leftOut : TransferOutcome::done;
         return result;

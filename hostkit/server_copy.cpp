@@ -65,6 +65,14 @@ ServerCopyResult CopyBetween(Connection& source, Connection& destination,
     item.record = quennet::WordFromPointer(&operation.record);
     operation.record.sourceHandle = quennet::WordFromPointer(from);
     operation.record.destinationHandle = quennet::WordFromPointer(to);
+    const auto isRefused = [&] {
+        result.sourceText = source.binaryType_.Refusal();
+        result.destinationText = destination.binaryType_.Refusal();
+        return result.HasText();
+    };
+    if (isRefused()) {
+        return result;
+    }
     source.BeginOperation();
     destination.BeginOperation();
     // The module leaves the text of a side alone that has done its part.
@@ -72,7 +80,9 @@ ServerCopyResult CopyBetween(Connection& source, Connection& destination,
     to->errorText[0] = 0;
     result.done =
         source.host_.Send(quennet::MessageNumber::copyBetweenServers, &item, from, to) == 0;
-    if (!result.done) {
+    if (isRefused()) {
+        result.done = false;
+    } else if (!result.done) {
         result.sourceText = FailureOf(from, source.Cause());
         result.destinationText = FailureOf(to, destination.Cause());
     }

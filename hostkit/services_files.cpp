@@ -47,6 +47,9 @@ static i32 FileCheck(const char* path) {
 }
 
 static i32 CreateLocalFile(HWND, const char* path, ShellFile* file) {
+    if (TransferScope::RefusesFiles()) {
+        return EACCES;
+    }
     return Keep(file, LocalFile::Create(LongPath::Of(path)));
 }
 
@@ -55,6 +58,9 @@ static i32 OpenLocalFile(const char* path, ShellFile* file, u32 access) {
 }
 
 static i32 OpenLocalFileAt(HWND, const char* path, ShellFile* file, u32 access) {
+    if (TransferScope::RefusesFiles()) {
+        return EACCES;
+    }
     return OpenLocalFile(path, file, access);
 }
 

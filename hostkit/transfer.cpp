@@ -10,11 +10,19 @@ thread_local TransferScope* currentScope = nullptr;
 
 }  // namespace
 
-TransferScope::TransferScope(TransferOperation& operation, const std::atomic<bool>& abortPending)
-    : operation_(operation), abortScope_(abortPending), outer_(std::exchange(currentScope, this)) {}
+TransferScope::TransferScope(TransferOperation& operation, const std::atomic<bool>& abortPending,
+                             const BinaryType& binaryType)
+    : operation_(operation),
+      abortScope_(abortPending),
+      binaryType_(binaryType),
+      outer_(std::exchange(currentScope, this)) {}
 
 TransferScope::~TransferScope() {
     currentScope = outer_;
+}
+
+bool TransferScope::RefusesFiles() {
+    return currentScope != nullptr && currentScope->binaryType_.IsRefused();
 }
 
 void TransferScope::AddProgress(quennet::TransferRecord* record, u32 bytes) {

@@ -6,6 +6,7 @@
 #include <functional>
 
 #include "host/records.h"
+#include "hostkit/binary_type.h"
 #include "hostkit/files.h"
 #include "hostkit/types.h"
 
@@ -32,7 +33,8 @@ struct TransferOperation {
 /// Says that the calling thread runs a message for `operation`, as long as the object lives.
 class TransferScope {
   public:
-    TransferScope(TransferOperation& operation, const std::atomic<bool>& abortPending);
+    TransferScope(TransferOperation& operation, const std::atomic<bool>& abortPending,
+                  const BinaryType& binaryType);
     ~TransferScope();
     TransferScope(const TransferScope&) = delete;
     TransferScope& operator=(const TransferScope&) = delete;
@@ -42,6 +44,9 @@ class TransferScope {
 
     /// Throws what the question has thrown: it left the target alone, and could not say more then.
     void Rethrow() const;
+
+    /// No local file is opened for the transfer of this thread: the server would change its bytes.
+    static bool RefusesFiles();
 
     /// What ShellAddProgress does.
     static void AddProgress(quennet::TransferRecord* record, u32 bytes);
@@ -55,6 +60,7 @@ class TransferScope {
   private:
     TransferOperation& operation_;
     AbortScope abortScope_;
+    const BinaryType& binaryType_;
     TransferScope* outer_;
     bool leftOut_ = false;
     std::exception_ptr failure_;

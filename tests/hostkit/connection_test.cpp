@@ -131,6 +131,22 @@ TEST_F(ConnectionTest, TheEndOfAConnectionWaitsForItsDownload) {
     });
 }
 
+TEST_F(ConnectionTest, NoFileIsMovedInATypeThatWasRefused) {
+    server->Add({.command = "TYPE", .occurrence = 0, .text = "504 no"});
+    WriteWhole(target, "mine");
+    Converse([&](Connection& connection) {
+        TransferOperation operation;
+        operation.confirm = [](const quennet::TransferItem&, u32) { return ConfirmAnswer::goOn; };
+        for (int turn = 0; turn < 2; ++turn) {
+            EXPECT_EQ(connection.Download(Download(), operation).text,
+                      "504 no (the binary type was refused)");
+            EXPECT_EQ(ReadWhole(target), "mine");
+        }
+        EXPECT_FALSE(connection.Upload({target, "up"}, {}, operation).Done());
+        EXPECT_FALSE(std::filesystem::exists(folder / "served/pub/up"));
+    });
+}
+
 TEST_F(ConnectionTest, ManyConnectionsAtOnce) {
     RunJob(loop, [&] {
         std::vector<std::jthread> threads;
