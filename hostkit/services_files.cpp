@@ -87,7 +87,7 @@ static i32 WriteTextLine(HWND, ShellFile file, const char* text) {
     });
 }
 
-static i32 SeekLocalFile(ShellFile file, u32 position) {
+static i32 SeekLocalFile(ShellFile file, HostWord position) {
     return On(file, [&](LocalFile& open) { return open.Seek(position); });
 }
 

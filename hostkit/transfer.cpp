@@ -1,5 +1,6 @@
 #include "hostkit/transfer.h"
 
+#include <limits>
 #include <utility>
 
 namespace hostkit {
@@ -8,7 +9,23 @@ namespace {
 
 thread_local TransferScope* currentScope = nullptr;
 
+constexpr u64 largestOffset = std::numeric_limits<HostWord>::max();
+
+/// A file of 1,024 bytes or less is fetched anew.
+bool IsPart(u64 localSize, u64 sourceSize) {
+    return localSize > 1024 && localSize < sourceSize;
+}
+
 }  // namespace
+
+bool CanResume(u64 localSize, u64 sourceSize) {
+    return IsPart(localSize, sourceSize) && localSize < largestOffset;
+}
+
+std::string ObjectionToResume(u64 localSize, u64 sourceSize) {
+    const bool isTooLarge = IsPart(localSize, sourceSize) && localSize >= largestOffset;
+    return isTooLarge ? "a part of more than 4 GiB is begun anew in this 32-bit build" : "";
+}
 
 TransferScope::TransferScope(TransferOperation& operation, const std::atomic<bool>& abortPending,
                              const BinaryType& binaryType)
@@ -31,7 +48,7 @@ void TransferScope::AddProgress(quennet::TransferRecord* record, u32 bytes) {
     }
 }
 
-void TransferScope::Ask(quennet::TransferItem* item, u32 resumeOffset) {
+void TransferScope::Ask(quennet::TransferItem* item, HostWord resumeOffset) {
     const TransferOperation& operation = currentScope->operation_;
     ConfirmAnswer answer = ConfirmAnswer::leaveOut;
     try {
@@ -54,7 +71,7 @@ void TransferScope::Rethrow() const {
 
 extern "C" {
 
-static void AskThread(quennet::TransferItem* item, u32 resumeOffset) {
+static void AskThread(quennet::TransferItem* item, HostWord resumeOffset) {
     TransferScope::Ask(item, resumeOffset);
 }
 }

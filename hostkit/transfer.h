@@ -4,6 +4,7 @@
 #include <atomic>
 #include <exception>
 #include <functional>
+#include <string>
 
 #include "host/records.h"
 #include "hostkit/binary_type.h"
@@ -18,6 +19,13 @@ enum class ConfirmAnswer : u32 {
     leaveOut = 1,
 };
 
+/// Whether a download can complete a local file of that size, with a source of 0 for one that is
+/// not known.
+bool CanResume(u64 localSize, u64 sourceSize);
+
+/// Why a part of a file is begun anew all the same; empty for one that is not too large.
+std::string ObjectionToResume(u64 localSize, u64 sourceSize);
+
 /// One operation over one or more files: its progress and its questions. The functions are called
 /// on the thread that runs the transfer; none may throw.
 struct TransferOperation {
@@ -25,7 +33,7 @@ struct TransferOperation {
     std::function<void(const quennet::TransferRecord& record, u32 bytes)> progress;
     /// `item` carries what is known of both sides; a download would be resumed at `resumeOffset`.
     /// Without the function existing files are left alone.
-    std::function<ConfirmAnswer(const quennet::TransferItem& item, u32 resumeOffset)> confirm;
+    std::function<ConfirmAnswer(const quennet::TransferItem& item, HostWord resumeOffset)> confirm;
 
     quennet::TransferRecord record = {};
 };
@@ -55,7 +63,7 @@ class TransferScope {
     static quennet::ConfirmCallback Confirm();
 
     /// What that callback does.
-    static void Ask(quennet::TransferItem* item, u32 resumeOffset);
+    static void Ask(quennet::TransferItem* item, HostWord resumeOffset);
 
   private:
     TransferOperation& operation_;

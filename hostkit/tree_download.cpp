@@ -10,8 +10,6 @@ namespace hostkit {
 
 namespace {
 
-constexpr u64 smallestResume = 1024;  // a file of this size or less is fetched anew
-
 struct LocalState {
     bool exists = false;
     bool isFile = false;
@@ -172,6 +170,10 @@ class TreeDownload {
         } else if (action == ExistingAction::resume && IsComplete(local, entry)) {
             TellLeftOut(operation_, name, "it is complete");
         } else {
+            if (const std::string objection = ObjectionToResume(local.size, SizeOf(entry));
+                action == ExistingAction::resume && !objection.empty() && operation_.noted) {
+                operation_.noted(name, objection);
+            }
             // A size of 0 says that nothing is to be resumed.
             const bool isNew = !local.exists || action == ExistingAction::resume;
             Fetch(entry, name, target, isNew ? SizeOf(entry) : 0);
@@ -186,7 +188,7 @@ class TreeDownload {
         if (!local.exists) {
             return std::nullopt;
         }
-        const bool canResume = local.size > smallestResume && local.size < SizeOf(entry);
+        const bool canResume = CanResume(local.size, SizeOf(entry));
         return ExistingFile{ObstacleIn(local), path, local.size, SizeOf(entry), canResume};
     }
 

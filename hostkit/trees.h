@@ -34,6 +34,8 @@ struct TreeOperation {
     std::function<void(const std::string& path, const std::string& cause)> failed;
     /// An entry was left out on purpose.
     std::function<void(const std::string& path, const std::string& why)> leftOut;
+    /// Something that a person should know of an entry that is worked on all the same.
+    std::function<void(const std::string& path, const std::string& what)> noted;
     std::function<bool()> cancelled;
 
     ExistingFilePolicy existing{{}};

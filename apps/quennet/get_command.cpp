@@ -65,11 +65,6 @@ Source Locate(Client& client, const Url& url) {
     return source;
 }
 
-bool CanResume(u64 localSize, const Source& source) {
-    constexpr u64 smallest = 1024;  // a file of this size or less is fetched anew
-    return localSize > smallest && localSize < source.size;
-}
-
 /// What the person at the terminal wants done with a file that is there.
 hostkit::ExistingAction Ask(Status& status, const Watch& watch, const LocalTarget& target,
                             u64 localSize, const Source& source) {
@@ -77,8 +72,9 @@ hostkit::ExistingAction Ask(Status& status, const Watch& watch, const LocalTarge
     if (source.size != 0) {
         is += ", the server's file has " + std::to_string(source.size);
     }
-    return AskAboutFile(status, watch, is,
-                        {"", target.path, localSize, source.size, CanResume(localSize, source)});
+    return AskAboutFile(
+        status, watch, is,
+        {"", target.path, localSize, source.size, hostkit::CanResume(localSize, source.size)});
 }
 
 class Download {
@@ -101,6 +97,11 @@ class Download {
         }
         if (localSize && action == ExistingAction::skip) {
             return;
+        }
+        if (const std::string objection =
+                hostkit::ObjectionToResume(localSize.value_or(0), source_.size);
+            action == ExistingAction::resume && !objection.empty()) {
+            status_.Line(target_.path + ": " + objection);
         }
         mayReplace_ = localSize.has_value() || target_.IsStream() ||
                       action == ExistingAction::resume || action == ExistingAction::overwrite;

@@ -33,6 +33,7 @@ TreeReport::TreeReport(Client& client, const Options& options, Watch& watch, Sta
             status_.Line(path + " is left out: " + why);
         }
     };
+    operation_.noted = operation_.failed;
     operation_.transfer.progress = [this](const quennet::TransferRecord& record,
                                           hostkit::u32 bytes) {
         meter_.Count(record.bytesDone, bytes);

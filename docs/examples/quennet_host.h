@@ -297,7 +297,7 @@ typedef void (*QuennetListEntry)(const char* name, uint32_t date, uint32_t time,
 /// Message 29, after success, on a thread of the module.
 typedef void (*QuennetDirectoryChanged)(uint16_t cookie, const char* left);
 /// Messages 39 and 40, when the target exists: the answer goes into `status` of the item's record.
-typedef void (*QuennetConfirm)(QuennetTransferItem* item, uint32_t resumeOffset);
+typedef void (*QuennetConfirm)(QuennetTransferItem* item, QuennetWord resumeOffset);
 /// Message 45: a hit is to be shown; a hit is about to be looked up.
 typedef void (*QuennetFindGoTo)(QuennetSession* session, const char* name, const char* directory);
 typedef int32_t (*QuennetFindNotify)(void);
@@ -358,7 +358,7 @@ typedef struct QuennetShellServices {
                           uint32_t access);
     int32_t (*readFile)(QuennetWord file, void* buffer, uint32_t size);
     QuennetWord unused19;
-    int32_t (*seekFile)(QuennetWord file, uint32_t position);  // 20
+    int32_t (*seekFile)(QuennetWord file, QuennetWord position);  // 20
     int32_t (*setFileTime)(QuennetWord file, uint32_t date, uint32_t time);
     int32_t (*writeTextLine)(QuennetWindow window, QuennetWord file, const char* text);
     int32_t (*writeFile)(QuennetWindow window, QuennetWord file, const void* data, uint32_t length);

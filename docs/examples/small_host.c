@@ -260,7 +260,7 @@ static int32_t WriteLocalFile(QuennetWindow window, QuennetWord handle, const vo
     return fwrite(data, 1, length, (FILE*)handle) != length;
 }
 
-static int32_t SeekLocalFile(QuennetWord handle, uint32_t position) {
+static int32_t SeekLocalFile(QuennetWord handle, QuennetWord position) {
     return fseeko((FILE*)handle, (off_t)position, SEEK_SET) != 0;
 }
 
@@ -399,7 +399,7 @@ static int List(struct Listing* listing) {
 }
 
 /// A file that is there already is completed if it can be.
-static void Confirm(QuennetTransferItem* item, uint32_t resumeOffset) {
+static void Confirm(QuennetTransferItem* item, QuennetWord resumeOffset) {
     QuennetTransferRecord* record = (QuennetTransferRecord*)item->record;
     record->status = resumeOffset != 0 ? QUENNET_GO_ON : QUENNET_LEAVE_OUT;
 }

@@ -186,7 +186,7 @@ using DirectoryChangedCallback = void (*)(u16 cookie, const char* text);
 
 /// Messages 39 and 40, when the target exists: the host leaves its answer in `status` of the
 /// item's record. `resumeOffset` is where a download would go on, 0 for a transfer from the start.
-using ConfirmCallback = void (*)(TransferItem* item, u32 resumeOffset);
+using ConfirmCallback = void (*)(TransferItem* item, HostWord resumeOffset);
 
 /// Message 46, before the change of directory and after its success. Both run on the module's
 /// thread.

@@ -133,7 +133,7 @@ inline int ShellReadFile(ShellFile file, void* buffer, u32 size) {
     return Shell<ShellReadFileFunction>(ShellService::readFile)(file, buffer, size);
 }
 
-inline int ShellSeekFile(ShellFile file, u32 position) {
+inline int ShellSeekFile(ShellFile file, HostWord position) {
     return Shell<ShellSeekFileFunction>(ShellService::seekFile)(file, position);
 }
 

@@ -138,7 +138,7 @@ using ShellOpenFileAtFunction = i32 (*)(HWND console, const char* path, ShellFil
                                         u32 access);
 /// A read of fewer bytes than asked for is a failure.
 using ShellReadFileFunction = i32 (*)(ShellFile file, void* buffer, u32 size);
-using ShellSeekFileFunction = i32 (*)(ShellFile file, u32 position);
+using ShellSeekFileFunction = i32 (*)(ShellFile file, HostWord position);
 /// DOS date and time.
 using ShellSetFileTimeFunction = i32 (*)(ShellFile file, u32 date, u32 time);
 using ShellWriteFileFunction = i32 (*)(HWND window, ShellFile file, const void* data, u32 length);

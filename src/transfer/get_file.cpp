@@ -11,10 +11,10 @@ namespace quennet {
 namespace {
 
 constexpr u64 smallestResume = 1024;  // a file of this size or less is not resumed
-constexpr u64 largestResume = 0xFFFFFFFF;
+constexpr u64 largestResume = ~HostWord{0};
 
 /// How much of the source the local file may hold already; 0 when it is to be made anew.
-u32 ResumeOffset(const char* local, u64 sourceSize) {
+HostWord ResumeOffset(const char* local, u64 sourceSize) {
     ShellFile file = 0;
     if (ShellOpenFile(local, &file, accessRead) != 0) {
         return 0;
@@ -24,7 +24,7 @@ u32 ResumeOffset(const char* local, u64 sourceSize) {
     ShellCloseFile(file);
     const bool resumes =
         known && size > smallestResume && size < largestResume && size < sourceSize;
-    return resumes ? static_cast<u32>(size) : 0;
+    return resumes ? static_cast<HostWord>(size) : 0;
 }
 
 void SetLocalFileTime(const TransferItem* item) {
@@ -37,7 +37,7 @@ void SetLocalFileTime(const TransferItem* item) {
 
 /// Receives the item's file, once more from byte 0 when the first run was aborted, and gives it the
 /// source's date. True when done.
-bool Download(Session* session, const TransferItem* item, u32 resumeOffset) {
+bool Download(Session* session, const TransferItem* item, HostWord resumeOffset) {
     constexpr int confirmed = 2;
     char command[sizeof item->source + 8];
     std::snprintf(command, sizeof command, "%s %s", "RETR", item->source);
@@ -57,7 +57,7 @@ bool Download(Session* session, const TransferItem* item, u32 resumeOffset) {
 }  // namespace
 
 i32 GetFile(TransferItem* item, FtpHandle* handle, ConfirmCallback confirm) {
-    u32 resumeOffset = 0;
+    HostWord resumeOffset = 0;
     const auto goesOn = [&] {
         if (ShellFileCheck(item->destination) != 0) {
             return true;

@@ -45,7 +45,7 @@ class Target {
   public:
     Target(Session* session, GrowBuffer* buffer) : session_(session), buffer_(buffer) {}
 
-    bool Open(const char* path, u32 resumeOffset) {
+    bool Open(const char* path, HostWord resumeOffset) {
         if (buffer_ != nullptr) {
             return true;
         }
@@ -56,7 +56,9 @@ class Target {
         return Note(failure == 0, LocalFailure::open);
     }
 
-    bool Seek(u32 offset) { return Note(ShellSeekFile(file_, offset) == 0, LocalFailure::seek); }
+    bool Seek(HostWord offset) {
+        return Note(ShellSeekFile(file_, offset) == 0, LocalFailure::seek);
+    }
 
     bool Write(const char* data, int length) {
         if (buffer_ != nullptr) {
@@ -144,13 +146,13 @@ void AbortDifferentFile(Session* session, FinalReply* finalReply) {
 
 /// Proves that the partial file is a part of the one on the server. False when nothing may be
 /// written to it.
-bool CheckResume(Session* session, Target* target, u32 resumeOffset, TransferClock* progress,
+bool CheckResume(Session* session, Target* target, HostWord resumeOffset, TransferClock* progress,
                  FinalReply* finalReply) {
     if (!session->abortFlag.IsSet() && !OverlapIsEqual(session, target, progress)) {
         AbortDifferentFile(session, finalReply);
     }
     if (session->progress != nullptr) {
-        const u32 skipped = resumeOffset - resumeOverlap;
+        const HostWord skipped = resumeOffset - resumeOverlap;
         session->progress->bytesDone += skipped;
         if (session->progress->bytesTotal >= skipped) {
             session->progress->bytesTotal -= skipped;
@@ -176,7 +178,7 @@ int ReceiveBlocks(Session* session, Target* target, TransferClock* progress) {
 }
 
 /// The receive loop. False when the data connection failed on the way.
-bool ReceiveData(Session* session, const char* path, GrowBuffer* buffer, u32 resumeOffset,
+bool ReceiveData(Session* session, const char* path, GrowBuffer* buffer, HostWord resumeOffset,
                  FinalReply* finalReply) {
     const BusyMark busy(session);
     DisarmWatchdog(session);
@@ -208,13 +210,13 @@ bool ReceiveData(Session* session, const char* path, GrowBuffer* buffer, u32 res
 
 /// Asks the server to begin where the comparison begins. A server that can't begins with byte 0.
 /// False when the connection was lost on the way, and the session is not what it was.
-bool TellRestart(Session* session, u32* resumeOffset) {
+bool TellRestart(Session* session, HostWord* resumeOffset) {
     constexpr int waitsForTransfer = 3;
     if (*resumeOffset == 0) {
         return true;
     }
-    const int result = SendCommand(session, "%s %lu", "REST",
-                                   static_cast<unsigned long>(*resumeOffset - resumeOverlap));
+    const int result = SendCommand(session, "%s %llu", "REST",
+                                   static_cast<unsigned long long>(*resumeOffset - resumeOverlap));
     if (result != waitsForTransfer) {
         *resumeOffset = 0;
     }
@@ -242,7 +244,7 @@ int EndOfReceive(Session* session, FinalReply* finalReply, bool connectionHeld) 
 }  // namespace
 
 int ReceiveFile(Session* session, const char* command, const char* path, GrowBuffer* buffer,
-                u32 resumeOffset, char type) {
+                HostWord resumeOffset, char type) {
     constexpr int dataFollows = 1;
     constexpr int aborted = 5;
     // The exchange that occupies the connection goes on with what the session holds.

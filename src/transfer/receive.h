@@ -20,6 +20,6 @@ constexpr u32 resumeOverlap = 512;
 /// it did not start or failed locally; else the class of the final reply. `replyBuffer` then holds
 /// the server's last reply or the text of what failed.
 int ReceiveFile(Session* session, const char* command, const char* path, GrowBuffer* buffer,
-                u32 resumeOffset, char type);
+                HostWord resumeOffset, char type);
 
 }  // namespace quennet

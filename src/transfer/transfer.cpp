@@ -120,7 +120,7 @@ void SetErrorText(Session* session, const char* text) {
                     sizeof handle->errorText);
 }
 
-bool GoesOn(TransferItem* item, ConfirmCallback confirm, u32 resumeOffset) {
+bool GoesOn(TransferItem* item, ConfirmCallback confirm, HostWord resumeOffset) {
     confirm(item, resumeOffset);
     const u32 status = PointerFromWord<const TransferRecord>(item->record)->status;
     return status == transferGoesOn || status == transferGoesOnToo;

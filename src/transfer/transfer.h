@@ -63,7 +63,7 @@ void SetFailureText(Session* session, const char* text);
 void SetErrorText(Session* session, const char* text);
 
 /// Asks the host about a target that exists. False when the file is to be left out.
-bool GoesOn(TransferItem* item, ConfirmCallback confirm, u32 resumeOffset);
+bool GoesOn(TransferItem* item, ConfirmCallback confirm, HostWord resumeOffset);
 
 /// Results of messages 39 and 40.
 constexpr i32 transferDone = 0;  // or left out

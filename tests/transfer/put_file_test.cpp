@@ -14,9 +14,9 @@ using testing::IsEmpty;
 namespace {
 
 u32 answer = transferGoesOn;
-std::vector<u32> questions;
+std::vector<HostWord> questions;
 
-extern "C" void AnswerConfirm(TransferItem* item, u32 resumeOffset) {
+extern "C" void AnswerConfirm(TransferItem* item, HostWord resumeOffset) {
     questions.push_back(resumeOffset);
     PointerFromWord<TransferRecord>(item->record)->status = answer;
 }

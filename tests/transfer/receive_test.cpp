@@ -31,7 +31,7 @@ class ReceiveTest : public SessionTest {
 
     std::string Path(const std::string& name) { return (folder / name).string(); }
 
-    int Receive(const std::string& name, u32 resumeOffset = 0, char type = 'I') {
+    int Receive(const std::string& name, HostWord resumeOffset = 0, char type = 'I') {
         return ReceiveFile(session, ("RETR " + name).c_str(), Path(name).c_str(), nullptr,
                            resumeOffset, type);
     }
@@ -270,9 +270,9 @@ TEST_F(ReceiveTest, TypeIsSaidAgainWhenTheConnectionWasRepairedDuringTheSetUp) {
 // --- Message 39 ------------------------------------------------------------------------------
 
 u32 confirmStatus;
-std::vector<u32> confirmedOffsets;
+std::vector<HostWord> confirmedOffsets;
 
-extern "C" void Confirm(TransferItem* item, u32 resumeOffset) {
+extern "C" void Confirm(TransferItem* item, HostWord resumeOffset) {
     confirmedOffsets.push_back(resumeOffset);
     PointerFromWord<TransferRecord>(item->record)->status = confirmStatus;
 }
@@ -298,16 +298,19 @@ class GetFileTest : public ReceiveTest {
 };
 
 TEST_F(GetFileTest, OnlyAPartOfMoreThan1024BytesIsResumed) {
+    constexpr bool isWide = sizeof(HostWord) > sizeof(u32);
+    constexpr u64 largeSize = u64{5} << 30;
     struct {
         u64 local;
         u64 source;
-        u32 offset;
+        HostWord offset;
     } cases[] = {{1024, 5000, 0},
                  {1025, 5000, 1025},
                  {5000, 5000, 0},
                  {5001, 5000, 0},
                  {0xFFFFFFFE, u64{5} << 32, 0xFFFFFFFE},
-                 {0xFFFFFFFF, u64{5} << 32, 0}};
+                 {0xFFFFFFFF, u64{5} << 32, isWide ? 0xFFFFFFFF : 0},
+                 {largeSize, u64{5} << 32, isWide ? static_cast<HostWord>(largeSize) : 0}};
     confirmStatus = 1;  // leaves every file out
     LogIn("");
     for (const auto& row : cases) {
