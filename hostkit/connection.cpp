@@ -10,7 +10,9 @@
 #include "hostkit/connection_dialog.h"
 #include "hostkit/connection_use.h"
 #include "hostkit/directory_change.h"
+#include "hostkit/directory_name.h"
 #include "hostkit/directory_read.h"
+#include "hostkit/remote_tree.h"
 #include "hostkit/services.h"
 
 namespace hostkit {
@@ -35,6 +37,12 @@ std::string OrEmpty(Text text) {
 // Longer than any single wait of the module for a server: a change of directory of which nothing is
 // heard for so long could not be started.
 constexpr auto longestSilence = std::chrono::seconds(100);
+
+/// Where a change of directory leads when it meets no link.
+std::string StepTo(const std::string& path, const std::string& from) {
+    return path.starts_with('/') ? path
+                                 : JoinPath(from, path.starts_with("./") ? path.substr(2) : path);
+}
 
 }  // namespace
 
@@ -86,6 +94,7 @@ ConnectResult Connection::ConnectThrough(Dialog dialog) {
     Disconnect();
     BeginOperation();
     keptListings_.clear();
+    unnamed_.clear();
     knowsDates_ = knowsSizes_ = true;
     {
         const std::lock_guard lock(mutex_);
@@ -173,6 +182,9 @@ void Connection::Abort() {
 }
 
 std::string Connection::Directory() {
+    if (!unnamed_.empty()) {
+        return unnamed_;
+    }
     char directory[pathSize] = "";
     const Use use(*this);
     if (use.Handle() != nullptr) {
@@ -183,17 +195,20 @@ std::string Connection::Directory() {
 
 DirectoryResult Connection::CheckDirectory(const std::string& path) {
     DirectoryResult result;
-    char directory[pathSize] = "";
+    const std::string step = StepTo(path, Directory());
     const Use use(*this);
     if (use.Handle() == nullptr) {
         result.text = notConnected;
         return result;
     }
     BeginOperation();
-    result.result = host_.Send(MessageNumber::changeDirSync, path.c_str(), use.Handle(), directory);
-    result.directory = directory;
-    if (result.Done() && result.directory.empty() && !path.empty()) {
-        result.result = -1;  // the server has not said where it stands
+    // The reply in the log has the whole name, which the message's own buffer has no room for.
+    result.result = host_.Send(MessageNumber::changeDirSync,
+                               (unnamed_.empty() ? path : step).c_str(), use.Handle(), 0);
+    if (result.Done() && !path.empty()) {
+        const auto directory = DirectoryIn(LastReply(), step);
+        result.directory = directory.value_or("");
+        result.result = directory ? 0 : -1;  // the server has not said where it stands
     }
     if (!result.Done()) {
         ExplainFailure(result);
@@ -206,6 +221,11 @@ DirectoryResult Connection::ChangeDirectory(const std::string& path) {
     if (!result.Done() || result.directory.empty()) {
         return result;
     }
+    if (result.directory.size() >= pathSize || result.directory.find('"') != std::string::npos) {
+        unnamed_ = result.directory;
+        return result;
+    }
+    unnamed_.clear();
     const Use use(*this);
     const u16 cookie = host_.GetPanels().NextCookie();
     BeginOperation();
@@ -222,6 +242,37 @@ DirectoryResult Connection::ChangeDirectory(const std::string& path) {
         ExplainFailure(result);
     }
     return result;
+}
+
+/// The path of what is in the session's directory, where only whole paths will do.
+std::string Connection::Named(const std::string& name) const {
+    return unnamed_.empty() ? name : StepTo(name, unnamed_);
+}
+
+std::string Connection::LastReply() const {
+    const std::lock_guard lock(mutex_);
+    return cause_.LastReply();
+}
+
+bool Connection::EnterUnnamed() {
+    const DirectoryResult entered = CheckDirectory(unnamed_);
+    return entered.Done() && entered.directory == unnamed_;
+}
+
+/// A listing that met a repair is another directory's.
+bool Connection::ListUnnamed(u32 option, Listing& entries, FtpHandle* handle) {
+    constexpr int attempts = 2;
+    for (int attempt = 0; attempt < attempts; ++attempt) {
+        const u32 logins = logins_;
+        Listing read;
+        const bool done =
+            EnterUnnamed() && ReadDirectoryThrough(host_, unnamed_.c_str(), handle, option, read);
+        if (logins_ == logins) {
+            entries = std::move(read);
+            return done;
+        }
+    }
+    return false;
 }
 
 bool Connection::WaitForChange() {
@@ -249,9 +300,14 @@ ListResult Connection::List(bool longForm) {
     }
     BeginOperation();
     ClearFileFailure();
-    KeptListing& kept = TakeKeptListing(use.Handle());
-    result.done = ReadDirectoryThrough(host_, nullptr, use.Handle(), longForm ? 1 : 0,
-                                       result.entries, kept.mayTellMore);
+    const u32 option = longForm ? 1 : 0;
+    if (!unnamed_.empty()) {
+        result.done = ListUnnamed(option, result.entries, use.Handle());
+    } else {
+        KeptListing& kept = TakeKeptListing(use.Handle());
+        result.done = ReadDirectoryThrough(host_, nullptr, use.Handle(), option, result.entries,
+                                           kept.mayTellMore);
+    }
     if (!result.done) {
         result.text = LastFileFailure() ? LastFileFailure()->Text() : Cause();
     }
@@ -309,6 +365,7 @@ void Connection::TakeLine(const std::string& line) {
     {
         const std::lock_guard lock(mutex_);
         cause_.Take(line);
+        logins_ += line.starts_with("Connecting to ") ? 1 : 0;
         lastLineTime_ = std::chrono::steady_clock::now();
     }
     if (options_.console) {

@@ -263,14 +263,23 @@ class Connection final : private Panel {
     };
     KeptListing& TakeKeptListing(quennet::FtpHandle* handle);
 
+    bool EnterUnnamed();
+    bool ListUnnamed(u32 option, Listing& entries, quennet::FtpHandle* handle);
+    std::string Named(const std::string& name) const;
+    std::string LastReply() const;
+
     Host& host_;
     const ConnectionOptions options_;
     HostWord holder_ = 0;  // the module writes it
     quennet::ConnectParams params_ = {};
     std::atomic<bool> abortPending_ = false;
     BinaryType binaryType_;
-    bool knowsDates_ = true;  // that is MDTM, as far as is known
-    bool knowsSizes_ = true;  // SIZE
+    /// A directory whose name the session has no room for, or loses at a quote; empty when its own
+    /// is meant. Names in it are told as whole paths, as a repair leads elsewhere.
+    std::string unnamed_;
+    std::atomic<u32> logins_ = 0;  // seen in the log
+    bool knowsDates_ = true;       // that is MDTM, as far as is known
+    bool knowsSizes_ = true;       // SIZE
     std::map<std::string, KeptListing, InAnyCase> keptListings_;  // by their directories
 
     mutable std::mutex mutex_;  // of all that follows

@@ -24,20 +24,20 @@ CommandResult Connection::Command(MessageNumber message, Arguments... arguments)
 }
 
 CommandResult Connection::DeleteFile(const std::string& name) {
-    return Command(MessageNumber::remoteDelete, name.c_str());
+    return Command(MessageNumber::remoteDelete, Named(name).c_str());
 }
 
 CommandResult Connection::RemoveDirectory(const std::string& name) {
-    return Command(MessageNumber::remoteRemoveDir, name.c_str());
+    return Command(MessageNumber::remoteRemoveDir, Named(name).c_str());
 }
 
 CommandResult Connection::MakeDirectory(const std::string& path) {
-    std::string prepared = path;  // the module may change it
+    std::string prepared = Named(path);  // the module may change it
     return Command(MessageNumber::remoteMakeDir, prepared.data());
 }
 
 CommandResult Connection::Rename(const std::string& oldName, const std::string& newName) {
-    return Command(MessageNumber::remoteRename, oldName.c_str(), newName.c_str());
+    return Command(MessageNumber::remoteRename, Named(oldName).c_str(), Named(newName).c_str());
 }
 
 CommandResult Connection::ChangePermissions(quennet::TransferRecord& record, u16 attributes) {
@@ -46,6 +46,11 @@ CommandResult Connection::ChangePermissions(quennet::TransferRecord& record, u16
     const Use use(*this);
     if (use.Handle() == nullptr) {
         result.text = notConnected;
+        return result;
+    }
+    const std::string name = record.currentName;
+    if (!CopyPath(record.currentName, Named(name))) {
+        result.text = pathTooLong;
         return result;
     }
     BeginOperation();

@@ -23,6 +23,8 @@ void DescribeLocalFile(const std::string& path, u64& size, u16& date, u16& time)
     }
 }
 
+constexpr char directoryLost[] = "the directory was left when the connection was lost";
+
 TransferResult Failed(std::string text) {
     TransferResult result;
     result.text = std::move(text);
@@ -34,7 +36,10 @@ TransferResult Failed(std::string text) {
 TransferResult Connection::Download(const DownloadRequest& request, TransferOperation& operation) {
     TransferItem item = {};
     const LongPath destination(request.destination);
-    if (!CopyPath(item.source, request.source) || !CopyPath(item.destination, destination.Name())) {
+    // Where the whole path has no room, the name is looked for where the server stands.
+    const std::string source = Named(request.source);
+    if (!CopyPath(item.source, source.size() < pathSize ? source : request.source) ||
+        !CopyPath(item.destination, destination.Name())) {
         return Failed(pathTooLong);
     }
     item.sourceSize = request.size;
@@ -42,10 +47,16 @@ TransferResult Connection::Download(const DownloadRequest& request, TransferOper
     item.sourceTime = request.time;
     DescribeLocalFile(request.destination, item.destinationSize, item.destinationDate,
                       item.destinationTime);
-    return Transfer(item, operation, [&](FtpHandle* handle) {
+    const u32 logins = logins_;
+    if (source.size() >= pathSize && !EnterUnnamed()) {
+        return Failed(directoryLost);
+    }
+    const TransferResult result = Transfer(item, operation, [&](FtpHandle* handle) {
         operation.record.sourceHandle = quennet::WordFromPointer(handle);
         return host_.Send(MessageNumber::getFile, &item, handle, TransferScope::Confirm());
     });
+    // After a repair it was a file of that name elsewhere.
+    return source.size() >= pathSize && logins_ != logins ? Failed(directoryLost) : result;
 }
 
 TransferResult Connection::Upload(const UploadRequest& request, const Listing& there,
@@ -53,7 +64,7 @@ TransferResult Connection::Upload(const UploadRequest& request, const Listing& t
     TransferItem item = {};
     const LongPath source(request.source);
     if (!CopyPath(item.source, source.Name()) ||
-        !CopyPath(item.destination, WithWholeName(request.name))) {
+        !CopyPath(item.destination, AsWholeName(Named(request.name)))) {
         return Failed(pathTooLong);
     }
     // Before the server is asked to store anything.

@@ -31,6 +31,11 @@ inline std::string WithWholeName(const std::string& path) {
     return isCut ? "./" + path : path;
 }
 
+/// The same for what was told by Connection::Named: a whole path goes out as it is.
+inline std::string AsWholeName(const std::string& path) {
+    return path.starts_with('/') ? "/." + path : WithWholeName(path);
+}
+
 /// An operation that looks at the handle, as long as it lives: the handle is not given back before.
 class Connection::Use {
   public:

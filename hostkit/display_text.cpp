@@ -26,6 +26,9 @@ constexpr AttributeLetter dosLetters[] = {
 }  // namespace
 
 std::size_t NameOffset(std::string_view path) {
+    if (path.starts_with("/./")) {
+        return 0;
+    }
     const std::size_t slash = path.rfind('/');
     if (slash != path.npos) {
         const std::string_view name = path.substr(slash + 1);

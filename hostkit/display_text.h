@@ -9,7 +9,8 @@
 namespace hostkit {
 
 /// Offset of the last component: behind the last '/'; in a path without one, behind the last '\' or
-/// the drive's ':'. A «./» that protects a name's blank or tilde is part of it (ServerPath).
+/// the drive's ':'. A «./» that protects a name's blank or tilde is part of it (ServerPath), and a
+/// path that begins with «/./» is one name (Connection::Upload).
 std::size_t NameOffset(std::string_view path);
 
 /// Offset of the dot that begins the extension of a name, or of its end. A dot in front begins

@@ -34,8 +34,7 @@ std::string Connection::Ask(const std::string& line) {
     }
     watch.Sent();
     host_.Loop().WaitUntil([&] { return watch.HasEnded(); });
-    const std::lock_guard lock(mutex_);
-    return cause_.LastReply();
+    return LastReply();
 }
 
 Presence Connection::PresenceOf(const std::string& name, bool isListed) {
@@ -49,7 +48,7 @@ Presence Connection::PresenceOf(const std::string& name, bool isListed) {
         if (!question.isKnown || (*question.type != 0 && !Ask(question.type).starts_with('2'))) {
             continue;
         }
-        const std::string answer = Ask(question.verb + AsArgument(name));
+        const std::string answer = Ask(question.verb + AsArgument(Named(name)));
         const std::string_view code = std::string_view(answer).substr(0, 3);
         if (answer.starts_with('2')) {
             return Presence::there;

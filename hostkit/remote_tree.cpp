@@ -110,10 +110,6 @@ class Collector {
     }
 
     std::optional<std::string> RefusalOf(const Pending& child) const {
-        if (child.entry.name.find('"') != std::string::npos) {
-            // Servers quote the name of their directory, so this one can't be told from the answer.
-            return "a directory with a quotation mark in its name can't be worked on";
-        }
         if (depths_[child.parent] + 1 >= deepest) {
             return "more than 512 directories deep";
         }

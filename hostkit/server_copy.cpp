@@ -62,6 +62,14 @@ ServerCopyResult CopyBetween(Connection& source, Connection& destination,
     if (result.HasText()) {
         return result;
     }
+    const auto nameWhole = [](const Connection& connection, char(&field)[pathSize]) {
+        const std::string name = connection.Named(field + NameOffset(field));
+        return !name.starts_with('/') || CopyPath(field, AsWholeName(name));
+    };
+    if (!nameWhole(source, item.source) || !nameWhole(destination, item.destination)) {
+        result.sourceText = pathTooLong;
+        return result;
+    }
     item.record = quennet::WordFromPointer(&operation.record);
     operation.record.sourceHandle = quennet::WordFromPointer(from);
     operation.record.destinationHandle = quennet::WordFromPointer(to);

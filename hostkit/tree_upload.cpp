@@ -55,11 +55,6 @@ class TreeUpload {
         }
         const std::string name = folder.name.substr(isRoot ? 0 : folder.name.rfind('/') + 1);
         Directory& directory = directories_[index];
-        if (name.find('"') != std::string::npos) {
-            TellFailed(operation_, folder.name,
-                       "a directory with a quotation mark in its name can't be worked on");
-            return false;
-        }
         if (!isRoot && HoldsLink(directories_[folder.parent].entries, name)) {
             TellFailed(operation_, folder.name, "the server has a link of this name");
             return false;

@@ -8,7 +8,6 @@
 #include <utility>
 
 #include "failure.h"
-#include "hostkit/directory_read.h"
 #include "hostkit/remote_tree.h"
 #include "netrc.h"
 #include "prompt.h"
@@ -59,8 +58,7 @@ std::string Account(const Url& url) {
 }  // namespace
 
 Client::Client(hostkit::Host& host, Watch& watch, Status& status, const Options& options)
-    : host_(host),
-      watch_(watch),
+    : watch_(watch),
       status_(status),
       options_(options),
       connection_(host, {.console = [this](const std::string& line) { TakeLine(line); },
@@ -160,7 +158,6 @@ std::optional<std::string> Client::AskPassword() {
 
 std::optional<std::string> Client::Enter(const std::string& path) {
     CheckVerdict();
-    unnamedDirectory_.reset();
     if (path.empty()) {
         return std::nullopt;
     }
@@ -168,13 +165,7 @@ std::optional<std::string> Client::Enter(const std::string& path) {
     hostkit::DirectoryResult result;
     {
         const Watch::Operation operation(watch_, connection_, Watch::Kind::command);
-        if (path.find('"') != path.npos) {
-            // Servers quote the name of their directory, so this one can't be told from the answer.
-            result = connection_.CheckDirectory(serverPath);
-            unnamedDirectory_ = serverPath;
-        } else {
-            result = connection_.ChangeDirectory(serverPath);
-        }
+        result = connection_.ChangeDirectory(serverPath);
     }
     CheckVerdict();
     return result.Done() ? std::nullopt : std::optional(WordsOr(result.text, connectionLost));
@@ -182,13 +173,7 @@ std::optional<std::string> Client::Enter(const std::string& path) {
 
 hostkit::ListResult Client::ReadListing(bool whole) {
     const Watch::Operation operation(watch_, connection_, Watch::Kind::data);
-    if (!unnamedDirectory_) {
-        return whole ? hostkit::ListWhole(connection_) : connection_.List();
-    }
-    hostkit::ListResult result;
-    result.done = hostkit::ReadDirectoryThrough(host_, unnamedDirectory_->c_str(),
-                                                connection_.Handle(), 0, result.entries);
-    return result;
+    return whole ? hostkit::ListWhole(connection_) : connection_.List();
 }
 
 hostkit::Listing Client::List(bool whole) {

@@ -86,13 +86,11 @@ class Client {
     void TakeLine(const std::string& line);
     hostkit::ListResult ReadListing(bool whole);
 
-    hostkit::Host& host_;
     Watch& watch_;
     Status& status_;
     const Options& options_;
     Url url_;
     std::optional<std::string> password_;  // known without a question
-    std::optional<std::string> unnamedDirectory_;
 
     mutable std::mutex mutex_;  // of what the console tells
     bool systemComes_ = false;

@@ -49,8 +49,7 @@ void Describe(const hostkit::ListingEntry& entry, const Client& client, Source& 
 
 Source Locate(Client& client, const Url& url) {
     const std::string name = url.FileName();
-    const bool canTellDirectory = url.Directory().find('"') == std::string::npos;
-    if (!canTellDirectory || client.Enter(url.Directory())) {
+    if (client.Enter(url.Directory())) {
         return {ServerPath(url.path)};
     }
     Source source = {ServerPath(name)};

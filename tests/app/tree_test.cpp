@@ -52,7 +52,8 @@ class TreeTest : public ProgramTest {
 
 TEST_F(TreeTest, ATreeGoesUpAndComesDownEqual) {
     Serve();
-    for (const std::string folder : {"tree/.hid den", "tree/-r/\xC3\xA4", "tree/..x"}) {
+    for (const std::string folder :
+         {"tree/.hid den", "tree/-r/\xC3\xA4", "tree/..x", "tree/q\"uote/\"", "tree/a\"\"b\""}) {
         fs::create_directories(home / folder);
         for (const char* name : {"/-f", "/.dot", "/a \"b\"", "/~"}) {
             home.Write(folder + name, folder.substr(name[1] == '.' ? folder.size() : 0));

@@ -48,11 +48,7 @@ TEST_P(InteropProgram, WholeTreesAreCopiedChangedAndRemoved) {
         }
     }
     ProgramResult result = Run({"put", "-r", "tree", Url("")});
-    // No walk can tell where a directory is whose name holds a quotation mark.
-    EXPECT_EQ(result.status, exitFailed);
-    for (int folder = 0; folder < 10; ++folder) {
-        fs::remove_all(local / "tree" / ("a\"b\"" + std::to_string(folder)));
-    }
+    EXPECT_EQ(result.status, exitDone) << result.errors;
     EXPECT_TRUE(TreeOf(local / "tree") == TreeOf(served / "tree")) << result.errors;
 
     fs::last_write_time(served / "tree" / "plain0" / "-deep er" / "plain",
