@@ -108,7 +108,13 @@ std::string FindInWindow(Finder& finder, const Options& options, Status& status)
 }
 
 void ShowInWindow(Finder& finder, Client& client, const Options& options, Status& status) {
+    Omissions omissions;
+    client.Listen([&](const std::string& line) { omissions.TakeLine(line); });
     const std::string path = FindInWindow(finder, options, status);
+    client.Listen({});
+    if (const std::string tooLong = omissions.TooLong(); !tooLong.empty()) {
+        status.Line(tooLong);
+    }
     client.CheckVerdict();
     if (!path.empty()) {
         StandardOutput output;
@@ -153,11 +159,6 @@ void RunFind(const Options& options, Watch& watch, Status& status) {
         Client client(host, watch, status, options);
         client.Connect(url);
         EnterOrFail(client, url.path);
-        if (url.path.find('"') != url.path.npos) {
-            throw Failure(ExitStatus::failed, url.path +
-                                                  ": its name can't be told from what servers "
-                                                  "say, which put names in quotes");
-        }
         Finder finder(host, client, watch, options);
         if (options.window) {
             ShowInWindow(finder, client, options, status);

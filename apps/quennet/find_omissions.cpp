@@ -14,13 +14,20 @@ constexpr std::string_view listCommand = "LIST";
 constexpr std::string_view enteredCommand = "PWD";  // once for each directory
 constexpr std::string_view commands[] = {"CWD ", enteredCommand, "PASV", "PORT ", listCommand};
 constexpr std::string_view repair = "Connecting to ";
+constexpr std::string_view pathTooLong = "Directory name too long, refused.";
 constexpr char noReply[] = "no reply";
+
+std::string Directories(std::size_t count) {
+    return std::to_string(count) + (count == 1 ? " directory" : " directories");
+}
 
 }  // namespace
 
 void Omissions::TakeLine(const std::string& line) {
     const auto begins = [&](std::string_view command) { return line.starts_with(command); };
-    if (begins(repair)) {
+    if (line == pathTooLong) {
+        ++tooLong_;
+    } else if (begins(repair)) {
         // The command is sent again, and the directory may be listed once more.
         EndListing(false, "the connection was lost");
         isOpen_ = false;
@@ -57,12 +64,19 @@ void Omissions::EndListing(bool listed, const std::string& words) {
     }
 }
 
+std::string Omissions::TooLong() const {
+    return tooLong_ == 0 ? "" : Directories(tooLong_) + " left out: a path of more than 519 bytes";
+}
+
 void Omissions::Check() const {
     const std::size_t count = unlisted_ + (isUnlisted_ || isListing_ ? 1 : 0);
+    std::string text = TooLong();
     if (count > 0) {
-        throw Failure(ExitStatus::failed,
-                      std::to_string(count) + (count == 1 ? " directory" : " directories") +
-                          " could not be listed: " + (words_.empty() ? noReply : words_));
+        text += text.empty() ? "" : ", ";
+        text += Directories(count) + " could not be listed: " + (words_.empty() ? noReply : words_);
+    }
+    if (!text.empty()) {
+        throw Failure(ExitStatus::failed, text);
     }
 }
 

@@ -14,7 +14,11 @@ class Omissions {
     /// A command was left without a reply, and not sent again.
     bool AnyUnanswered() const { return anyUnanswered_; }
 
-    /// Throws Failure when directories could not be listed.
+    /// What was left out because its path has more than 519 bytes, which a search has no room for;
+    /// empty for nothing.
+    std::string TooLong() const;
+
+    /// Throws Failure when directories could not be listed, or were left out.
     void Check() const;
 
   private:
@@ -27,7 +31,8 @@ class Omissions {
     bool isUnlisted_ = false;  // the directory entered last has failed, so far
     bool anyUnanswered_ = false;
     std::size_t unlisted_ = 0;  // directories before that
-    std::string words_;         // of the first
+    std::size_t tooLong_ = 0;
+    std::string words_;  // of the first that was not listed
 };
 
 }  // namespace cli

@@ -137,6 +137,12 @@ TEST_F(FindTest, WhatWasFoundBeforeTheEndIsPrinted) {
         Find({"-m", "*.txt"});
         EXPECT_EQ(result.output, "/t/x.txt\n/t/a/x.txt\n/t/a/b/x.txt\n/t/c/x.txt\n");
     }
+
+    server->ClearFaults();
+    const std::string step(200, 'd');
+    fs::create_directories(served / "t" / step / step / step / "deeper");
+    Find({"-m", "*.txt"}, exitFailed);
+    EXPECT_EQ(result.errors, "quennet: 1 directory left out: a path of more than 519 bytes\n");
 }
 
 }  // namespace
