@@ -49,7 +49,7 @@ int ResolverError(int hostError) {
 
 }  // namespace
 
-hostent* quennet_gethostbyaddr(const char* address, int size, int family) {
+hostent* quennet_gethostbyaddr(const char* address, int size, int family) try {
     if (!Started()) {
         return nullptr;
     }
@@ -71,6 +71,9 @@ hostent* quennet_gethostbyaddr(const char* address, int size, int family) {
     in_addr plain{};
     std::memcpy(&plain, address, sizeof plain);
     return quennet_gethostbyname(quennet_inet_ntoa(plain));
+} catch (const std::bad_alloc&) {
+    Fail(WSAENOBUFS);
+    return nullptr;
 }
 
 hostent* quennet_gethostbyname(const char* name) try {
@@ -97,7 +100,7 @@ hostent* quennet_gethostbyname(const char* name) try {
     return nullptr;
 }
 
-protoent* quennet_getprotobyname(const char* name) {
+protoent* quennet_getprotobyname(const char* name) try {
     if (!Started()) {
         return nullptr;
     }
@@ -114,6 +117,9 @@ protoent* quennet_getprotobyname(const char* name) {
         Fail(WSANO_DATA);
     }
     return found;
+} catch (const std::bad_alloc&) {
+    Fail(WSAENOBUFS);
+    return nullptr;
 }
 
 char* quennet_inet_ntoa(in_addr address) {

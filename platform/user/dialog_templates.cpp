@@ -3,6 +3,7 @@
 #include "user/dialog.h"
 
 #include <algorithm>
+#include <new>
 #include <span>
 
 namespace quennet::user {
@@ -51,10 +52,12 @@ using namespace quennet::user;
 extern "C" {
 
 void QuennetRegisterDialogs(HINSTANCE instance, const QuennetDialogTemplate* templates,
-                            UINT count) {
+                            UINT count) try {
     TemplateTables& registered = Registered();
     const std::lock_guard lock(registered.mutex);
     registered.tables.push_back({instance, {templates, count}});
+} catch (const std::bad_alloc&) {
+    // The library that is being loaded has no dialogs then: none of them opens.
 }
 
 void QuennetUnregisterDialogs(const QuennetDialogTemplate* templates) {

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 
 namespace quennet::user {
 
@@ -195,7 +196,7 @@ extern "C" {
 
 HWND WINAPI CreateWindowExA(DWORD extendedStyle, LPCSTR className, LPCSTR text, DWORD style, INT x,
                             INT y, INT width, INT height, HWND parent, HMENU menuOrId,
-                            HINSTANCE instance, LPVOID parameter) {
+                            HINSTANCE instance, LPVOID parameter) try {
     const CREATESTRUCTA create = {
         parameter, instance,  menuOrId,     parent, height, width, y, x, static_cast<LONG>(style),
         text,      className, extendedStyle};
@@ -220,6 +221,8 @@ HWND WINAPI CreateWindowExA(DWORD extendedStyle, LPCSTR className, LPCSTR text, 
         ShowWindow(handle, SW_SHOW);
     }
     return IsWindow(handle) ? handle : nullptr;
+} catch (const std::bad_alloc&) {
+    return nullptr;
 }
 
 BOOL WINAPI DestroyWindow(HWND window) {

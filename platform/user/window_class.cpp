@@ -2,11 +2,13 @@
 
 #include "user/desktop.h"
 
+#include <new>
+
 using namespace quennet::user;
 
 extern "C" {
 
-ATOM WINAPI RegisterClassExA(const WNDCLASSEXA* record) {
+ATOM WINAPI RegisterClassExA(const WNDCLASSEXA* record) try {
     if (!record || record->cbSize != sizeof(WNDCLASSEXA) || !record->lpfnWndProc ||
         IS_INTRESOURCE(record->lpszClassName) || record->cbWndExtra < 0) {
         return 0;
@@ -17,6 +19,8 @@ ATOM WINAPI RegisterClassExA(const WNDCLASSEXA* record) {
         return 0;
     }
     return desktop->AddClass(*record, false);
+} catch (const std::bad_alloc&) {
+    return 0;
 }
 
 BOOL WINAPI GetClassInfoExA(HINSTANCE instance, LPCSTR name, WNDCLASSEXA* record) {
