@@ -240,8 +240,17 @@ DirectoryResult Connection::ChangeDirectory(const std::string& path) {
     if (use.Handle() == nullptr || !WaitForChange()) {
         result.result = -1;
         ExplainFailure(result);
+        ReturnFromCheck();
     }
     return result;
+}
+
+/// Takes the server back from a directory that was checked and did not become the session's own.
+void Connection::ReturnFromCheck() {
+    const std::string own = Directory();
+    if (!own.empty() && !abortPending_) {
+        CheckDirectory(own);
+    }
 }
 
 /// The path of what is in the session's directory, where only whole paths will do.
