@@ -16,7 +16,7 @@ Console::Console(Host& host, Sink sink) : host_(host) {
 
 Console::~Console() {
     host_.GetServices().RemoveConsole(Number());
-    host_.Loop().Invoke([this] { DestroyWindow(window_); });
+    SendMessageA(window_, WM_CLOSE, 0, 0);  // its own thread destroys it, and nothing is thrown
 }
 
 std::string HarmlessLine(const std::string& line) {
