@@ -1,13 +1,14 @@
 // Books that can't be kept, dialogs that can't work on one, and the dialog without one.
 
 #include <algorithm>
+#include <atomic>
 #include <cstring>
 
 #include "host/services.h"
+#include "hostkit/services.h"
 #include "sites/book_test.h"
 #include "sites/connect_dialog.h"
 #include "sites/site_store.h"
-#include "support/replaced_services.h"
 #include "support/wait.h"
 
 using namespace quennet;
@@ -80,22 +81,46 @@ TEST_P(UnkeptBookTest, ABookThatDoesNotFitIsLeftAsItWas) {
     EXPECT_THAT(notices.All(), Not(Contains("message 6006")));
 }
 
-int writesLeft = 0;
+// A host that fails. What its services do is changed while workers use its table, so that itself
+// stays.
+constexpr int allWrites = 1'000'000;
+std::atomic<int> writesLeft;
+std::atomic<bool> writesSections;
+std::atomic<u32> longestSection;
+ShellServices kept;
 
-extern "C" void FailingWrite(const char* section, const char* key, const char* value,
-                             const char* path) {
+template <typename Function>
+Function Kept(ShellService word) {
+    return reinterpret_cast<Function>(kept.words[static_cast<u32>(word)]);
+}
+
+extern "C" void WriteUntilFull(const char* section, const char* key, const char* value,
+                               const char* path) {
     if (writesLeft-- > 0) {
-        ReplacedServices::Hosts<ShellWriteSettingFunction>(ShellService::writeSetting)(section, key,
-                                                                                       value, path);
+        Kept<ShellWriteSettingFunction>(ShellService::writeSetting)(section, key, value, path);
     }
 }
 
-extern "C" void NoSectionIsWritten(const char*, const char*, const char*) {}
+extern "C" void WriteSectionOrNot(const char* section, const char* text, const char* path) {
+    if (writesSections) {
+        Kept<ShellWriteSectionFunction>(ShellService::writeSection)(section, text, path);
+    }
+}
 
-/// Gives no more than the buffer of the book holds, whatever the size.
-extern "C" void ReadCutSection(const char* section, char* buffer, u32 size, const char* path) {
-    ReplacedServices::Hosts<ShellReadSectionFunction>(ShellService::readSection)(
-        section, buffer, std::min(size, siteSectionSize), path);
+extern "C" void ReadSectionCut(const char* section, char* buffer, u32 size, const char* path) {
+    Kept<ShellReadSectionFunction>(ShellService::readSection)(
+        section, buffer, std::min<u32>(size, longestSection), path);
+}
+
+void MakeHostFail() {
+    auto& services = const_cast<ShellServices&>(*hostTables.shell);
+    kept = services;
+    writesLeft = allWrites;
+    writesSections = true;
+    longestSection = UINT32_MAX;
+    hostkit::Put(services, ShellService::writeSetting, WriteUntilFull);
+    hostkit::Put(services, ShellService::writeSection, WriteSectionOrNot);
+    hostkit::Put(services, ShellService::readSection, ReadSectionCut);
 }
 
 extern "C" void* NoMemory(HostWord) {
@@ -104,15 +129,13 @@ extern "C" void* NoMemory(HostWord) {
 
 TEST_P(UnkeptBookTest, AFailedWriteRestoresTheSectionAndLeavesItsCopy) {
     Start(WithBook(threeSites, "one"));
+    MakeHostFail();
     // The site on show, and some of the renumbered ones; nothing at all.
     for (const int writes : {6 + 15, 0}) {
         const OpenDialog dialog = Open();
         writesLeft = writes;
-        {
-            ReplacedServices services;
-            services.Replace(ShellService::writeSetting, FailingWrite);
-            Close(dialog, okButton);
-        }
+        Close(dialog, okButton);
+        writesLeft = allWrites;
         EXPECT_EQ(Book(), threeSites);
         EXPECT_THAT(File(), HasSubstr("[Bak]\n" + threeSites));
         EXPECT_THAT(notices.All(), Contains("message 6007"));
@@ -128,15 +151,12 @@ TEST_P(UnkeptBookTest, ABookOfWhichNoCopyCanBeMadeIsNotEmptied) {
         const char* told;
     } cases[] = {{threeSites, "message 6007"}, {large, "message 6006"}};
     Start("");
+    MakeHostFail();
     for (const auto& row : cases) {
         const bool isLarge = row.book == large;
         WriteWhole(file, WithBook(row.book, "1"));
-        ReplacedServices services;
-        if (isLarge) {
-            services.Replace(ShellService::readSection, ReadCutSection);
-        } else {
-            services.Replace(ShellService::writeSection, NoSectionIsWritten);
-        }
+        writesSections = isLarge;
+        longestSection = isLarge ? siteSectionSize : UINT32_MAX;
         Close(Open(), cancelButton);
         EXPECT_EQ(Book(), row.book);
         const OpenDialog dialog = Open();
