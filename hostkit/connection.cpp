@@ -206,11 +206,14 @@ DirectoryResult Connection::CheckDirectory(const std::string& path) {
     result.result = host_.Send(MessageNumber::changeDirSync,
                                (unnamed_.empty() ? path : step).c_str(), use.Handle(), 0);
     if (result.Done() && !path.empty()) {
-        const auto directory = DirectoryIn(LastReply(), step);
-        result.directory = directory.value_or("");
-        result.result = directory ? 0 : -1;  // the server has not said where it stands
-    }
-    if (!result.Done()) {
+        if (const auto directory = DirectoryIn(LastReply(), step)) {
+            result.directory = *directory;
+            return result;
+        }
+        result.result = -1;  // the server has not said where it stands
+        ExplainFailure(result);
+        ReturnFromCheck(use.Handle());
+    } else if (!result.Done()) {
         ExplainFailure(result);
     }
     return result;
@@ -240,16 +243,16 @@ DirectoryResult Connection::ChangeDirectory(const std::string& path) {
     if (use.Handle() == nullptr || !WaitForChange()) {
         result.result = -1;
         ExplainFailure(result);
-        ReturnFromCheck();
+        ReturnFromCheck(use.Handle());
     }
     return result;
 }
 
 /// Takes the server back from a directory that was checked and did not become the session's own.
-void Connection::ReturnFromCheck() {
+void Connection::ReturnFromCheck(FtpHandle* handle) {
     const std::string own = Directory();
-    if (!own.empty() && !abortPending_) {
-        CheckDirectory(own);
+    if (handle != nullptr && !own.empty() && !abortPending_) {
+        host_.Send(MessageNumber::changeDirSync, own.c_str(), handle, 0);
     }
 }
 

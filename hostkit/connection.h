@@ -251,7 +251,7 @@ class Connection final : private Panel {
     void RunUnseenDialog(const ConnectRequest& request);
     void RunDialog(HWND owner, const std::function<void(HWND dialog)>& take);
     bool WaitForChange();
-    void ReturnFromCheck();
+    void ReturnFromCheck(quennet::FtpHandle* handle);
     std::string Cause() const;
     template <typename Result>
     void ExplainFailure(Result& result) const;
