@@ -135,7 +135,9 @@ DWORD WINAPI DisconnectWorker(void* argument) {
     return 0;
 }
 
-/// Claims the end of the connection and starts its worker. False when no thread could be started.
+/// Claims the end of the connection and starts its worker. Where no thread can be had, the calling
+/// one is the worker if it need not wait for anybody: a callback of a message that is under way
+/// would wait for itself. False when it would.
 bool StartDisconnecting(HostWord* holder) {
     Session* session = nullptr;
     {
@@ -149,10 +151,12 @@ bool StartDisconnecting(HostWord* holder) {
     if (StartWorker(DisconnectWorker, holder)) {
         return true;
     }
-    if (session != nullptr) {
+    if (session != nullptr && IsInUse(session)) {
         session->closing.Store(0);
+        return false;
     }
-    return false;
+    DisconnectWorker(holder);
+    return true;
 }
 
 bool HoldsConnection(HostWord* holder) {

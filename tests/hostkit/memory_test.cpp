@@ -4,9 +4,11 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <new>
 #include <string>
 
 #include "hostkit/console.h"
@@ -18,6 +20,20 @@
 
 using hostkit::MatchesMasks;
 using quennet::GrowBuffer;
+
+extern "C" quennet::i32 CheckWithoutMemory(const char*) {
+    throw std::bad_alloc();
+}
+
+TEST(MemoryTest, AServiceThatThrowsGivesItsFailure) {
+    using quennet::ShellFileCheckFunction;
+    quennet::ShellServices shell = {};
+    constexpr auto word = quennet::ShellService::fileCheck;
+    hostkit::Put<ShellFileCheckFunction, CheckWithoutMemory, ENOMEM>(shell, word);
+    const auto check =
+        reinterpret_cast<ShellFileCheckFunction>(shell.words[static_cast<quennet::u32>(word)]);
+    EXPECT_EQ(check("file"), ENOMEM);
+}
 
 TEST(MemoryTest, AppendedTextStaysInsideItsBounds) {
     struct {
