@@ -40,7 +40,7 @@ TEST_P(InteropDownload, ATypedRestartIsNotWhereTheNextFileBegins) {
         ExpectInStep(connection);
         connection.StartTypedLine("REST 5");
         EXPECT_TRUE(WaitUntil([&] {
-            return transcript.Count("350 ") == 1 && connection.CheckDirectory("sub").Done();
+            return transcript.Count("  350 ") == 1 && connection.CheckDirectory("sub").Done();
         }));
         EXPECT_TRUE(connection.CheckDirectory(connection.Directory()).Done());
         EXPECT_TRUE(Download(connection, "step.txt").Done());
