@@ -52,7 +52,7 @@ bool ReadDirectoryThrough(const Host& host, const char* directory, quennet::FtpH
                           u32 option, Listing& entries, bool& mayTellMore) {
     Collector collector{entries};
     const auto callback = framed<quennet::ListEntryCallback, TakeEntry>;
-    const ReceivedListing received;
+    const ReceivedListing received(host.Options().listingLimit);
     const i32 result =
         host.Send(MessageNumber::listDirectory, directory, handle, callback, &collector, option);
     if (!collector.complete) {

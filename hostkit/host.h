@@ -31,6 +31,9 @@ struct HostOptions {
     std::shared_ptr<SettingsStore> settings;  // null: an empty store in memory
     std::string section = "Quennet";          // the host's main section in it
 
+    /// Bytes of a listing at most, up to the module's own 1 GiB; a longer one is a failed one.
+    u64 listingLimit = u64{1} << 30;
+
     /// The file that keeps the key of stored passwords, made when it is missing; empty: no file,
     /// the module builds a key of its own.
     std::filesystem::path passwordKeyFile;

@@ -1,6 +1,10 @@
 #include "hostkit/received_listing.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <string>
+
+#include "hostkit/files.h"
 
 namespace hostkit {
 
@@ -12,12 +16,26 @@ thread_local ReceivedListing* current = nullptr;
 
 }  // namespace
 
-ReceivedListing::ReceivedListing() {
+ReceivedListing::ReceivedListing(u64 limit) : limit_(limit) {
     current = this;
 }
 
 ReceivedListing::~ReceivedListing() {
     current = nullptr;
+}
+
+bool ReceivedListing::MayAppend(const quennet::GrowBuffer& buffer, u32 size) {
+    if (current == nullptr || !current->IsFull(buffer, size)) {
+        return true;
+    }
+    NoteFileFailure({"it is longer than " + std::to_string(current->limit_) + " bytes", EFBIG});
+    return false;
+}
+
+/// The NUL that ends the text is not counted.
+bool ReceivedListing::IsFull(const quennet::GrowBuffer& buffer, u32 size) const {
+    const bool isListing = buffer_ == nullptr || buffer_ == &buffer;
+    return isListing && size > 1 && buffer.used + size > limit_;
 }
 
 void ReceivedListing::Appended(quennet::GrowBuffer& buffer, u32 size) {

@@ -15,7 +15,8 @@ namespace hostkit {
 /// the server become SUB, so that they hide nothing.
 class ReceivedListing {
   public:
-    ReceivedListing();
+    /// Of at most `limit` bytes.
+    explicit ReceivedListing(u64 limit);
     ~ReceivedListing();
     ReceivedListing(const ReceivedListing&) = delete;
     ReceivedListing& operator=(const ReceivedListing&) = delete;
@@ -24,13 +25,17 @@ class ReceivedListing {
     /// to be said of the one in the cache, when none has been received.
     bool MayTellMore(bool kept) const { return buffer_ != nullptr ? mayTellMore_ : kept; }
 
+    /// False when a buffer may not grow by `size` bytes, with the reason as a file failure.
+    static bool MayAppend(const quennet::GrowBuffer& buffer, u32 size);
     /// Hands on that the last `size` bytes of a buffer have just been added.
     static void Appended(quennet::GrowBuffer& buffer, u32 size);
 
   private:
+    bool IsFull(const quennet::GrowBuffer& buffer, u32 size) const;
     void Take(quennet::GrowBuffer& buffer, u32 size);
     void Look(std::string_view block);
 
+    const u64 limit_;
     const quennet::GrowBuffer* buffer_ = nullptr;
     bool mayTellMore_ = false;
     // Of the line that is on its way:

@@ -36,6 +36,9 @@ static void AppendText(char* target, const char* text, u32 size) {
 }
 
 static i32 BufferAppend(GrowBuffer* record, const void* data, u32 size) {
+    if (!ReceivedListing::MayAppend(*record, size)) {
+        return 1;
+    }
     if (!AppendToBuffer(*record, data, size)) {
         NoteFileFailure({"", ENOMEM});
         return 1;

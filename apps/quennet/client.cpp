@@ -328,6 +328,7 @@ hostkit::HostOptions HostOptionsFor(const Options& options, const Url& url, Stat
     hostkit::HostOptions host;
     host.showMessage = tell;
     host.reportError = tell;
+    host.listingLimit = options.listingLimit;
     if (!url.site.empty()) {
         UseStoredSettings(host);
     }

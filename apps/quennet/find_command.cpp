@@ -98,7 +98,7 @@ std::string FindInWindow(Finder& finder, const Options& options, Status& status)
     std::string path;
     const Status::Hold hold(status);  // until the terminal is free
     const TerminalDisplay display;
-    finder.Work(Watch::Kind::command, [&](Search& search) {
+    finder.Work(Watch::Kind::untimed, [&](Search& search) {
         if (!options.mask.empty()) {
             search.Start();
         }

@@ -73,7 +73,7 @@ void Run(const Options& options, Status& status) {
         RunConnect(options, status);
         return;
     }
-    Watch watch(options.idleTimeout, status);
+    Watch watch({options.idleTimeout, options.replyTimeout}, status);
     for (const WatchedCommand& command : watchedCommands) {
         if (command.command == options.command) {
             command.run(options, watch, status);

@@ -66,15 +66,39 @@ void SetExisting(Options& options, ExistingFile existing) {
     options.existing = existing;
 }
 
-void SetIdleTimeout(Options& options, const std::string& value) {
-    unsigned seconds = 0;
-    constexpr unsigned longest = 1'000'000;
-    const char* end = value.data() + value.size();
-    const auto [rest, error] = std::from_chars(value.data(), end, seconds);
-    if (error != std::errc() || rest != end || seconds > longest) {
-        throw Failure(ExitStatus::usage, "--idle-timeout wants a number of seconds, 0 for none");
+/// The number that a text is, up to `most`.
+std::optional<std::uint64_t> NumberOf(std::string_view text, std::uint64_t most) {
+    std::uint64_t number = 0;
+    const char* end = text.data() + text.size();
+    const auto [rest, error] = std::from_chars(text.data(), end, number);
+    const bool isNumber = error == std::errc() && rest == end && number <= most;
+    return isNumber ? std::optional(number) : std::nullopt;
+}
+
+std::chrono::seconds SecondsOf(const std::string& value, const std::string& option) {
+    constexpr std::uint64_t longest = 1'000'000;
+    const auto seconds = NumberOf(value, longest);
+    if (!seconds) {
+        throw Failure(ExitStatus::usage, option + " wants a number of seconds, 0 for none");
     }
-    options.idleTimeout = std::chrono::seconds(seconds);
+    return std::chrono::seconds(*seconds);
+}
+
+void SetIdleTimeout(Options& options, const std::string& value) {
+    options.idleTimeout = SecondsOf(value, "--idle-timeout");
+}
+
+void SetReplyTimeout(Options& options, const std::string& value) {
+    options.replyTimeout = SecondsOf(value, "--reply-timeout");
+}
+
+void SetListingLimit(Options& options, const std::string& value) {
+    constexpr std::uint64_t most = 1024;
+    const auto megabytes = NumberOf(value, most);
+    if (!megabytes || *megabytes == 0) {
+        throw Failure(ExitStatus::usage, "--listing-limit wants megabytes, 1 to 1024");
+    }
+    options.listingLimit = *megabytes << 20;
 }
 
 /// «TYPE,HOST[,USER]».
@@ -136,6 +160,8 @@ constexpr OptionRow optionRows[] = {
      [](Options& options, const std::string&) { options.passive = false; }},
     {0, "firewall", true, anyCommand, SetFirewall},
     {0, "idle-timeout", true, anyCommand, SetIdleTimeout},
+    {0, "reply-timeout", true, anyCommand, SetReplyTimeout},
+    {0, "listing-limit", true, anyCommand, SetListingLimit},
     {'l', "long", false, Only(Command::ls),
      [](Options& options, const std::string&) { options.longForm = true; }},
     {0, "porcelain", false, Only(Command::ls) | Only(Command::sites) | Only(Command::find),
@@ -244,6 +270,11 @@ the book, with the password that the book holds; its path starts in the site's d
                      6 USER firewalluser@host
   --idle-timeout SECONDS
                      gives up when no data has come for so long (300; 0 waits for ever)
+  --reply-timeout SECONDS
+                     gives up a login or a command that takes longer. In any case a line has 30
+                     seconds, a welcome 60 and a reply as a whole five minutes
+  --listing-limit MEGABYTES
+                     takes no listing that is longer (1024)
   --help, --version
 
 Exit status: 0 done, 1 the operation failed, 2 usage, 3 no connection or login.

@@ -2,6 +2,7 @@
 // The command line: commands, options, and the text that explains them.
 
 #include <chrono>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -49,6 +50,8 @@ struct Options {
     bool passive = true;
     std::optional<Firewall> firewall;
     std::chrono::seconds idleTimeout{300};  // 0: none
+    std::chrono::seconds replyTimeout{0};   // 0: as the module has it
+    std::uint64_t listingLimit = std::uint64_t{1} << 30;
 
     bool longForm = false;
     bool porcelain = false;

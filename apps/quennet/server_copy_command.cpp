@@ -84,9 +84,9 @@ class ServerCopy {
     void Copy(const hostkit::ServerCopyRequest& request) {
         hostkit::ServerCopyResult result;
         hostkit::TransferOperation operation;
-        source_.Work(Watch::Kind::command, [&](hostkit::Connection& source) {
+        source_.Work(Watch::Kind::untimed, [&](hostkit::Connection& source) {
             destination_.Work(
-                Watch::Kind::command,
+                Watch::Kind::untimed,
                 [&](hostkit::Connection& destination) {
                     result = hostkit::CopyBetween(source, destination, request, operation);
                 },

@@ -88,7 +88,7 @@ hostkit::PermissionChange AskForChange(Client& client, const std::string& name, 
     bool accepted = false;
     {
         const TerminalDisplay display;
-        client.Work(Watch::Kind::command, [&](Connection& connection) {
+        client.Work(Watch::Kind::untimed, [&](Connection& connection) {
             accepted = connection.AskPermissions(nullptr, record);
         });
     }

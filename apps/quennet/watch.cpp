@@ -33,8 +33,7 @@ sigset_t WatchedSignals() {
 
 }  // namespace
 
-Watch::Watch(std::chrono::seconds idleTimeout, Status& status)
-    : idleTimeout_(idleTimeout), status_(status) {
+Watch::Watch(Limits limits, Status& status) : limits_(limits), status_(status) {
     int ends[2];
     if (pipe2(ends, O_CLOEXEC | O_NONBLOCK) != 0) {
         throw Failure(ExitStatus::failed, "no descriptor is left");
@@ -58,9 +57,14 @@ Watch::~Watch() {
 }
 
 std::string Watch::Reason() const {
-    return verdict_ == Verdict::idle
-               ? "no data for " + std::to_string(idleTimeout_.count()) + " s, given up"
-               : "interrupted";
+    switch (verdict_) {
+        case Verdict::idle:
+            return "no data for " + std::to_string(limits_.idle.count()) + " s, given up";
+        case Verdict::unanswered:
+            return "no answer within " + std::to_string(limits_.reply.count()) + " s, given up";
+        default:
+            return "interrupted";
+    }
 }
 
 void Watch::Run() {
@@ -112,8 +116,9 @@ void Watch::Look() {
     if (connection_ == nullptr) {
         return;
     }
-    if (NothingMoves()) {
-        Decide(Verdict::idle);
+    NoteMoves();
+    if (Limit().count() != 0 && Clock::now() - movedAt_ >= Limit()) {
+        Decide(kind_ == Kind::data ? Verdict::idle : Verdict::unanswered);
     }
     if (signals_ != 0) {
         abortFrom_ = std::min(abortFrom_, firstSignal_ + hurriedFarewellTime);
@@ -124,15 +129,19 @@ void Watch::Look() {
     }
 }
 
-bool Watch::NothingMoves() {
-    const auto now = Clock::now();
+std::chrono::seconds Watch::Limit() const {
+    return kind_ == Kind::data      ? limits_.idle
+           : kind_ == Kind::command ? limits_.reply
+                                    : std::chrono::seconds(0);
+}
+
+void Watch::NoteMoves() {
     const auto moves = moves_.load(std::memory_order_relaxed);
     const auto appends = hostkit::BufferAppendCount();  // a listing that arrives
     if (moves != std::exchange(seenMoves_, moves) ||
         appends != std::exchange(seenAppends_, appends) || questions_ != 0) {
-        movedAt_ = now;
+        movedAt_ = Clock::now();
     }
-    return kind_ == Kind::data && idleTimeout_.count() != 0 && now - movedAt_ >= idleTimeout_;
 }
 
 Watch::Operation::Operation(Watch& watch, hostkit::Connection& connection, Kind kind,

@@ -24,13 +24,17 @@ class Watch {
     /// Takes SIGINT, SIGTERM and SIGHUP for the process, so it must come before all other threads,
     /// and gives them back at its end unless one has come. A process that is still there
     /// 0.9 seconds after the first signal is ended with the reason as its last line, one that gets
-    /// a third at once. An `idleTimeout` of 0 is none.
-    Watch(std::chrono::seconds idleTimeout, Status& status);
+    /// a third at once. A limit of 0 is none.
+    struct Limits {
+        std::chrono::seconds idle;   // of an operation that moves data
+        std::chrono::seconds reply;  // of a login or a command, to its end
+    };
+    Watch(Limits limits, Status& status);
     ~Watch();
     Watch(const Watch&) = delete;
     Watch& operator=(const Watch&) = delete;
 
-    enum class Verdict { goOn, interrupted, idle };
+    enum class Verdict { goOn, interrupted, idle, unanswered };
     Verdict Get() const { return verdict_; }
     bool Ended() const { return verdict_ != Verdict::goOn; }
 
@@ -59,8 +63,9 @@ class Watch {
     };
 
     enum class Kind {
-        command,   // replies alone, which have their own time limit
+        command,   // replies alone: ends when they have not come in time
         data,      // ends when nothing has moved for the idle time
+        untimed,   // a person takes part, or nothing of what moves is seen
         farewell,  // goes its way for two seconds before it is aborted
     };
 
@@ -86,9 +91,10 @@ class Watch {
     [[noreturn]] void EndProcess();
     void Look();
     void Decide(Verdict verdict);
-    bool NothingMoves();
+    void NoteMoves();
+    std::chrono::seconds Limit() const;
 
-    const std::chrono::seconds idleTimeout_;
+    const Limits limits_;
     Status& status_;
     std::atomic<Verdict> verdict_ = Verdict::goOn;
     std::atomic<bool> ending_ = false;

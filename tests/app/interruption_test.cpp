@@ -110,6 +110,10 @@ TEST_F(InterruptionTest, ADataConnectionOnWhichNothingMovesIsGivenUp) {
     Fails({"--idle-timeout", "1", "ls", Url("")});
     EXPECT_EQ(result.output, "");
 
+    server->ClearFaults();
+    server->Add({"PWD", 1, FaultAction::silent});
+    Fails({"--reply-timeout", "1", "ls", Url("")}, "no answer within 1 s, given up");
+
     // One that is slow is not idle.
     server->ClearFaults();
     server->Add({"RETR", 1, FaultAction::slowData, "", 200'000, std::chrono::milliseconds(500)});

@@ -50,6 +50,7 @@ TEST(OptionsTest, WhatMakesNoSenseIsAUsageFailure) {
         {"get", "--idle-timeout", "x", "u"},
         {"get", "--idle-timeout=-1", "u"},
         {"get", "--idle-timeout=", "u"},
+        {"ls", "--listing-limit=1025", "u"},
         {"get", "--password", "secret", "u"},
     };
     for (const auto& arguments : table) {
