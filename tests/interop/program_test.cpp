@@ -11,7 +11,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr int exitDone = 0;
-constexpr int exitFailed = 1;
 
 class InteropProgram : public InteropTest {
   protected:
