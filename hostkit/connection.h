@@ -251,6 +251,7 @@ class Connection final : private Panel {
     void RunUnseenDialog(const ConnectRequest& request);
     void RunDialog(HWND owner, const std::function<void(HWND dialog)>& take);
     bool WaitForChange();
+    void SetUnnamed(const std::string& directory);
     void ReturnFromCheck(quennet::FtpHandle* handle);
     std::string Cause() const;
     template <typename Result>
@@ -277,6 +278,7 @@ class Connection final : private Panel {
     BinaryType binaryType_;
     /// A directory whose name the session has no room for, or loses at a quote; empty when its own
     /// is meant. Names in it are told as whole paths, as a repair leads elsewhere.
+    /// The job's thread alone writes it, inside the lock, under which others read it.
     std::string unnamed_;
     std::atomic<u32> logins_ = 0;  // seen in the log
     bool knowsDates_ = true;       // that is MDTM, as far as is known

@@ -87,10 +87,11 @@ as() {
 }
 
 run_target() {
-    local role=$1 target=$2 told
+    local role=$1 target=$2 make_log told
+    make_log=$(mktemp)
     echo "== $role: make $target"
-    as "$role" make -C quennet "$target" 2>&1 | tee /tmp/log && return 0
-    told=$(sed -n 's/^Missing: as root, //p' /tmp/log | tail -n 1)
+    as "$role" make -C quennet "$target" 2>&1 | tee "$make_log" && return 0
+    told=$(sed -n 's/^Missing: as root, //p' "$make_log" | tail -n 1)
     [ "$role" = user ] && [ -n "$told" ] || return 1
     echo "== root: $told"
     as root sh -c "$told" >/dev/null
