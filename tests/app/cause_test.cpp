@@ -45,7 +45,7 @@ TEST_F(CauseTest, AListingThatFailsSaysWhy) {
         {{"ls"}, login + "-> PASV\n<- 227 ok\n", "unexpected answer to PASV: 227 ok"},
         {{"ls"}, login + "-> PASV\n<- 227 (1,2,3)\n", "unexpected answer to PASV: 227 (1,2,3)"},
         {{"ls"}, login + "-> PASV\n<- 502 not here\n", "502 not here"},
-        {{"ls"}, login + "-> PASV\nreset\nrefuse\n", "Connection refused"},
+        {{"ls"}, login + "-> PASV\nrefuse\nreset\n", "Connection refused"},
         {{"ls"}, login + pasv + list + "close\n", "no answer to LIST"},
         {{"ls"}, login + "-> PASV\n<- 227-on\n<- text\nclose\n", "the answer to PASV did not end"},
         {{"ls"},
