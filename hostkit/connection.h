@@ -179,7 +179,8 @@ class Connection final : private Panel {
     // Commands on the server's files, each with the server's words when it fails. Names are those
     // in the session's directory, or paths.
     CommandResult DeleteFile(const std::string& name);
-    CommandResult RemoveDirectory(const std::string& name);
+    CommandResult RemoveDirectory(const std::string& name);  // a file where it is none
+    CommandResult RemoveEmptyDirectory(const std::string& name);
     CommandResult MakeDirectory(const std::string& path);  // with the parents that are missing
     CommandResult Rename(const std::string& oldName, const std::string& newName);
 
@@ -252,6 +253,7 @@ class Connection final : private Panel {
     void RunDialog(HWND owner, const std::function<void(HWND dialog)>& take);
     bool WaitForChange();
     void SetUnnamed(const std::string& directory);
+    ListResult ListHidden();
     void ReturnFromCheck(quennet::FtpHandle* handle);
     std::string Cause() const;
     template <typename Result>

@@ -37,12 +37,27 @@ std::string Connection::Ask(const std::string& line) {
     return LastReply();
 }
 
+/// By typed lines: the module's message goes on to delete what turns out to be a file or a link.
+CommandResult Connection::RemoveEmptyDirectory(const std::string& name) {
+    CommandResult result;
+    std::string answer = Ask("RMD " + Named(name));
+    if (answer.starts_with("500")) {
+        answer = Ask("XRMD " + Named(name));
+    }
+    result.result = answer.starts_with('2') ? 0 : -1;
+    if (!result.Done()) {
+        ExplainFailure(result);
+    }
+    return result;
+}
+
 Presence Connection::PresenceOf(const std::string& name, bool isListed) {
     struct Question {
         const char* type;  // without which some servers tell nothing
         const char* verb;
         bool& isKnown;
     };
+    bool isDoubtful = false;
     for (const Question& question :
          {Question{"", "MDTM ", knowsDates_}, Question{"TYPE I", "SIZE ", knowsSizes_}}) {
         if (!question.isKnown || (*question.type != 0 && !Ask(question.type).starts_with('2'))) {
@@ -60,15 +75,30 @@ Presence Connection::PresenceOf(const std::string& name, bool isListed) {
         if (answer.empty() || code == "421") {
             return Presence::unknown;
         }
+        isDoubtful = isDoubtful || question.isKnown;
     }
+    const Presence unlisted = isDoubtful ? Presence::unknown : Presence::missing;
     if (isListed) {
-        return Presence::missing;
+        return unlisted;
     }
-    const ListResult whole = name.find('/') == name.npos ? ListWhole(*this) : ListResult();
+    const ListResult whole = name.find('/') == name.npos ? ListHidden() : ListResult();
     if (!whole.done) {
         return Presence::unknown;
     }
-    return IsListed(whole.entries, name) ? Presence::there : Presence::missing;
+    return IsListed(whole.entries, name) ? Presence::there : unlisted;
+}
+
+/// The session's directory with its hidden entries: not done unless the server takes the option.
+/// One that takes it for a name lists nothing.
+ListResult Connection::ListHidden() {
+    InvalidateListing();
+    ListResult whole = List(true);
+    if (whole.done && whole.entries.Empty()) {
+        InvalidateListing();
+        const ListResult plain = List(false);
+        whole.done = plain.done && plain.entries.Empty();
+    }
+    return whole;
 }
 
 }  // namespace hostkit

@@ -166,6 +166,10 @@ std::optional<std::string> Client::Enter(const std::string& path) {
     {
         const Watch::Operation operation(watch_, connection_, Watch::Kind::command);
         result = connection_.ChangeDirectory(serverPath);
+        if (!result.Done() && !result.answered && !watch_.Ended()) {
+            // The connection was lost over it, which says nothing of the directory.
+            result = connection_.ChangeDirectory(serverPath);
+        }
     }
     CheckVerdict();
     return result.Done() ? std::nullopt : std::optional(WordsOr(result.text, connectionLost));
@@ -221,7 +225,7 @@ hostkit::CommandResult Client::DeleteFile(const std::string& name) {
 
 hostkit::CommandResult Client::RemoveDirectory(const std::string& name) {
     const Watch::Operation operation(watch_, connection_, Watch::Kind::command);
-    return connection_.RemoveDirectory(name);
+    return connection_.RemoveEmptyDirectory(name);
 }
 
 hostkit::CommandResult Client::MakeDirectory(const std::string& path) {

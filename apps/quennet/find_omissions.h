@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <string>
 
+#include "hostkit/failure_cause.h"
+
 namespace cli {
 
 class Omissions {
@@ -25,14 +27,17 @@ class Omissions {
     void TakeCommand(const std::string& line);
     void TakeReply(const std::string& line);
     void EndListing(bool listed, const std::string& words);
+    void NoteUnlisted(const std::string& words);
 
-    bool isOpen_ = false;      // a command without a reply
-    bool isListing_ = false;   // a listing without its end
-    bool isUnlisted_ = false;  // the directory entered last has failed, so far
+    bool isOpen_ = false;         // a command without a reply
+    bool awaitsListing_ = false;  // the data connection for one is being made
+    bool isListing_ = false;      // a listing without its end
+    bool isUnlisted_ = false;     // the directory entered last has failed, so far
     bool anyUnanswered_ = false;
     std::size_t unlisted_ = 0;  // directories before that
     std::size_t tooLong_ = 0;
     std::string words_;  // of the first that was not listed
+    hostkit::FailureCause cause_;
 };
 
 }  // namespace cli

@@ -101,8 +101,8 @@ TEST_F(CauseTest, ACommandThatFailsSaysWhy) {
              "-> RETR d\n<- 150 on\ndata accept\ndata <- x\ndata reset\n<- 226 done\n",
          "Connection reset"},
         {{"rmdir"},
-         login + enter + "-> RMD d\n<- 550 not empty\n-> DELE d\n<- 550 a directory\n",
-         "550 not empty"},
+         login + enter + "-> RMD d\n<- 550 no directory\n",  // and no file is deleted for it
+         "550 no directory"},
         {{"rmdir"}, login + enter + "-> RMD d\n<- 500 what\n-> XRMD d\n<- 450 busy\n", "450 busy"},
         {{"rm"}, login + enter + "-> DELE d\nclose\n", "no answer to DELE"},
     };

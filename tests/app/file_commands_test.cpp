@@ -46,6 +46,11 @@ TEST_F(FileCommandsTest, WhatIsNotListedIsNotOverwrittenUnasked) {
         }
     }
     Fails(put, "does not tell whether it has .hidden; --overwrite");
+    server->ClearFaults();
+    for (const auto& [verb, occurrence] : {std::pair{"MDTM", 1}, {"SIZE", 1}, {"LIST", 2}}) {
+        server->Add({verb, occurrence, loopback::FaultAction::reply, "502 no", 0, {}});
+    }
+    Fails(put, "does not tell whether it has .hidden; --overwrite");  // a plain LIST hides it
     EXPECT_EQ(served.Read("pub/.hidden"), "theirs");
     Run({"mv", "--overwrite", Url("pub/f"), ".hidden"});
     EXPECT_EQ(served.Read("pub/.hidden"), "f");
@@ -71,6 +76,9 @@ TEST_F(FileCommandsTest, ThingsAreMadeRenamedAndRemoved) {
     EXPECT_EQ(served.Read("pub/a/b/new name"), "1");
     Run({"rm", Url("pub/a/b/new%20name")});
     Run({"rmdir", Url("%2Fpub/a/b/c")});
+    served.Write("pub/f", "");
+    Fails({"rmdir", Url("pub/f")}, "550");
+    EXPECT_TRUE(fs::exists(served / "pub/f"));
     EXPECT_TRUE(fs::is_empty(served / "pub/a/b"));
 
     Fails({"rm", Url("pub/none")}, "none: 550");

@@ -131,6 +131,10 @@ TEST_F(FindTest, WhatWasFoundBeforeTheEndIsPrinted) {
     EXPECT_EQ(result.errors, "quennet: 1 directory could not be listed: 550 not this one\n");
     EXPECT_EQ(result.output, "/t/x.txt\n/t/c/x.txt\n");
     EXPECT_TRUE(fs::exists(home / "list"));
+    server->ClearFaults();
+    server->Add({"PASV", 2, FaultAction::reply, "425 no data", 0, {}});
+    Find({"-m", "*.txt"}, exitFailed);
+    EXPECT_EQ(result.errors, "quennet: 1 directory could not be listed: 425 no data\n");
     for (const auto& [command, occurrence] : {std::pair{"LIST", 2}, {"PASV", 2}, {"CWD", 4}}) {
         server->ClearFaults();
         server->Add({command, occurrence, FaultAction::dropBefore, "", 0, {}});

@@ -53,6 +53,10 @@ TEST_F(ListTest, PathsStartInTheLoginDirectoryOrAtTheRootAndMayNameAFile) {
         Run({"ls", Url(path)});
         EXPECT_EQ(result.output, output) << path;
     }
+    // A connection that is lost on the way does not turn a directory into a file.
+    server->Add({"CWD", 1, loopback::FaultAction::dropBefore, "", 0, {}});
+    Run({"ls", Url("pub/with%20blank")});
+    EXPECT_EQ(result.output, "");
     for (const char* path : {"pub/missing", "missing/", "top/", "missing/file"}) {
         Fails({"ls", Url(path)}, ": 550 ");
         EXPECT_EQ(result.output, "");
