@@ -4,6 +4,7 @@
 #include <new>
 #include <vector>
 
+#include "base/per_thread.h"
 #include "net/errors.h"
 #include "net/waiting.h"
 
@@ -17,6 +18,10 @@ struct Answer {
     Record record{};
     std::vector<char> texts = std::vector<char>(1024);
 };
+
+const quennet::PerThread<Answer<hostent>> answersByAddress;
+const quennet::PerThread<Answer<hostent>> answersByName;
+const quennet::PerThread<Answer<protoent>> protocolAnswers;
 
 constexpr std::size_t longestTexts = 1024 * 1024;
 
@@ -58,13 +63,12 @@ hostent* quennet_gethostbyaddr(const char* address, int size, int family) try {
         return nullptr;
     }
     PushUnsentOfThread();
-    static thread_local Answer<hostent> answer;
     int hostError = HOST_NOT_FOUND;
-    hostent* const found =
-        Ask(&answer, [&](hostent* record, char* texts, std::size_t room, hostent** result) {
-            return gethostbyaddr_r(address, sizeof(in_addr), AF_INET, record, texts, room, result,
-                                   &hostError);
-        });
+    hostent* const found = Ask(&answersByAddress.Get(), [&](hostent* record, char* texts,
+                                                            std::size_t room, hostent** result) {
+        return gethostbyaddr_r(address, sizeof(in_addr), AF_INET, record, texts, room, result,
+                               &hostError);
+    });
     if (found != nullptr) {
         return found;
     }
@@ -85,12 +89,11 @@ hostent* quennet_gethostbyname(const char* name) try {
         return nullptr;
     }
     PushUnsentOfThread();
-    static thread_local Answer<hostent> answer;
     int hostError = HOST_NOT_FOUND;
-    hostent* const found =
-        Ask(&answer, [&](hostent* record, char* texts, std::size_t size, hostent** result) {
-            return gethostbyname2_r(name, AF_INET, record, texts, size, result, &hostError);
-        });
+    hostent* const found = Ask(&answersByName.Get(), [&](hostent* record, char* texts,
+                                                         std::size_t size, hostent** result) {
+        return gethostbyname2_r(name, AF_INET, record, texts, size, result, &hostError);
+    });
     if (found == nullptr) {
         Fail(ResolverError(hostError));
     }
@@ -108,11 +111,10 @@ protoent* quennet_getprotobyname(const char* name) try {
         Fail(WSAEFAULT);
         return nullptr;
     }
-    static thread_local Answer<protoent> answer;
-    protoent* const found =
-        Ask(&answer, [&](protoent* record, char* texts, std::size_t size, protoent** result) {
-            return getprotobyname_r(name, record, texts, size, result);
-        });
+    protoent* const found = Ask(&protocolAnswers.Get(), [&](protoent* record, char* texts,
+                                                            std::size_t size, protoent** result) {
+        return getprotobyname_r(name, record, texts, size, result);
+    });
     if (found == nullptr) {
         Fail(WSANO_DATA);
     }

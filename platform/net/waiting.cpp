@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "base/before_wait.h"
+#include "base/per_thread.h"
 #include "quennet_platform.h"
 
 namespace quennet::net {
@@ -52,10 +53,12 @@ class UnsentList {
     std::vector<SocketReference> references_;
 };
 
-UnsentList& UnsentOfThread() {
-    static thread_local UnsentList list;
-    return list;
-}
+const PerThread<UnsentList> unsentOfThreads;
+
+/// For the thread that ends the process.
+const struct LastPush {
+    ~LastPush() { PushUnsentOfThread(); }
+} lastPush;
 
 /// Ends all sleeps at once. Of two events one is awaited and the other one set: a round sets the
 /// first and clears the second, which those that come then await. A sleeper that missed a round in
@@ -93,8 +96,10 @@ class PollList {
         for (const Awaited& one : awaited) {
             Add(one.reference, one.events);
         }
-        for (const SocketReference& unsent : UnsentOfThread().References()) {
-            Add(unsent, POLLOUT);
+        if (const UnsentList* const list = unsentOfThreads.Find()) {
+            for (const SocketReference& unsent : list->References()) {
+                Add(unsent, POLLOUT);
+            }
         }
     }
 
@@ -158,7 +163,7 @@ int Deadline::RestForPoll() const {
 
 int AwaitSockets(std::span<Awaited> awaited, const Deadline& deadline) {
     for (;;) {
-        UnsentOfThread().Push();
+        PushUnsentOfThread();
         const bool ends = PollList(awaited).Poll(deadline.RestForPoll());
         const auto seen = std::count_if(awaited.begin(), awaited.end(),
                                         [](const Awaited& one) { return one.seen != 0; });
@@ -169,11 +174,13 @@ int AwaitSockets(std::span<Awaited> awaited, const Deadline& deadline) {
 }
 
 void NoteUnsent(const SocketReference& reference) {
-    UnsentOfThread().Note(reference);
+    unsentOfThreads.Get().Note(reference);
 }
 
 void PushUnsentOfThread() {
-    UnsentOfThread().Push();
+    if (UnsentList* const list = unsentOfThreads.Find()) {
+        list->Push();
+    }
 }
 
 }  // namespace quennet::net

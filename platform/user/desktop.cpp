@@ -1,5 +1,6 @@
 #include "user/desktop.h"
 
+#include "base/per_thread.h"
 #include "commctrl.h"
 #include "user/controls.h"
 #include "user/display_calls.h"
@@ -7,6 +8,7 @@
 
 #include <algorithm>
 #include <array>
+#include <new>
 
 namespace quennet::user {
 
@@ -69,16 +71,7 @@ class ThreadsQueue {
     ThreadsQueue(const ThreadsQueue&) = delete;
     ThreadsQueue& operator=(const ThreadsQueue&) = delete;
     ~ThreadsQueue() {
-        std::vector<std::unique_ptr<Window>> windows;
-        {
-            DesktopLock desktop;
-            desktop->queues.erase(queue_->thread);
-            for (HWND handle : desktop->WindowsOf(*queue_)) {
-                windows.push_back(desktop->Remove(handle));
-            }
-            ReleaseSenders(*queue_);
-        }
-        for (const auto& window : windows) {
+        while (const auto window = TakeWindow()) {
             TellDestroyed(window->handle);
         }
     }
@@ -86,16 +79,28 @@ class ThreadsQueue {
     const std::shared_ptr<MessageQueue>& Queue() const { return queue_; }
 
   private:
+    /// One window of those that are left, null when none is and the queue is gone as well.
+    std::unique_ptr<Window> TakeWindow() {
+        DesktopLock desktop;
+        auto window = desktop->Remove(desktop->AnyWindowOf(*queue_));
+        if (!window) {
+            desktop->queues.erase(queue_->thread);
+            ReleaseSenders(*queue_);
+        }
+        return window;
+    }
+
     std::shared_ptr<MessageQueue> queue_;
 };
+
+const PerThread<ThreadsQueue> threadsQueues;
 
 }  // namespace
 
 DesktopLock::DesktopLock() : desktop_(SharedDesktop()), lock_(desktop_.mutex) {}
 
 const std::shared_ptr<MessageQueue>& CurrentQueue() {
-    thread_local ThreadsQueue queue;
-    return queue.Queue();
+    return threadsQueues.Get().Queue();
 }
 
 void SetState(HWND handle, std::shared_ptr<ControlState> state) {
@@ -162,7 +167,6 @@ std::unique_ptr<Window> Desktop::Remove(HWND handle) {
     }
     const std::size_t index = NumberFromHandle(handle) & placeMask;
     std::unique_ptr<Window> window = std::move(places_[index - 1].window);
-    freePlaces_.push_back(static_cast<std::uint16_t>(index));
     std::erase(topWindows, handle);
     if (Window* parent = Find(window->parent)) {
         std::erase(parent->children, handle);
@@ -180,6 +184,11 @@ std::unique_ptr<Window> Desktop::Remove(HWND handle) {
         queue.capture = nullptr;
     }
     ReleaseSenders(queue, handle);
+    try {
+        freePlaces_.push_back(static_cast<std::uint16_t>(index));
+    } catch (const std::bad_alloc&) {
+        // The place is not taken again.
+    }
     return window;
 }
 
@@ -188,14 +197,11 @@ std::vector<HWND>& Desktop::SiblingsOf(const Window& window) {
     return parent ? parent->children : topWindows;
 }
 
-std::vector<HWND> Desktop::WindowsOf(const MessageQueue& queue) const {
-    std::vector<HWND> handles;
-    for (const Place& place : places_) {
-        if (place.window && place.window->queue.get() == &queue) {
-            handles.push_back(place.window->handle);
-        }
-    }
-    return handles;
+HWND Desktop::AnyWindowOf(const MessageQueue& queue) const {
+    const auto found = std::ranges::find_if(places_, [&](const Place& place) {
+        return place.window && place.window->queue.get() == &queue;
+    });
+    return found != places_.end() ? found->window->handle : nullptr;
 }
 
 std::size_t Desktop::WindowCount() const {

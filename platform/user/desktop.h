@@ -57,6 +57,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <list>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -96,8 +97,8 @@ struct MessageQueue {
     /// When the thread looks at its timers without being woken; the least of all times while it
     /// does not wait for them.
     Clock::time_point sleepsUntil = Clock::time_point::min();
-    std::deque<std::shared_ptr<SentMessage>> sent;
-    std::vector<std::shared_ptr<SentMessage>> serving;  // taken from `sent`, not yet answered
+    std::list<std::shared_ptr<SentMessage>> sent;
+    std::list<std::shared_ptr<SentMessage>> serving;  // taken from `sent`, not yet answered
     std::deque<MSG> posted;
     std::vector<Timer> timers;
     bool quitting = false;
@@ -157,8 +158,8 @@ class Desktop {
     /// Takes the window out of everything; whoever waits for it gets 0. The record is for the
     /// caller to release when the lock is not held.
     std::unique_ptr<Window> Remove(HWND handle);
-    /// Numbers of all windows of a thread.
-    std::vector<HWND> WindowsOf(const MessageQueue& queue) const;
+    /// One of a thread's windows, null when it has none.
+    HWND AnyWindowOf(const MessageQueue& queue) const;
     bool HasWindowOf(const WindowClass& windowClass) const;
     std::size_t WindowCount() const;
 
@@ -199,7 +200,8 @@ class DesktopLock {
     std::unique_lock<std::mutex> lock_;
 };
 
-/// The calling thread's queue, made when there is none yet. It ends with the thread.
+/// The calling thread's queue, made when there is none yet. It ends with the thread. Throws
+/// std::bad_alloc.
 const std::shared_ptr<MessageQueue>& CurrentQueue();
 
 inline HWND HandleFromNumber(std::uint32_t number) {
