@@ -228,7 +228,7 @@ int quennet_shutdown(SOCKET socket, int how) try {
     return Fail(WSAENOBUFS);
 }
 
-int WINAPI closesocket(SOCKET socket) {
+int WINAPI closesocket(SOCKET socket) try {
     SocketUse use(socket);
     if (!use) {
         return SOCKET_ERROR;
@@ -238,4 +238,6 @@ int WINAPI closesocket(SOCKET socket) {
     }
     use.Close();
     return 0;
+} catch (const std::bad_alloc&) {
+    return Fail(WSAENOBUFS);
 }

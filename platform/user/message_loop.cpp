@@ -168,14 +168,15 @@ BOOL WINAPI PostThreadMessageA(DWORD thread, UINT message, WPARAM wParam, LPARAM
     return FALSE;
 }
 
-void WINAPI PostQuitMessage(INT exitCode) {
+void WINAPI PostQuitMessage(INT exitCode) try {
     MessageQueue& queue = *CurrentQueue();
     DesktopLock desktop;
     queue.quitting = true;
     queue.exitCode = exitCode;
+} catch (const std::bad_alloc&) {
 }
 
-BOOL WINAPI GetMessageA(MSG* message, HWND window, UINT first, UINT last) {
+BOOL WINAPI GetMessageA(MSG* message, HWND window, UINT first, UINT last) try {
     MessageQueue& queue = *CurrentQueue();
     const MessageFilter filter = {window, first, last};
     DesktopLock desktop;
@@ -190,13 +191,18 @@ BOOL WINAPI GetMessageA(MSG* message, HWND window, UINT first, UINT last) {
             WaitForWork(desktop, queue, filter);
         }
     }
+} catch (const std::bad_alloc&) {
+    *message = {};  // for loops that take every result but 0 for a message
+    return -1;
 }
 
-BOOL WINAPI PeekMessageA(MSG* message, HWND window, UINT first, UINT last, UINT remove) {
+BOOL WINAPI PeekMessageA(MSG* message, HWND window, UINT first, UINT last, UINT remove) try {
     MessageQueue& queue = *CurrentQueue();
     const MessageFilter filter = {window, first, last};
     DesktopLock desktop;
     return TakeMessage(desktop, queue, filter, (remove & PM_REMOVE) != 0, message);
+} catch (const std::bad_alloc&) {
+    return FALSE;
 }
 
 BOOL WINAPI TranslateMessage(const MSG* message) {
@@ -217,10 +223,12 @@ LRESULT WINAPI DispatchMessageA(const MSG* message) {
                : 0;
 }
 
-SHORT WINAPI GetKeyState(INT key) {
+SHORT WINAPI GetKeyState(INT key) try {
     MessageQueue& queue = *CurrentQueue();
     DesktopLock desktop;
     return queue.keysDown[static_cast<std::size_t>(key) & 0xFF] ? SHORT{-0x8000} : SHORT{0};
+} catch (const std::bad_alloc&) {
+    return 0;
 }
 
 void QuennetWakeThread(DWORD thread) {

@@ -40,6 +40,14 @@ LRESULT Carry(const std::shared_ptr<SentMessage>& sent) {
     }
 }
 
+/// Calls a procedure, if there is one. A procedure that has no memory for a message has not handled
+/// it: whoever sent it may know of no exceptions.
+LRESULT Call(WNDPROC procedure, HWND window, UINT message, WPARAM wParam, LPARAM lParam) try {
+    return procedure ? procedure(window, message, wParam, lParam) : 0;
+} catch (const std::bad_alloc&) {
+    return 0;
+}
+
 /// The procedure of a window of this thread, null for a window of another one or none.
 WNDPROC OwnProcedure(HWND handle, const std::shared_ptr<MessageQueue>& own) {
     DesktopLock desktop;
@@ -49,18 +57,13 @@ WNDPROC OwnProcedure(HWND handle, const std::shared_ptr<MessageQueue>& own) {
 
 void ServeOne(DesktopLock& desktop, MessageQueue& queue) {
     const std::shared_ptr<SentMessage> sent = queue.sent.front();
-    queue.sent.pop_front();
+    queue.serving.splice(queue.serving.end(), queue.sent, queue.sent.begin());
     const Window* window = desktop->Find(sent->window);
-    if (!window) {
-        Answer(*sent, 0);
-        return;
-    }
-    const WNDPROC procedure = window->procedure;
-    queue.serving.push_back(sent);
+    const WNDPROC procedure = window ? window->procedure : nullptr;
     desktop.Lock().unlock();
-    const LRESULT result = sent->destroys
-                               ? DestroyWindow(sent->window)
-                               : procedure(sent->window, sent->message, sent->wParam, sent->lParam);
+    const LRESULT result =
+        sent->destroys ? DestroyWindow(sent->window)
+                       : Call(procedure, sent->window, sent->message, sent->wParam, sent->lParam);
     BeforeWait();
     desktop.Lock().lock();
     std::erase(queue.serving, sent);
@@ -106,21 +109,19 @@ using namespace quennet::user;
 
 extern "C" {
 
-LRESULT WINAPI SendMessageA(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+LRESULT WINAPI SendMessageA(HWND window, UINT message, WPARAM wParam, LPARAM lParam) try {
     const std::shared_ptr<MessageQueue> own = CurrentQueue();
     if (const WNDPROC procedure = OwnProcedure(window, own)) {
-        return procedure(window, message, wParam, lParam);
+        return Call(procedure, window, message, wParam, lParam);
     }
-    try {
-        return Carry(std::make_shared<SentMessage>(
-            SentMessage{window, message, wParam, lParam, false, own}));
-    } catch (const std::bad_alloc&) {
-        return 0;
-    }
+    return Carry(
+        std::make_shared<SentMessage>(SentMessage{window, message, wParam, lParam, false, own}));
+} catch (const std::bad_alloc&) {
+    return 0;
 }
 
 LRESULT WINAPI CallWindowProcA(WNDPROC procedure, HWND window, UINT message, WPARAM wParam,
                                LPARAM lParam) {
-    return procedure ? procedure(window, message, wParam, lParam) : 0;
+    return Call(procedure, window, message, wParam, lParam);
 }
 }

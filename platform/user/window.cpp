@@ -105,16 +105,29 @@ bool BeginEnd(HWND handle, const std::shared_ptr<MessageQueue>& own) {
     return true;
 }
 
-bool LivesHere(HWND handle, const std::shared_ptr<MessageQueue>& own) {
+/// The first dependent that is wanted; needs no memory. `wanted` gets its record.
+template <typename Wanted>
+HWND FindDependent(HWND handle, Wanted wanted) {
     DesktopLock desktop;
-    const Window* window = desktop->Find(handle);
-    return window && IsOwn(*window, own);
+    const auto isWanted = [&](HWND dependent) {
+        const Window* record = desktop->Find(dependent);
+        return record && record->parent == handle && wanted(*record);
+    };
+    if (const Window* window = desktop->Find(handle)) {
+        const auto child = std::ranges::find_if(window->children, isWanted);
+        if (child != window->children.end()) {
+            return *child;
+        }
+    }
+    const auto owned = std::ranges::find_if(desktop->topWindows, isWanted);
+    return owned != desktop->topWindows.end() ? *owned : nullptr;
 }
 
 /// First pass of the end: everybody is told while the whole tree still exists.
 void TellEnd(HWND handle, const std::shared_ptr<MessageQueue>& own) {
     SendMessageA(handle, WM_DESTROY, 0, 0);
-    for (HWND dependent : Dependents(handle)) {
+    const auto goesOn = [&](const Window& window) { return IsOwn(window, own) && !window.ending; };
+    while (HWND dependent = FindDependent(handle, goesOn)) {
         if (BeginEnd(dependent, own)) {
             TellEnd(dependent, own);
         }
@@ -123,12 +136,16 @@ void TellEnd(HWND handle, const std::shared_ptr<MessageQueue>& own) {
 
 /// Second pass: the tree goes, its leaves first.
 void FinishEnd(HWND handle, const std::shared_ptr<MessageQueue>& own) {
-    for (HWND dependent : Dependents(handle)) {
-        if (LivesHere(dependent, own)) {
-            FinishEnd(dependent, own);
-        } else {
+    const auto livesHere = [&](const Window& window) { return IsOwn(window, own); };
+    while (HWND dependent = FindDependent(handle, livesHere)) {
+        FinishEnd(dependent, own);
+    }
+    try {
+        for (HWND dependent : Dependents(handle)) {
             DestroyOnItsThread(dependent);
         }
+    } catch (const std::bad_alloc&) {
+        // Those of other threads stay, without their owner.
     }
     SendMessageA(handle, WM_NCDESTROY, 0, 0);
     RemoveWindow(handle);
@@ -225,7 +242,7 @@ HWND WINAPI CreateWindowExA(DWORD extendedStyle, LPCSTR className, LPCSTR text, 
     return nullptr;
 }
 
-BOOL WINAPI DestroyWindow(HWND window) {
+BOOL WINAPI DestroyWindow(HWND window) try {
     const std::shared_ptr<MessageQueue> own = CurrentQueue();
     if (!BeginEnd(window, own)) {
         return FALSE;
@@ -233,6 +250,8 @@ BOOL WINAPI DestroyWindow(HWND window) {
     TellEnd(window, own);
     FinishEnd(window, own);
     return TRUE;
+} catch (const std::bad_alloc&) {
+    return FALSE;
 }
 
 LRESULT WINAPI DefWindowProcA(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {

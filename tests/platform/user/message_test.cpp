@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <barrier>
+#include <new>
 #include <vector>
 
 #include "platform/user/window_support.h"
@@ -50,6 +51,18 @@ TEST(SentMessage, IsServedWhileItsReceiverWaitsForAnAnswerHimself) {
     here = MakeWindow(&answer);
     EXPECT_EQ(SendMessageA(there.Window(), ping, 0, 0), 11);
     DestroyWindow(here);
+}
+
+TEST(SentMessage, GivesNothingWhenItsReceiverHasNoMemoryForIt) {
+    const Handler fail = [](HWND, UINT message, WPARAM, LPARAM) -> LRESULT {
+        return message == ping ? throw std::bad_alloc() : unhandled;
+    };
+    const LoopThread there(fail);
+    const HWND here = MakeWindow(&fail);
+    for (const HWND window : {here, there.Window()}) {
+        EXPECT_EQ(SendMessageA(window, ping, 0, 0), 0);
+    }
+    EXPECT_TRUE(DestroyWindow(here));
 }
 
 TEST(SentMessage, OfTwoThreadsThatSendToEachOtherAtOnceBothGetThrough) {
