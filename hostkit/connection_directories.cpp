@@ -177,7 +177,8 @@ ListResult Connection::List(bool longForm) {
                                            kept.mayTellMore);
     }
     if (!result.done) {
-        result.text = LastFileFailure() ? LastFileFailure()->Text() : Cause();
+        const auto failure = LastFileFailure();
+        result.text = failure ? failure->Text() : Cause();
     }
     return result;
 }
@@ -218,7 +219,8 @@ int Connection::SaveRawListing(LocalFile& file) {
     }
     ClearFileFailure();
     host_.Send(MessageNumber::saveRawListing, console_.Window(), &file, use.Handle());
-    return LastFileFailure() ? LastFileFailure()->code : 0;
+    const auto failure = LastFileFailure();
+    return failure ? failure->code : 0;
 }
 
 void Connection::DirectoryChangeEnded(u16 cookie, bool done) {

@@ -56,7 +56,7 @@ bool ReadDirectoryThrough(const Host& host, const char* directory, quennet::FtpH
     const i32 result =
         host.Send(MessageNumber::listDirectory, directory, handle, callback, &collector, option);
     if (!collector.complete) {
-        NoteFileFailure({"", ENOMEM});
+        NoteFileFailure("", ENOMEM);
     }
     mayTellMore = received.MayTellMore(mayTellMore);
     if (result == 0 && mayTellMore) {

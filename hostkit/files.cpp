@@ -23,7 +23,12 @@ namespace hostkit {
 
 namespace {
 
-thread_local std::optional<FileFailure> lastFailure;
+/// Without a destructor, which the runtime could not note for want of memory.
+struct KeptFailure {
+    int code = 0;  // 0 for none
+    char path[PATH_MAX] = "";
+};
+thread_local KeptFailure lastFailure;
 thread_local const std::atomic<bool>* threadAbort = nullptr;
 std::atomic<bool> processAbort = false;
 
@@ -35,7 +40,7 @@ std::mutex outputMutex;
 std::map<std::string, RegisteredOutput> outputs;
 
 int NoteFailure(const std::string& path, int code) {
-    lastFailure = FileFailure{path, code};
+    NoteFileFailure(path, code);
     return code;
 }
 
@@ -85,16 +90,20 @@ std::string FileFailure::Text() const {
     return path.empty() ? cause : path + ": " + cause;
 }
 
-const std::optional<FileFailure>& LastFileFailure() {
-    return lastFailure;
+std::optional<FileFailure> LastFileFailure() {
+    if (lastFailure.code == 0) {
+        return std::nullopt;
+    }
+    return FileFailure{lastFailure.path, lastFailure.code};
 }
 
 void ClearFileFailure() {
-    lastFailure.reset();
+    lastFailure.code = 0;
 }
 
-void NoteFileFailure(FileFailure failure) {
-    lastFailure = std::move(failure);
+void NoteFileFailure(std::string_view path, int code) {
+    lastFailure.code = code;
+    lastFailure.path[path.copy(lastFailure.path, sizeof(lastFailure.path) - 1)] = '\0';
 }
 
 void SetAbortPending(bool pending) {

@@ -29,9 +29,10 @@ struct FileFailure {
 
 /// The last failure of a local operation on the calling thread since `ClearFileFailure`; the module
 /// works on local files on the thread of the message that asks for it.
-const std::optional<FileFailure>& LastFileFailure();
+std::optional<FileFailure> LastFileFailure();
 void ClearFileFailure();
-void NoteFileFailure(FileFailure failure);
+/// Needs no memory: of a path that no file can have, an end is lost.
+void NoteFileFailure(std::string_view path, int code);
 
 class LocalFile {
   public:

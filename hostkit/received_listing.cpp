@@ -28,7 +28,7 @@ bool ReceivedListing::MayAppend(const quennet::GrowBuffer& buffer, u32 size) {
     if (current == nullptr || !current->IsFull(buffer, size)) {
         return true;
     }
-    NoteFileFailure({"it is longer than " + std::to_string(current->limit_) + " bytes", EFBIG});
+    NoteFileFailure("it is longer than " + std::to_string(current->limit_) + " bytes", EFBIG);
     return false;
 }
 

@@ -28,7 +28,7 @@ constexpr u32 windowNotKeptText = 6009;
 constexpr char folderSample[] = "/";
 constexpr char fileWord[] = "File";
 
-thread_local std::shared_ptr<SettingsStore> privateStore;
+thread_local const std::shared_ptr<SettingsStore>* privateStore = nullptr;
 thread_local DialogHook* dialogHook = nullptr;
 
 }  // namespace
@@ -119,14 +119,14 @@ std::string Services::StoreName() const {
 std::shared_ptr<SettingsStore> Services::StoreOf(const char* file) const {
     const bool isPrivate =
         privateStore != nullptr && file != nullptr && std::string_view(file) == privateName;
-    return isPrivate ? privateStore : settings_;
+    return isPrivate ? *privateStore : settings_;
 }
 
 PrivateSettings::PrivateSettings(std::shared_ptr<SettingsStore> store)
-    : outer_(std::exchange(privateStore, std::move(store))) {}
+    : store_(std::move(store)), outer_(std::exchange(privateStore, &store_)) {}
 
 PrivateSettings::~PrivateSettings() {
-    privateStore = std::move(outer_);
+    privateStore = outer_;
 }
 
 SettingsEdit::SettingsEdit(const HostOptions& options, What what) : options_(options), what_(what) {
@@ -155,7 +155,7 @@ SettingsEdit::~SettingsEdit() {
 void KeepForWindow(const std::function<void(SettingsStore& store)>& keep) {
     const HostOptions& options = Host::Current()->Options();
     const SettingsEdit edit(options, SettingsEdit::What::window);
-    keep(privateStore != nullptr ? *privateStore : *options.settings);
+    keep(privateStore != nullptr ? **privateStore : *options.settings);
 }
 
 DialogHook::DialogHook(std::function<void(HWND dialog)> hook)

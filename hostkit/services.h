@@ -87,7 +87,8 @@ class PrivateSettings {
     PrivateSettings& operator=(const PrivateSettings&) = delete;
 
   private:
-    std::shared_ptr<SettingsStore> outer_;
+    const std::shared_ptr<SettingsStore> store_;
+    const std::shared_ptr<SettingsStore>* const outer_;
 };
 
 /// What one message with a dialog does to the settings, or the end of a window: it is stored in one

@@ -40,7 +40,7 @@ static i32 BufferAppend(GrowBuffer* record, const void* data, u32 size) {
         return 1;
     }
     if (!AppendToBuffer(*record, data, size)) {
-        NoteFileFailure({"", ENOMEM});
+        NoteFileFailure("", ENOMEM);
         return 1;
     }
     ReceivedListing::Appended(*record, size);
