@@ -1,6 +1,8 @@
 // Names of hosts and protocols. Each thread has its own results.
 
+#include <algorithm>
 #include <cstring>
+#include <iterator>
 #include <new>
 #include <vector>
 
@@ -37,6 +39,23 @@ Record* Ask(Answer<Record>* answer, Lookup lookup) {
         }
         answer->texts.resize(answer->texts.size() * 4);
     }
+}
+
+/// One of the protocols that need no data base: there may be none, and without memory the one of
+/// the system ends the process. Null for another name.
+protoent* CommonProtocol(const char* name) {
+    static char* noAliases[] = {nullptr};
+    static char ip[] = "ip";
+    static char icmp[] = "icmp";
+    static char tcp[] = "tcp";
+    static char udp[] = "udp";
+    static protoent protocols[] = {{ip, noAliases, IPPROTO_IP},
+                                   {icmp, noAliases, IPPROTO_ICMP},
+                                   {tcp, noAliases, IPPROTO_TCP},
+                                   {udp, noAliases, IPPROTO_UDP}};
+    const auto found = std::ranges::find_if(
+        protocols, [&](const protoent& each) { return std::strcmp(each.p_name, name) == 0; });
+    return found != std::end(protocols) ? found : nullptr;
 }
 
 int ResolverError(int hostError) {
@@ -110,6 +129,9 @@ protoent* quennet_getprotobyname(const char* name) try {
     if (name == nullptr) {
         Fail(WSAEFAULT);
         return nullptr;
+    }
+    if (protoent* const common = CommonProtocol(name)) {
+        return common;
     }
     protoent* const found = Ask(&protocolAnswers.Get(), [&](protoent* record, char* texts,
                                                             std::size_t size, protoent** result) {
