@@ -44,6 +44,13 @@ void BeginRun(FindWindow* find, FindRun* run) {
     UpdateCommandStates(find);
 }
 
+/// By a post, and by a send should no more can be posted: somebody may wait for it.
+void TellRunEnded(const FindWindow* find) {
+    if (!PostMessageA(find->window, WM_COMMAND, findRunEnded, 0)) {
+        SendMessageA(find->window, WM_COMMAND, findRunEnded, 0);
+    }
+}
+
 void EndRun(FindWindow* find) {
     SendMessageA(find->list, LVM_SETITEMCOUNT, find->hits.Load(),
                  LVSICF_NOINVALIDATEALL | LVSICF_NOSCROLL);
@@ -60,7 +67,7 @@ void EndRun(FindWindow* find) {
         ShellSetCurrentItem(find->list, 0);
     }
     UpdateRecordTable(find);
-    PostMessageA(find->window, WM_COMMAND, findRunEnded, 0);
+    TellRunEnded(find);
 }
 
 /// As message 41, if the exchange in progress is the worker's: that of another thread goes on.
@@ -104,6 +111,7 @@ void StartFind(FindWindow* find) {
         if (StartWorker(FindWorker, find)) {
             return;
         }
+        TellRunEnded(find);  // without a thread the run is over
     }
     find->worker.Store(0);
     session->users.Subtract(1);
