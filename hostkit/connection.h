@@ -231,6 +231,7 @@ class Connection final : private Panel {
     void Connected(u16 cookie) override;
     void ConnectFailed(const std::string& text) override;
     void ReconnectFailed() override;
+    void DirectoryChangeBegan(u16 cookie) override;
     void DirectoryChangeEnded(u16 cookie, bool done) override;
     bool OwnsHandle(const void* handle) const override;
     void BeforeFree() override;
@@ -296,7 +297,8 @@ class Connection final : private Panel {
     HostWord site_ = 0;               // address of the session's SiteRecord
     int uses_ = 0;                    // operations that may look at the handle
     u16 wantedCookie_ = 0;            // of the change of directory that is awaited
-    std::optional<bool> changeDone_;  // once that change has ended
+    bool changeBegun_ = false;        // that change has its thread
+    std::optional<bool> changeDone_;  // once it has ended
     FailureCause cause_;              // should the operation that runs fail
     Time lastLineTime_;               // of the console
 

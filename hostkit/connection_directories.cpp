@@ -18,8 +18,9 @@ namespace {
 using quennet::FtpHandle;
 using quennet::MessageNumber;
 
-// Longer than any single wait of the module for a server: a change of directory of which nothing is
-// heard for so long could not be started.
+// A change of directory that does not begin has found no memory or no thread.
+constexpr auto beginPatience = std::chrono::seconds(5);
+// Longer than any single wait of the module for a server.
 constexpr auto longestSilence = std::chrono::seconds(100);
 
 /// Where a change of directory leads when it meets no link.
@@ -91,6 +92,7 @@ DirectoryResult Connection::ChangeDirectory(const std::string& path) {
     {
         const std::lock_guard lock(mutex_);
         wantedCookie_ = cookie;
+        changeBegun_ = false;
         changeDone_.reset();
     }
     if (use.Handle() != nullptr) {
@@ -144,6 +146,10 @@ bool Connection::ListUnnamed(u32 option, Listing& entries, FtpHandle* handle) {
 }
 
 bool Connection::WaitForChange() {
+    const auto begun = [&] {
+        const std::lock_guard lock(mutex_);
+        return changeBegun_ || state_ == State::closing;
+    };
     const auto ended = [&] {
         const std::lock_guard lock(mutex_);
         return changeDone_ || state_ == State::closing;
@@ -152,7 +158,9 @@ bool Connection::WaitForChange() {
         const std::lock_guard lock(mutex_);
         return std::chrono::steady_clock::now() - lastLineTime_ > longestSilence;
     };
-    while (!host_.Loop().WaitUntil(ended, longestSilence) && !isSilent()) {
+    if (host_.Loop().WaitUntil(begun, beginPatience)) {
+        while (!host_.Loop().WaitUntil(ended, longestSilence) && !isSilent()) {
+        }
     }
     const std::lock_guard lock(mutex_);
     wantedCookie_ = 0;
@@ -221,6 +229,14 @@ int Connection::SaveRawListing(LocalFile& file) {
     host_.Send(MessageNumber::saveRawListing, console_.Window(), &file, use.Handle());
     const auto failure = LastFileFailure();
     return failure ? failure->code : 0;
+}
+
+void Connection::DirectoryChangeBegan(u16 cookie) {
+    {
+        const std::lock_guard lock(mutex_);
+        changeBegun_ = changeBegun_ || cookie == wantedCookie_;
+    }
+    host_.Loop().Wake();
 }
 
 void Connection::DirectoryChangeEnded(u16 cookie, bool done) {

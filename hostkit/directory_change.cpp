@@ -18,6 +18,7 @@ extern "C" {
 
 static void BeginChange(u16 cookie, u8) {
     change = {cookie, false};
+    Host::Current()->GetPanels().ForEach([&](Panel& panel) { panel.DirectoryChangeBegan(cookie); });
 }
 
 static void NoteDone(u16, const char*) {

@@ -30,7 +30,9 @@ class Panel {
     virtual void Connected(u16 cookie) = 0;
     virtual void ConnectFailed(const std::string& text) = 0;
     virtual void ReconnectFailed() = 0;
-    /// The change of directory with that cookie has ended (directory_change.h).
+    /// The change of directory with that cookie has begun on its thread, and has ended
+    /// (directory_change.h).
+    virtual void DirectoryChangeBegan(u16 cookie) = 0;
     virtual void DirectoryChangeEnded(u16 cookie, bool done) = 0;
     /// Whether that handle is this panel's, and the moment before it is given back.
     virtual bool OwnsHandle(const void* handle) const = 0;

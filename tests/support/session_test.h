@@ -61,6 +61,7 @@ class NoticePanel : public hostkit::Panel {
     void Connected(quennet::u16 cookie) override;
     void ConnectFailed(const std::string& text) override;
     void ReconnectFailed() override { notices_.Add("reconnect failed"); }
+    void DirectoryChangeBegan(quennet::u16) override {}
     void DirectoryChangeEnded(quennet::u16, bool) override {}
     bool OwnsHandle(const void*) const override { return false; }
     void BeforeFree() override {}
