@@ -1,5 +1,7 @@
 #include "hostkit/message_loop.h"
 
+#include <new>
+
 #include "hostkit/window.h"
 
 namespace hostkit {
@@ -9,6 +11,10 @@ namespace {
 constexpr char windowClass[] = "hostkit loop";
 constexpr UINT wakeMessage = WM_APP + 1;
 constexpr UINT_PTR endTimer = 1;
+
+// For a wake that finds no memory or a full queue.
+constexpr int wakeAttempts = 200;
+constexpr DWORD wakePauseMilliseconds = 10;
 
 using Clock = std::chrono::steady_clock;
 constexpr Clock::time_point never = Clock::time_point::max();
@@ -58,13 +64,24 @@ void MessageLoop::Post(std::function<void()> function) {
     const std::lock_guard lock(mutex_);
     posted_.push_back(std::move(function));
     PostWake();
+    if (!wakePosted_) {
+        posted_.pop_back();
+        throw std::bad_alloc();
+    }
 }
 
 void MessageLoop::Wake() {
-    const std::lock_guard lock(mutex_);
+    std::unique_lock lock(mutex_);
     ++wakes_;
     PostWake();
     woken_.notify_all();
+    // Who waits on the loop's thread has no other news.
+    for (int left = wakeAttempts; !wakePosted_ && left > 0 && !OnLoopThread(); --left) {
+        lock.unlock();
+        Sleep(wakePauseMilliseconds);
+        lock.lock();
+        PostWake();
+    }
 }
 
 void MessageLoop::WaitUntil(const std::function<bool()>& done) {

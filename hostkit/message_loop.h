@@ -52,7 +52,8 @@ class MessageLoop {
     void SetFilter(std::function<bool(MSG& message)> filter) { filter_ = std::move(filter); }
 
     /// Runs a function on the loop's thread, some time, after those posted before it. It must not
-    /// throw. May be called on any thread; a modal dialog of the loop's thread runs it too.
+    /// throw. May be called on any thread; a modal dialog of the loop's thread runs it too. Throws
+    /// std::bad_alloc when it can't be posted; it does not run then.
     void Post(std::function<void()> function);
 
     /// Runs a function on the loop's thread and waits for its end. The result, or the exception, is

@@ -121,10 +121,11 @@ void Search::Open(Connection& connection, FilterRecord& filter, const std::strin
 }
 
 Search::~Search() {
-    if (IsOpen()) {
-        SendMessageA(window_, WM_CLOSE, 0, 0);
-        host_.Loop().WaitUntil([this] { return !IsOpen(); });
+    constexpr DWORD pauseMilliseconds = 10;
+    while (IsOpen() && PostMessageA(window_, WM_CLOSE, 0, 0) == FALSE) {
+        Sleep(pauseMilliseconds);  // for want of memory
     }
+    host_.Loop().WaitUntil([this] { return !IsOpen(); });
 }
 
 LRESULT CALLBACK Search::Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
@@ -179,7 +180,8 @@ void Search::SetBox(SearchBox box, bool checked) {
 }
 
 void Search::Start() {
-    SendMessageA(window_, WM_COMMAND, startCommand, 0);
+    // From another thread the command would be lost for want of memory, and nobody told.
+    host_.Loop().Invoke([this] { SendMessageA(window_, WM_COMMAND, startCommand, 0); });
 }
 
 bool Search::Run() {
