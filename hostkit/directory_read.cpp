@@ -24,9 +24,8 @@ struct Collector {
 thread_local Listing* mended = nullptr;
 
 void Mend(const Host& host, quennet::FtpHandle* handle, Listing& entries) {
-    quennet::ShellFile nowhere = 0;
     mended = &entries;
-    host.Send(MessageNumber::saveRawListing, host.MainWindow(), &nowhere, handle);
+    host.Send(MessageNumber::saveRawListing, host.MainWindow(), &entries, handle);
     mended = nullptr;
 }
 
